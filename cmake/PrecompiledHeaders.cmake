@@ -1,0 +1,28 @@
+# The platform's headers take most of the compiler's time: every target below a folder shares one precompiled copy.
+# Sources still include what they use; the preset windows-release-consumes-input builds without it and proves that.
+option(TARN_PRECOMPILE "Share the platform's headers in precompiled form" OFF)
+
+function(tarn_share_precompiled_headers)
+  if(NOT TARN_PRECOMPILE OR NOT WIN32)
+    return()
+  endif()
+  target_precompile_headers(
+    tarn_utils PRIVATE "${CMAKE_SOURCE_DIR}/platform/MediaFoundation.h" <atomic> <functional> <memory> <mutex> <string>
+    <thread> <vector>)
+  foreach(folder ${ARGN})
+    string(REGEX REPLACE "^tests/" "" name ${folder})
+    if(NOT EXISTS ${CMAKE_SOURCE_DIR}/${folder}/CMakeLists.txt OR (folder MATCHES "^tests/" AND NOT name IN_LIST
+                                                                                                 TARN_TEST_FOLDERS))
+      continue()
+    endif()
+    get_property(targets DIRECTORY ${CMAKE_SOURCE_DIR}/${folder} PROPERTY BUILDSYSTEM_TARGETS)
+    foreach(target ${targets})
+      get_target_property(type ${target} TYPE)
+      get_target_property(sources ${target} SOURCES)
+      get_target_property(definitions ${target} COMPILE_DEFINITIONS) # other macros, another precompiled copy
+      if(type MATCHES "STATIC_LIBRARY|EXECUTABLE" AND NOT target STREQUAL tarn_utils AND NOT sources MATCHES "\\.c(;|$)" AND NOT definitions)
+        target_precompile_headers(${target} REUSE_FROM tarn_utils)
+      endif()
+    endforeach()
+  endforeach()
+endfunction()

@@ -1,0 +1,60 @@
+// Stands in for the platform's event tracing, which under Wine neither enables a provider nor records an event.
+#pragma once
+
+#include "platform/EventTracing.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tarn_test
+{
+
+struct WrittenMessage
+{
+    std::uint64_t logger;
+    ULONG flags;
+    GUID messageClass;
+    USHORT number;
+    std::vector<std::string> arguments; // raw bytes
+};
+
+struct WrittenEvent
+{
+    REGHANDLE handle;
+    EVENT_DESCRIPTOR descriptor;
+    bool hasActivity;
+    GUID activity;
+    bool hasRelatedActivity;
+    std::vector<std::string> data; // raw bytes of each descriptor
+    std::vector<ULONG> types;
+};
+
+// What the fake platform was told and what it answers. One per process; the constructor of a test resets it.
+struct FakeTracePlatform
+{
+    static FakeTracePlatform &Instance();
+    void Reset();
+
+    // As a controller would: through the callbacks given at registration.
+    void EnableClassic(std::uint64_t logger, UCHAR level, ULONG flags);
+    void DisableClassic();
+    void EnableStructured(ULONG isEnabled, UCHAR level);
+
+    ULONG registerResult = ERROR_SUCCESS; // of both registrations
+    ULONG traitsResult = ERROR_SUCCESS;
+
+    WMIDPREQUEST classicCallback = nullptr; // null while not registered
+    GUID classicControl{};
+    GUID classicMessageClass{};
+    PENABLECALLBACK structuredCallback = nullptr; // null while not registered
+    GUID structuredProvider{};
+    std::string structuredTraits;
+    std::uint64_t sessionLogger = 0;
+    UCHAR sessionLevel = 0;
+    ULONG sessionFlags = 0;
+    std::vector<WrittenMessage> messages;
+    std::vector<WrittenEvent> events;
+};
+
+} // namespace tarn_test
