@@ -1,0 +1,182 @@
+#include "core/AsyncTopologyNode.h"
+
+#include <algorithm>
+#include <mutex>
+#include <utility>
+
+#include "utils/Guard.h"
+#include "utils/TraceLogging.h"
+
+using mft_utils::TraceField;
+using mft_utils::TraceLevel;
+using mft_utils::TraceLoggingActivity;
+
+namespace mft_core
+{
+
+AsyncTopologyNode::AsyncTopologyNode(std::shared_ptr<ITopologyNode> successor, const std::string &ownerName,
+                                     const WorkQueueParameters &workQueue, DWORD timeoutMs)
+    : ITopologyNode(std::move(successor), ownerName + " Work queue topology node"), wqParams(workQueue),
+      flushTimeoutMs(timeoutMs)
+{
+}
+
+HRESULT AsyncTopologyNode::ProcessSample(IMFSample *sample)
+{
+    CHECK_POINTER(sample);
+    TraceLoggingActivity activity("mft_core::AsyncTopologyNode::ProcessSample");
+
+    // The item is put under the lock, so that the order of the list is the order of the items and a flush sees both
+    // or neither. The call only hands the item over: it runs no callback and waits for none.
+    const std::scoped_lock guard(lock);
+    if (stopping || flushing > 0)
+    {
+        activity.Write(TraceLevel::Information, "mft_core::AsyncTopologyNode::ProcessSample- Stopping or Flushing");
+        return S_OK;
+    }
+    if (!wqParams.isSet)
+    {
+        activity.Write(TraceLevel::Error, "mft_core::AsyncTopologyNode::ProcessSample- Workqueue params not set");
+        return S_OK;
+    }
+    pending.push_back({sample, false});
+    const HRESULT result = MFPutWorkItem2(wqParams.workQueueId, wqParams.workItemBasePriority, this, sample);
+    if (FAILED(result))
+    {
+        pending.pop_back();
+        // Spelling is part of the interface.
+        activity.Write(TraceLevel::Error, "mft_core::AsyncTopologyNode::ProcessSample- faild to queue workitem",
+                       {TraceField::Hex32("hr", result)});
+        return S_OK;
+    }
+    ++queuedItems;
+    return S_OK;
+}
+
+HRESULT AsyncTopologyNode::GetParameters(DWORD *, DWORD *)
+{
+    return E_NOTIMPL; // the item was put on its queue explicitly
+}
+
+HRESULT AsyncTopologyNode::Invoke(IMFAsyncResult *pAsyncResult)
+{
+    const HRESULT result = mft_utils::Guarded([&]() -> HRESULT {
+        CHECK_POINTER(pAsyncResult);
+        ComPtr<IUnknown> unk;
+        CHECK_HR(pAsyncResult->GetState(unk.GetAddressOf()));
+        ComPtr<IMFSample> sample;
+        CHECK_HR(unk.As(&sample));
+        const TraceLoggingActivity activity("mft_core::AsyncTopologyNode::Invoke");
+        MarkReady(sample.Get());
+        HandOnReadySamples();
+        return S_OK;
+    });
+    ItemDone();
+    return result;
+}
+
+void AsyncTopologyNode::MarkReady(IMFSample *sample)
+{
+    const std::scoped_lock guard(lock);
+    const auto entry = std::find_if(pending.begin(), pending.end(), [&](const PendingSample &candidate) {
+        return candidate.sample.Get() == sample && !candidate.itemHasRun;
+    });
+    if (entry != pending.end()) // a flush may have dropped it
+    {
+        entry->itemHasRun = true;
+    }
+}
+
+void AsyncTopologyNode::HandOnReadySamples()
+{
+    std::unique_lock guard(lock);
+    if (handingOn)
+    {
+        return; // the thread that hands on takes this sample too
+    }
+    handingOn = true;
+    while (!pending.empty() && pending.front().itemHasRun)
+    {
+        const ComPtr<IMFSample> sample = std::move(pending.front().sample);
+        pending.pop_front();
+        guard.unlock();
+        for (const auto &node : NextNodes())
+        {
+            if (!stopping)
+            {
+                node->Process(sample.Get());
+            }
+        }
+        guard.lock();
+    }
+    handingOn = false;
+    idle.NotifyAll();
+}
+
+void AsyncTopologyNode::ItemDone()
+{
+    const std::scoped_lock guard(lock);
+    if (queuedItems > 0)
+    {
+        --queuedItems;
+    }
+    idle.NotifyAll();
+}
+
+HRESULT AsyncTopologyNode::Flush()
+{
+    std::deque<PendingSample> dropped; // released outside the lock
+    std::unique_lock guard(lock);
+    ++flushing;
+    dropped.swap(pending);
+    const bool ran = idle.WaitFor(lock, flushTimeoutMs, [&] { return queuedItems == 0 && !handingOn; });
+    --flushing;
+    const std::uint32_t left = queuedItems;
+    guard.unlock();
+    if (!ran)
+    {
+        TRACE_ERROR("%s: flush gave up after %lu ms with %u items queued", GetName(), flushTimeoutMs, left);
+    }
+    return S_OK;
+}
+
+void AsyncTopologyNode::Stop() noexcept
+{
+    stopping = true;
+}
+
+HRESULT AsyncTopologyNode::QueryInterface(REFIID iid, void **object)
+{
+    CHECK_POINTER(object);
+    *object = nullptr;
+    if (!IsEqualGUID(iid, __uuidof(IUnknown)) && !IsEqualGUID(iid, __uuidof(IMFAsyncCallback)))
+    {
+        return E_NOINTERFACE;
+    }
+    *object = static_cast<IMFAsyncCallback *>(this);
+    AddRef();
+    return S_OK;
+}
+
+ULONG AsyncTopologyNode::AddRef()
+{
+    const std::scoped_lock guard(referenceLock);
+    if (references == 0)
+    {
+        self = shared_from_this();
+    }
+    return ++references;
+}
+
+ULONG AsyncTopologyNode::Release()
+{
+    std::shared_ptr<AsyncTopologyNode> last; // outlives the lock: may be what keeps this node alive
+    const std::scoped_lock guard(referenceLock);
+    if (--references == 0)
+    {
+        last = std::move(self);
+    }
+    return references;
+}
+
+} // namespace mft_core

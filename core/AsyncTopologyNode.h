@@ -1,0 +1,78 @@
+// Moves the rest of the chain onto the work queue that the pipeline assigned.
+#pragma once
+
+#include "platform/MediaFoundation.h"
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+
+#include "core/ITopologyNode.h"
+#include "core/WorkQueueParameters.h"
+#include "utils/CriticalSection.h"
+
+namespace mft_core
+{
+
+// Queues each sample as a work item; the items' callbacks continue the chain. The queue may run items in parallel and
+// out of order, so samples are handed on by one thread at a time, in the order in which they came; nobody waits for
+// that. A queued item holds a reference, which keeps the node and the chain behind it alive until the item has run.
+// Owned by its topology through std::shared_ptr. Thread-safe.
+class AsyncTopologyNode : public ITopologyNode,
+                          public IMFAsyncCallback,
+                          public std::enable_shared_from_this<AsyncTopologyNode>
+{
+  public:
+    static constexpr DWORD kFlushTimeoutMs = 1000;
+
+    AsyncTopologyNode(std::shared_ptr<ITopologyNode> successor, const std::string &ownerName,
+                      const WorkQueueParameters &workQueue, DWORD timeoutMs = kFlushTimeoutMs);
+
+    // Drops what has not begun, waits until the queued items have run, then accepts samples again. A wait that ends
+    // by its limit is traced and not a failure. Call it without holding a lock that the nodes behind need.
+    HRESULT Flush() override;
+
+    // Returns as soon as the item is queued. A sample that cannot be queued is dropped with an event.
+    HRESULT ProcessSample(IMFSample *sample) override;
+
+    // Refuses samples for good; what is queued is dropped.
+    void Stop() noexcept;
+
+    // References count the queued items; the first takes a share in the node's ownership and the last gives it back.
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **object) override;
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    ULONG STDMETHODCALLTYPE Release() override;
+
+    HRESULT STDMETHODCALLTYPE GetParameters(DWORD *flags, DWORD *queue) override;
+    HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *pAsyncResult) override;
+
+  private:
+    struct PendingSample
+    {
+        ComPtr<IMFSample> sample;
+        bool itemHasRun = false;
+    };
+
+    void MarkReady(IMFSample *sample);
+    void HandOnReadySamples();
+    void ItemDone();
+
+    const WorkQueueParameters wqParams;
+    const DWORD flushTimeoutMs;
+    std::atomic<bool> stopping{false};
+
+    user_space_frameworks::CriticalSection lock;
+    user_space_frameworks::ConditionVariable idle;
+    std::uint32_t queuedItems = 0;     // guarded by lock
+    std::uint32_t flushing = 0;        // guarded by lock; flushes under way
+    bool handingOn = false;            // guarded by lock; some thread is in HandOnReadySamples
+    std::deque<PendingSample> pending; // guarded by lock; in order of arrival
+
+    user_space_frameworks::CriticalSection referenceLock;
+    ULONG references = 0;                    // guarded by referenceLock
+    std::shared_ptr<AsyncTopologyNode> self; // guarded by referenceLock
+};
+
+} // namespace mft_core

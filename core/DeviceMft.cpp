@@ -1,0 +1,319 @@
+#include "core/DeviceMft.h"
+
+#include <mutex>
+#include <stdexcept>
+#include <utility>
+
+#include "ks/PassthroughKsEventsHandler.h"
+#include "ks/PassthroughKsMethodsHandler.h"
+#include "ks/PassthroughKsPropsHandler.h"
+#include "utils/Guard.h"
+#include "utils/WideString.h"
+
+using mft_utils::EntryPoint;
+using std::make_shared;
+using user_space_frameworks::MakeCom;
+
+namespace mft_core
+{
+
+namespace
+{
+constexpr ULONG kMsXuKnownControl = 1;
+
+// A camera without the unit works without it: calls to the unit then give E_NOINTERFACE.
+void FindExtensionUnit(ExtensionUnitKsControl &unit, IMFTransform *sourceTransform, IKsControl *filterKsControl,
+                       ULONG knownControl)
+{
+    if (const HRESULT found = unit.Init(sourceTransform, filterKsControl, knownControl); FAILED(found))
+    {
+        TRACE_INFO("%s: not found, hr 0x%08lX", unit.GetName(), static_cast<unsigned long>(found));
+    }
+}
+} // namespace
+
+DeviceMft::DeviceMft(const std::string &objectName, const GUID &extensionUnitSet, ULONG extensionUnitControl)
+    : Object(objectName), deviceXuSetId(extensionUnitSet), deviceXuKnownControl(extensionUnitControl)
+{
+}
+
+DeviceMft::~DeviceMft()
+{
+    ReleaseListener();
+    // A work item may still hold the end of a chain; it must not reach this object's event queue any more.
+    for (const auto &stream : inputStreams)
+    {
+        stream->DetachEventGenerator();
+    }
+    for (const auto &stream : outputStreams)
+    {
+        stream->DetachEventGenerator();
+    }
+}
+
+HRESULT DeviceMft::QueryInterface(REFIID iid, void **object)
+{
+    if (object == nullptr)
+    {
+        return E_POINTER;
+    }
+    *object = nullptr;
+    if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IMFDeviceTransform)) ||
+        IsEqualGUID(iid, __uuidof(IAgileObject))) // any apartment may call it directly
+    {
+        *object = static_cast<IMFDeviceTransform *>(this);
+    }
+    else if (IsEqualGUID(iid, __uuidof(IMFTransform)))
+    {
+        *object = static_cast<IMFTransform *>(this);
+    }
+    else if (IsEqualGUID(iid, __uuidof(IMFShutdown)))
+    {
+        *object = static_cast<IMFShutdown *>(this);
+    }
+    else if (IsEqualGUID(iid, __uuidof(IMFMediaEventGenerator)))
+    {
+        *object = static_cast<IMFMediaEventGenerator *>(this);
+    }
+    else if (IsEqualGUID(iid, __uuidof(IMFRealTimeClientEx)))
+    {
+        *object = static_cast<IMFRealTimeClientEx *>(this);
+    }
+    else if (IsEqualGUID(iid, __uuidof(IKsControl)))
+    {
+        *object = static_cast<IKsControl *>(this);
+    }
+    else
+    {
+        return E_NOINTERFACE;
+    }
+    AddRef();
+    return S_OK;
+}
+
+ULONG DeviceMft::AddRef()
+{
+    return references.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+ULONG DeviceMft::Release()
+{
+    const ULONG left = references.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (left == 0)
+    {
+        delete this;
+    }
+    return left;
+}
+
+IMFDeviceTransform &DeviceMft::DeviceFace() noexcept
+{
+    return *this;
+}
+
+HRESULT DeviceMft::InitializeTransform(IMFAttributes *pAttributes)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        IMFAttributes *const filterAttributes = pAttributes;
+        if (filterAttributes != nullptr && initializationBegun.exchange(true))
+        {
+            TRACE_ERROR("%s: initialised already", GetName());
+            return MF_E_ALREADY_INITIALIZED;
+        }
+        CHECK_HR(ExtractFilterInfo(filterAttributes));
+        CHECK_HR(InitializeMembers());
+        CHECK_HR(CreateAttributes());
+        CHECK_HR(RegisterKsControlHandlres());
+        CHECK_HR(CreateInputStreams());
+        OnTransformInitialized();
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::ExtractFilterInfo(IMFAttributes *filterAttributes)
+{
+    if (filterAttributes == nullptr)
+    {
+        TRACE_ERROR("%s: no filter attributes", GetName());
+        return E_INVALIDARG;
+    }
+    ComPtr<IUnknown> filterUnk;
+    CHECK_HR_AS("filterAttributes->GetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL, __uuidof(**(&filterUnk)), "
+                "IID_PPV_ARGS_Helper(&filterUnk))",
+                filterAttributes->GetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL, IID_PPV_ARGS(&filterUnk)));
+    CHECK_HR(filterUnk.As(&sourceTransform));
+    ComPtr<IKsControl> ksControl;
+    CHECK_HR(sourceTransform.As(&ksControl));
+    filterKsControl = ksControl;
+    CHECK_POINTER(filterKsControl);
+    return S_OK;
+}
+
+HRESULT DeviceMft::InitializeMembers()
+{
+    deviceXuKsControl = MakeCom<ExtensionUnitKsControl>(deviceXuSetId, GetNameCopy());
+    CHECK_POINTER(deviceXuKsControl);
+    if (!IsEqualGUID(deviceXuSetId, GUID{}))
+    {
+        FindExtensionUnit(*deviceXuKsControl.Get(), sourceTransform.Get(), filterKsControl.Get(), deviceXuKnownControl);
+    }
+    msXuKsControl = MakeCom<ExtensionUnitKsControl>(MS_CAMERA_CONTROL_XU, GetNameCopy() + " MSXU ");
+    CHECK_POINTER(msXuKsControl);
+    FindExtensionUnit(*msXuKsControl.Get(), sourceTransform.Get(), filterKsControl.Get(), kMsXuKnownControl);
+    autoUpdateEventListener = MakeCom<KsEventListener>(KSEVENTSETID_VIDCAPTOSTI, KSEVENT_VIDCAP_AUTO_UPDATE,
+                                                       GetNameCopy() + " Auto Update Event Listener");
+    CHECK_POINTER(autoUpdateEventListener);
+    CHECK_HR_AS("autoUpdateEventListener->Init(filterKsControl)", autoUpdateEventListener->Init(filterKsControl.Get()));
+    return S_OK;
+}
+
+void DeviceMft::ReleaseListener()
+{
+    if (autoUpdateEventListener)
+    {
+        // It refers to itself until then.
+        if (const HRESULT ended = autoUpdateEventListener->Uninit(); FAILED(ended))
+        {
+            TRACE_ERROR("%s: did not end, hr 0x%08lX", autoUpdateEventListener->GetName(),
+                        static_cast<unsigned long>(ended));
+            return; // the destructor tries again
+        }
+        autoUpdateEventListener.Reset();
+    }
+}
+
+HRESULT DeviceMft::UninitializeMembers()
+{
+    TRACE_INFO("%s: members are released with the object", GetName());
+    return S_OK;
+}
+
+HRESULT DeviceMft::CreateAttributes()
+{
+    const std::wstring urlString = mft_utils::Widen(GetName());
+    attributes.Reset();
+    CHECK_HR(MFCreateAttributes(&attributes, 4));
+    CHECK_HR(attributes->SetUINT32(MF_TRANSFORM_ASYNC, 1));
+    CHECK_HR(attributes->SetUINT32(MFT_SUPPORT_DYNAMIC_FORMAT_CHANGE, 1));
+    CHECK_HR(attributes->SetUINT32(MF_SA_D3D_AWARE, 0));
+    CHECK_HR(attributes->SetString(MFT_ENUM_HARDWARE_URL_Attribute, urlString.c_str()));
+    return S_OK;
+}
+
+HRESULT DeviceMft::RegisterKsControlHandlres()
+{
+    CHECK_HR(RegisterKsPropertyDefaultHandler(make_shared<PassthroughKsPropsHandler>(filterKsControl)));
+    CHECK_HR(RegisterKsEventDefaultHandler(make_shared<PassthroughKsEventsHandler>(filterKsControl)));
+    CHECK_HR(RegisterKsMethodDefaultHandler(make_shared<PassthroughKsMethodsHandler>(filterKsControl)));
+    return S_OK;
+}
+
+HRESULT DeviceMft::OnTransformInitialized()
+{
+    TRACE_INFO("%s: %zu input streams", GetName(), inputStreams.size());
+    return S_OK;
+}
+
+HRESULT DeviceMft::CreateInputStreams()
+{
+    std::vector<DWORD> inputStreamIds;
+    CHECK_HR(GetFilterStreamIds(inputStreamIds));
+    const std::vector<GUID> excludedSubtypes = GetExcludedSubtypes();
+    for (const DWORD streamId : inputStreamIds)
+    {
+        inputStreams.push_back(
+            make_shared<InputStream>(streamId, this, sourceTransform.Get(), excludedSubtypes, GetNameCopy()));
+    }
+    return S_OK;
+}
+
+HRESULT DeviceMft::GetFilterStreamIds(std::vector<DWORD> &ids)
+{
+    ids.clear();
+    DWORD filterInputStreamsCnt = 0;
+    DWORD filterOutputStreamsCnt = 0;
+    CHECK_HR(sourceTransform->MFTGetStreamCount(&filterInputStreamsCnt, &filterOutputStreamsCnt));
+    std::vector<DWORD> inputIds(filterInputStreamsCnt);
+    std::vector<DWORD> outputIds(filterOutputStreamsCnt);
+    const HRESULT hr = sourceTransform->MFTGetStreamIDs(filterInputStreamsCnt, inputIds.data(), filterOutputStreamsCnt,
+                                                        outputIds.data());
+    if (hr == E_NOTIMPL)
+    {
+        TRACE_INFO("%s: the filter numbers its streams from 0", GetName());
+        for (DWORD i = 0; i < filterOutputStreamsCnt; ++i)
+        {
+            outputIds[i] = i;
+        }
+    }
+    else
+    {
+        CHECK_HR(hr);
+    }
+    ids = std::move(outputIds);
+    return S_OK;
+}
+
+std::vector<GUID> DeviceMft::GetExcludedSubtypes()
+{
+    return {};
+}
+
+CameraBlob DeviceMft::CreateIntrinsics(const MediaTypeList &, UINT32)
+{
+    return {};
+}
+
+CameraBlob DeviceMft::CreateExtrinsics(UINT32)
+{
+    return {};
+}
+
+HRESULT DeviceMft::CreateOutputStream(const std::shared_ptr<InputStream> &inputStream)
+{
+    OutputStreamConfiguration configuration;
+    CHECK_HR(InitOutputStreamConfiguration(configuration, inputStream));
+    AppendOutputStream(make_shared<OutputStream>(static_cast<UINT32>(outputStreams.size()), this, configuration));
+    return S_OK;
+}
+
+HRESULT DeviceMft::InitOutputStreamConfiguration(OutputStreamConfiguration &configuration,
+                                                 const std::shared_ptr<InputStream> &inputStream)
+{
+    configuration.parentName = GetNameCopy();
+    CHECK_HR(inputStream->GetSupportedMediaTypes(*configuration.mtList.get()));
+    CHECK_HR(inputStream->GetAttributes(configuration.attributes.GetAddressOf()));
+    configuration.intrinsics = CreateIntrinsics(*configuration.mtList, inputStream->GetID());
+    configuration.extrinsics = CreateExtrinsics(inputStream->GetID());
+    return S_OK;
+}
+
+void DeviceMft::AppendOutputStream(std::shared_ptr<OutputStream> stream)
+{
+    if (stream->GetID() != outputStreams.size())
+    {
+        throw std::logic_error("stream id mismatch");
+    }
+    outputStreams.push_back(std::move(stream));
+}
+
+HRESULT DeviceMft::Shutdown()
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        const std::scoped_lock guard(stateChangeLock);
+        CHECK_HR(UninitializeMembers());
+        ReleaseListener();
+        CHECK_HR(MediaEventGenerator::Shutdown());
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetShutdownStatus(MFSHUTDOWN_STATUS *pStatus)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_POINTER_AS("status", pStatus, E_POINTER);
+        *pStatus = IsShutdown() ? MFSHUTDOWN_COMPLETED : MFSHUTDOWN_INITIATED;
+        return S_OK;
+    });
+}
+
+} // namespace mft_core

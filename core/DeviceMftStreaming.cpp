@@ -1,0 +1,442 @@
+// DeviceMft, second part: the calls that the pipeline makes per stream and per frame.
+#include "core/DeviceMft.h"
+
+#include <mutex>
+
+#include "utils/Guard.h"
+#include "utils/HResultFromWin32.h"
+#include "utils/StreamNames.h"
+#include "utils/TraceLogging.h"
+
+using mft_utils::EntryExitTrace;
+using mft_utils::EntryPoint;
+using mft_utils::Guarded;
+using mft_utils::TraceField;
+using mft_utils::TraceLoggingActivity;
+
+namespace mft_core
+{
+
+namespace
+{
+template <class StreamType>
+HRESULT GetStream(std::shared_ptr<StreamType> &stream, DWORD streamId,
+                  const std::vector<std::shared_ptr<StreamType>> &streams)
+{
+    for (const auto &candidate : streams)
+    {
+        if (candidate->GetID() == streamId)
+        {
+            stream = candidate;
+            return S_OK;
+        }
+    }
+    TRACE_ERROR("no stream with id %lu", streamId);
+    return E_FAIL;
+}
+
+template <class StreamType>
+HRESULT WriteIds(DWORD size, DWORD *ids, const std::vector<std::shared_ptr<StreamType>> &streams)
+{
+    if (ids == nullptr)
+    {
+        return S_OK;
+    }
+    if (size < streams.size())
+    {
+        TRACE_ERROR("room for %lu stream ids, %zu streams", size, streams.size());
+        return MF_E_BUFFERTOOSMALL;
+    }
+    for (std::size_t i = 0; i < streams.size(); ++i)
+    {
+        ids[i] = streams[i]->GetID();
+    }
+    return S_OK;
+}
+
+// Who owns the reference that comes with a sample. The ordinary COM rule leaves it with the caller; some pipelines
+// expect the transform to take it over, whatever the result.
+class InputReference
+{
+  public:
+    explicit InputReference(IMFSample *inputSample) noexcept : sample(inputSample) {}
+    ~InputReference()
+    {
+        if (kConsumesReference && sample != nullptr)
+        {
+            sample->Release();
+        }
+    }
+    InputReference(const InputReference &) = delete;
+    InputReference &operator=(const InputReference &) = delete;
+
+  private:
+#ifdef TARN_PROCESS_INPUT_CONSUMES_REFERENCE
+    static constexpr bool kConsumesReference = true;
+#else
+    static constexpr bool kConsumesReference = false;
+#endif
+    IMFSample *const sample;
+};
+} // namespace
+
+HRESULT DeviceMft::RedirectCallToInputStream(DWORD streamId, const std::function<HRESULT(InputStream &stream)> &body)
+{
+    std::shared_ptr<InputStream> stream;
+    CHECK_HR(GetStream(stream, streamId, inputStreams));
+    return body(*stream);
+}
+
+HRESULT DeviceMft::RedirectCallToOutputStream(DWORD streamId, const std::function<HRESULT(OutputStream &stream)> &body)
+{
+    std::shared_ptr<OutputStream> stream;
+    CHECK_HR(GetStream(stream, streamId, outputStreams));
+    return body(*stream);
+}
+
+HRESULT DeviceMft::GetInputAvailableType(DWORD dwInputStreamID, DWORD dwTypeIndex, IMFMediaType **ppMediaType)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_HR(RedirectCallToInputStream(
+            dwInputStreamID, [&](InputStream &stream) { return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); }));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetInputCurrentType(DWORD dwInputStreamID, IMFMediaType **ppMediaType)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_HR(RedirectCallToInputStream(
+            dwInputStreamID, [&](InputStream &stream) { return stream.GetCurrentMediaType(ppMediaType); }));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetInputStreamAttributes(DWORD dwInputStreamID, IMFAttributes **ppAttributes)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_HR(RedirectCallToInputStream(dwInputStreamID,
+                                           [&](InputStream &stream) { return stream.GetAttributes(ppAttributes); }));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetOutputAvailableType(DWORD dwOutputStreamID, DWORD dwTypeIndex, IMFMediaType **ppMediaType)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_HR(RedirectCallToOutputStream(
+            dwOutputStreamID, [&](OutputStream &stream) { return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); }));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetOutputCurrentType(DWORD dwOutputStreamID, IMFMediaType **ppMediaType)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_HR(RedirectCallToOutputStream(
+            dwOutputStreamID, [&](OutputStream &stream) { return stream.GetCurrentMediaType(ppMediaType); }));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetOutputStreamAttributes(DWORD dwOutputStreamID, IMFAttributes **ppAttributes)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_HR(RedirectCallToOutputStream(dwOutputStreamID,
+                                            [&](OutputStream &stream) { return stream.GetAttributes(ppAttributes); }));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetStreamCount(DWORD *pdwInputStreams, DWORD *pdwOutputStreams)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_POINTER(pdwInputStreams);
+        CHECK_POINTER(pdwOutputStreams);
+        *pdwInputStreams = static_cast<DWORD>(inputStreams.size());
+        *pdwOutputStreams = static_cast<DWORD>(outputStreams.size());
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetStreamIDs(DWORD inSize, DWORD *pInIds, DWORD outSize, DWORD *pOutIds)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_HR(WriteIds(inSize, pInIds, inputStreams));
+        CHECK_HR(WriteIds(outSize, pOutIds, outputStreams));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::ProcessEvent(DWORD, IMFMediaEvent *)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        TRACE_INFO("Not Implemented");
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::ProcessInput(DWORD dwInputStreamID, IMFSample *pSample, DWORD)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        const InputReference reference(pSample);
+        CHECK_POINTER(pSample);
+        LONGLONG llTime = 0;
+        CHECK_HR(pSample->GetSampleTime(&llTime));
+        const TraceLoggingActivity activity("mft_core::DeviceMft::ProcessInput",
+                                            {TraceField::Int64("SampleTime", llTime)});
+        CHECK_HR_AS("RedirectCallToInputStream(dwInputStreamID, [&](InputStream &stream) { stream.Process(pSample); "
+                    "return ((HRESULT)0L); })",
+                    RedirectCallToInputStream(dwInputStreamID, [&](InputStream &stream) {
+                        stream.Process(pSample);
+                        return S_OK;
+                    }));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::ProcessOutput(DWORD, DWORD cOutputBufferCount, MFT_OUTPUT_DATA_BUFFER *pOutputSamples,
+                                 DWORD *pdwStatus)
+{
+    const EntryExitTrace trace(GetName());
+    return Guarded([&]() -> HRESULT {
+        if (cOutputBufferCount > outputStreams.size())
+        {
+            TRACE_ERROR("%s: %lu buffers for %zu output streams", GetName(), cOutputBufferCount, outputStreams.size());
+            return E_INVALIDARG;
+        }
+        CHECK_POINTER(pdwStatus);
+        CHECK_POINTER(pOutputSamples);
+        *pdwStatus = 0;
+        HRESULT result = MF_E_TRANSFORM_NEED_MORE_INPUT;
+        for (DWORD i = 0; i < cOutputBufferCount; ++i)
+        {
+            MFT_OUTPUT_DATA_BUFFER &buffer = pOutputSamples[i];
+            for (const auto &stream : outputStreams)
+            {
+                if (stream->GetID() == buffer.dwStreamID)
+                {
+                    if (stream->ProcessOutput(buffer) == S_OK)
+                    {
+                        result = S_OK;
+                    }
+                    break;
+                }
+            }
+        }
+        if (result != S_OK)
+        {
+            TRACE_INFO("%s: no sample, hr 0x%08lX", GetName(), static_cast<unsigned long>(result));
+        }
+        return result;
+    });
+}
+
+HRESULT DeviceMft::ProcessMessage(MFT_MESSAGE_TYPE eMessage, ULONG_PTR)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        switch (eMessage)
+        {
+        case MFT_MESSAGE_COMMAND_FLUSH:
+            CHECK_HR(FlushAllStreams());
+            return S_OK;
+        case MFT_MESSAGE_SET_D3D_MANAGER:
+            TRACE_INFO("%s: MFT_MESSAGE_SET_D3D_MANAGER is not supported", GetName());
+            return E_NOTIMPL;
+        default:
+            TRACE_INFO("%s: message 0x%lX needs nothing", GetName(), static_cast<unsigned long>(eMessage));
+            return S_OK;
+        }
+    });
+}
+
+HRESULT DeviceMft::FlushAllStreams()
+{
+    for (const auto &inputStream : inputStreams)
+    {
+        CHECK_HR(inputStream->Flush());
+    }
+    for (const auto &outputStream : outputStreams)
+    {
+        CHECK_HR(outputStream->Flush());
+    }
+    return S_OK;
+}
+
+HRESULT DeviceMft::SetInputStreamState(DWORD dwStreamID, IMFMediaType *pMediaType, DeviceStreamState value, DWORD)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        const DeviceStreamState state = value;
+        if (state < DeviceStreamState_Stop || state > DeviceStreamState_Disabled)
+        {
+            return E_INVALIDARG;
+        }
+        if (state == DeviceStreamState_Run)
+        {
+            CHECK_POINTER(pMediaType);
+        }
+        return RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) -> HRESULT {
+            CHECK_HR(stream.SetCurrentMediaType(pMediaType));
+            CHECK_HR(stream.SetState(state));
+            return S_OK;
+        });
+    });
+}
+
+HRESULT DeviceMft::GetInputStreamState(DWORD dwStreamID, DeviceStreamState *value)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        DeviceStreamState *const state = value;
+        CHECK_POINTER(state);
+        return RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) -> HRESULT {
+            *state = stream.GetState();
+            return S_OK;
+        });
+    });
+}
+
+HRESULT DeviceMft::GetOutputStreamState(DWORD dwStreamID, DeviceStreamState *value)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        DeviceStreamState *const state = value;
+        CHECK_POINTER(state);
+        return RedirectCallToOutputStream(dwStreamID, [&](OutputStream &stream) -> HRESULT {
+            *state = stream.GetState();
+            return S_OK;
+        });
+    });
+}
+
+HRESULT DeviceMft::GetInputStreamPreferredState(DWORD dwStreamID, DeviceStreamState *value, IMFMediaType **ppMediaType)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        return RedirectCallToInputStream(
+            dwStreamID, [&](InputStream &stream) { return stream.GetPreferredState(value, ppMediaType); });
+    });
+}
+
+HRESULT DeviceMft::SetOutputStreamState(DWORD dwStreamID, IMFMediaType *pMediaType, DeviceStreamState value, DWORD)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        const std::scoped_lock guard(stateChangeLock);
+        return ChangeOutputStreamState(dwStreamID, pMediaType, value);
+    });
+}
+
+HRESULT DeviceMft::ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value)
+{
+    std::shared_ptr<OutputStream> stream;
+    CHECK_HR(GetStream(stream, streamId, outputStreams));
+    const DeviceStreamState previous = stream->GetState();
+    if (value == previous && nextMediaType != nullptr)
+    {
+        ComPtr<IMFMediaType> current;
+        DWORD equality = 0;
+        if (SUCCEEDED(stream->GetCurrentMediaType(current.GetAddressOf())) &&
+            current->IsEqual(nextMediaType, &equality) == S_OK)
+        {
+            TRACE_INFO("%s: state and media type are unchanged", stream->GetName());
+            return S_OK;
+        }
+    }
+    TRACE_INFO("%s: asked to go %s -> %s", stream->GetName(), mft_utils::StreamStateName(previous),
+               mft_utils::StreamStateName(value));
+    switch (value)
+    {
+    case DeviceStreamState_Stop:
+        return StopAndReport(stream, nextMediaType);
+    case DeviceStreamState_Run:
+        CHECK_POINTER(nextMediaType);
+        return StartWithListener(stream, nextMediaType, previous);
+    case DeviceStreamState_Pause:
+    case DeviceStreamState_Disabled:
+        TRACE_INFO("%s: ignored", stream->GetName());
+        return S_OK;
+    }
+    return E_INVALIDARG;
+}
+
+HRESULT DeviceMft::StopAndReport(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType)
+{
+    // The listener stops with every stop, also while another output still runs. One that hangs keeps no stream alive.
+    if (autoUpdateEventListener)
+    {
+        if (const HRESULT stopped = autoUpdateEventListener->Stop(); FAILED(stopped))
+        {
+            TRACE_ERROR("%s: did not stop, hr 0x%08lX", autoUpdateEventListener->GetName(),
+                        static_cast<unsigned long>(stopped));
+        }
+    }
+    CHECK_HR(StopOutputStream(stream, nextMediaType));
+    return S_OK;
+}
+
+HRESULT DeviceMft::StartWithListener(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType,
+                                     DeviceStreamState previous)
+{
+    CHECK_HR(StartOutputStream(stream, nextMediaType));
+    if (previous == DeviceStreamState_Run)
+    {
+        return S_OK;
+    }
+    const HRESULT listening = Guarded([&] { return StartListener(); });
+    if (FAILED(listening))
+    {
+        StopOutputStream(stream, nextMediaType); // a failed start leaves the stream stopped
+    }
+    return listening;
+}
+
+HRESULT DeviceMft::StartListener()
+{
+    if (!autoUpdateEventListener)
+    {
+        return S_OK;
+    }
+    const HRESULT listening = autoUpdateEventListener->Start();
+    switch (listening)
+    {
+    case E_UNEXPECTED: // another output has started it
+        return S_OK;
+    case E_NOTIMPL: // a camera without the event streams without it
+    case mft_utils::HResultFromWin32(ERROR_SET_NOT_FOUND):
+    case mft_utils::HResultFromWin32(ERROR_NOT_FOUND):
+        TRACE_INFO("%s: the camera has no such event", autoUpdateEventListener->GetName());
+        return S_OK;
+    default:
+        CHECK_HR_AS("autoUpdateEventListener->Start()", listening);
+        return S_OK;
+    }
+}
+
+HRESULT DeviceMft::FlushInputStream(DWORD, DWORD)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        TRACE_INFO("Not Implemented");
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::FlushOutputStream(DWORD dwStreamIndex, DWORD)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        const DWORD dwStreamID = dwStreamIndex;
+        CHECK_HR(RedirectCallToOutputStream(dwStreamID, [&](OutputStream &stream) { return stream.Flush(); }));
+        return S_OK;
+    });
+}
+
+HRESULT DeviceMft::GetAttributes(IMFAttributes **pAttributes)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_POINTER(pAttributes);
+        *pAttributes = nullptr;
+        if (!attributes)
+        {
+            return MF_E_NOT_INITIALIZED;
+        }
+        return attributes.CopyTo(pAttributes);
+    });
+}
+
+} // namespace mft_core

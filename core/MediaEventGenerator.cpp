@@ -1,0 +1,152 @@
+#include "core/MediaEventGenerator.h"
+
+#include <mutex>
+
+#include "utils/Guard.h"
+#include "utils/MediaEventTranslator.h"
+
+using mft_utils::EntryPoint;
+
+namespace mft_core
+{
+
+namespace
+{
+// The per-frame event would flood the log.
+void TraceQueued(MediaEventType type)
+{
+    if (type != METransformHaveOutput)
+    {
+        TRACE_INFO("queue event %s", mft_utils::MediaEventTranslator::Name(type));
+    }
+}
+
+HRESULT CreateQueue(IMFMediaEventQueue **queue)
+{
+    CHECK_HR(MFCreateEventQueue(queue));
+    return S_OK;
+}
+} // namespace
+
+MediaEventGenerator::MediaEventGenerator()
+    : Object("Media event generator"), initialized(SUCCEEDED(CreateQueue(pQueue.GetAddressOf())))
+{
+}
+
+HRESULT MediaEventGenerator::CheckUsable() const
+{
+    return shutdown ? MF_E_SHUTDOWN : S_OK;
+}
+
+bool MediaEventGenerator::IsShutdown() const
+{
+    const std::scoped_lock guard(lock);
+    return shutdown;
+}
+
+HRESULT MediaEventGenerator::GetEvent(DWORD dwFlags, IMFMediaEvent **ppEvent)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        if (!initialized)
+        {
+            return E_OUTOFMEMORY;
+        }
+        CHECK_POINTER(ppEvent);
+        *ppEvent = nullptr;
+        ComPtr<IMFMediaEventQueue> local_pQueue;
+        {
+            const std::scoped_lock guard(lock);
+            CHECK_HR(CheckUsable());
+            local_pQueue = pQueue;
+        }
+        // May block until an event comes: never under the lock. An empty queue is no failure of ours.
+        const HRESULT result = local_pQueue->GetEvent(dwFlags, ppEvent);
+        if (result == MF_E_NO_EVENTS_AVAILABLE)
+        {
+            return result;
+        }
+        CHECK_HR_AS("local_pQueue->GetEvent(dwFlags, ppEvent)", result);
+        return result;
+    });
+}
+
+HRESULT MediaEventGenerator::BeginGetEvent(IMFAsyncCallback *pCallback, IUnknown *punkState)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        if (!initialized)
+        {
+            return E_OUTOFMEMORY;
+        }
+        CHECK_POINTER(pCallback);
+        const std::scoped_lock guard(lock);
+        CHECK_HR(CheckUsable());
+        const HRESULT result = pQueue->BeginGetEvent(pCallback, punkState);
+        CHECK_HR_AS("pQueue->BeginGetEvent(pCallback, punkState)", result);
+        return result; // may be the success code MF_S_MULTIPLE_BEGIN
+    });
+}
+
+HRESULT MediaEventGenerator::EndGetEvent(IMFAsyncResult *pResult, IMFMediaEvent **ppEvent)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        if (!initialized)
+        {
+            return E_OUTOFMEMORY;
+        }
+        CHECK_POINTER(ppEvent);
+        *ppEvent = nullptr;
+        CHECK_POINTER(pResult);
+        const std::scoped_lock guard(lock);
+        CHECK_HR(CheckUsable());
+        CHECK_HR(pQueue->EndGetEvent(pResult, ppEvent));
+        return S_OK;
+    });
+}
+
+HRESULT MediaEventGenerator::QueueEvent(MediaEventType met, REFGUID guidExtendedType, HRESULT hrStatus,
+                                        const PROPVARIANT *pvValue)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        if (!initialized)
+        {
+            return E_OUTOFMEMORY;
+        }
+        const std::scoped_lock guard(lock);
+        CHECK_HR(CheckUsable());
+        TraceQueued(met);
+        CHECK_HR(pQueue->QueueEventParamVar(met, guidExtendedType, hrStatus, pvValue));
+        return S_OK;
+    });
+}
+
+HRESULT MediaEventGenerator::QueueEvent(IMFMediaEvent *event)
+{
+    if (!initialized)
+    {
+        return E_OUTOFMEMORY;
+    }
+    // Wine 8 crashes on a null event.
+    CHECK_POINTER(event);
+    const std::scoped_lock guard(lock);
+    CHECK_HR(CheckUsable());
+    MediaEventType type = MEUnknown;
+    CHECK_HR(event->GetType(&type));
+    TraceQueued(type);
+    CHECK_HR(pQueue->QueueEvent(event));
+    return S_OK;
+}
+
+HRESULT MediaEventGenerator::Shutdown()
+{
+    if (!initialized)
+    {
+        return E_OUTOFMEMORY;
+    }
+    const std::scoped_lock guard(lock);
+    CHECK_HR(CheckUsable());
+    shutdown = true;
+    CHECK_HR(pQueue->Shutdown());
+    return S_OK;
+}
+
+} // namespace mft_core

@@ -1,0 +1,43 @@
+// Event queue of a device transform (IMFMediaEventGenerator).
+#pragma once
+
+#include "platform/MediaFoundation.h"
+
+#include "utils/CriticalSection.h"
+#include "utils/Object.h"
+
+namespace mft_core
+{
+
+// Base of the device transform, which supplies IUnknown. Thread-safe; its lock is taken after a stream's lock.
+class MediaEventGenerator : public IMFMediaEventGenerator, public virtual user_space_frameworks::Object
+{
+  public:
+    // All four: E_OUTOFMEMORY when the queue could not be created, MF_E_SHUTDOWN after Shutdown.
+    HRESULT STDMETHODCALLTYPE GetEvent(DWORD dwFlags, IMFMediaEvent **ppEvent) override;
+    HRESULT STDMETHODCALLTYPE BeginGetEvent(IMFAsyncCallback *pCallback, IUnknown *punkState) override;
+    HRESULT STDMETHODCALLTYPE EndGetEvent(IMFAsyncResult *pResult, IMFMediaEvent **ppEvent) override;
+    HRESULT STDMETHODCALLTYPE QueueEvent(MediaEventType met, REFGUID guidExtendedType, HRESULT hrStatus,
+                                         const PROPVARIANT *pvValue) override;
+
+    // Queues a ready event. Fails as QueueEvent does.
+    HRESULT QueueEvent(IMFMediaEvent *event);
+
+    // Wakes every waiter with MF_E_SHUTDOWN. MF_E_SHUTDOWN when already shut down.
+    HRESULT Shutdown();
+
+  protected:
+    MediaEventGenerator();
+
+    bool IsShutdown() const;
+
+  private:
+    HRESULT CheckUsable() const; // call under lock
+
+    mutable user_space_frameworks::CriticalSection lock;
+    ComPtr<IMFMediaEventQueue> pQueue;
+    bool shutdown = false; // guarded by lock
+    bool initialized = false;
+};
+
+} // namespace mft_core

@@ -1,0 +1,30 @@
+// End of a chain: passes each sample unchanged to an output stream until its topology is deactivated.
+#pragma once
+
+#include <memory>
+
+#include "core/ITopologyNode.h"
+#include "core/OutputStream.h"
+#include "utils/CriticalSection.h"
+
+namespace mft_core
+{
+
+// Owned by its topology. After Close returns nothing of the topology reaches the stream, whatever thread still works
+// on a sample. Its lock is taken before the stream's. Thread-safe.
+class OutputTopologyNode : public ITopologyNode
+{
+  public:
+    explicit OutputTopologyNode(std::shared_ptr<OutputStream> stream);
+
+    HRESULT ProcessSample(IMFSample *sample) override;
+
+    void Close();
+
+  private:
+    const std::shared_ptr<OutputStream> outputStream;
+    user_space_frameworks::CriticalSection lock;
+    bool closed = false; // guarded by lock
+};
+
+} // namespace mft_core

@@ -1,0 +1,33 @@
+// Records the work queue that the pipeline assigns (IMFRealTimeClientEx).
+#pragma once
+
+#include "platform/RealTimeClientEx.h"
+
+#include "core/WorkQueueParameters.h"
+#include "utils/CriticalSection.h"
+#include "utils/Object.h"
+
+namespace mft_core
+{
+
+// Base of the device transform, which supplies IUnknown. Thread-safe.
+class RealTimeClient : public IMFRealTimeClientEx, public virtual user_space_frameworks::Object
+{
+  public:
+    // Succeeds without registering threads: all processing runs on the assigned work queue.
+    HRESULT STDMETHODCALLTYPE RegisterThreadsEx(DWORD *pdwTaskIndex, LPCWSTR wszClassName, LONG lBasePriority) override;
+    HRESULT STDMETHODCALLTYPE UnregisterThreads() override;
+    // Takes effect with the next topology that is built.
+    HRESULT STDMETHODCALLTYPE SetWorkQueueEx(DWORD dwMultithreadedWorkQueueId, LONG lWorkItemBasePriority) override;
+
+  protected:
+    RealTimeClient();
+
+    WorkQueueParameters GetWorkQueueParameters() const;
+
+  private:
+    mutable user_space_frameworks::CriticalSection lock;
+    WorkQueueParameters workQueueParameters; // guarded by lock
+};
+
+} // namespace mft_core

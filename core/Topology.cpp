@@ -1,0 +1,96 @@
+#include "core/Topology.h"
+
+#include <utility>
+
+#include "core/AsyncTopologyNode.h"
+#include "utils/Guard.h"
+
+namespace mft_core
+{
+
+Topology::Topology(std::string topologyName) : Object(std::move(topologyName)) {}
+
+Topology::~Topology()
+{
+    mft_utils::Guarded([&]() -> HRESULT {
+        StopNodes();
+        Disconnect();
+        return S_OK;
+    });
+}
+
+std::shared_ptr<OutputTopologyNode> Topology::AddOutput(std::shared_ptr<OutputStream> stream)
+{
+    return outputs.emplace_back(std::make_shared<OutputTopologyNode>(std::move(stream)));
+}
+
+void Topology::AddConnection(std::shared_ptr<InputStream> inputStream, std::shared_ptr<ITopologyNode> firstNode,
+                             IMFMediaType *mediaType)
+{
+    connections.push_back({std::move(inputStream), std::move(firstNode), mediaType, false});
+}
+
+HRESULT Topology::Activate()
+{
+    TRACE_INFO("%s: activate", GetName());
+    for (ConnectionItem &i : connections)
+    {
+        CHECK_HR(i.inputStream->Connect(i.firstNode));
+        i.isConnected = true;
+        CHECK_HR_AS("i.inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Run, i.mediaType)",
+                    i.inputStream->SetPreferredState(DeviceStreamState_Run, i.mediaType.Get()));
+    }
+    return S_OK;
+}
+
+HRESULT Topology::Deactivate()
+{
+    TRACE_INFO("%s: deactivate", GetName());
+    StopNodes();
+    const HRESULT result = StopInputStreams();
+    Disconnect();
+    return result;
+}
+
+HRESULT Topology::StopInputStreams()
+{
+    for (ConnectionItem &i : connections)
+    {
+        CHECK_HR_AS("i.inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Stop, i.mediaType)",
+                    i.inputStream->SetPreferredState(DeviceStreamState_Stop, i.mediaType.Get()));
+        CHECK_HR(i.inputStream->Flush());
+    }
+    return S_OK;
+}
+
+void Topology::StopNodes()
+{
+    for (const auto &output : outputs)
+    {
+        output->Close();
+    }
+    for (const ConnectionItem &i : connections)
+    {
+        i.firstNode->Propagate(PropagateOrder::CallLambdaAndPropagate, [](ITopologyNode *node) -> HRESULT {
+            if (auto *asyncNode = dynamic_cast<AsyncTopologyNode *>(node))
+            {
+                asyncNode->Stop();
+            }
+            return S_OK;
+        });
+    }
+}
+
+void Topology::Disconnect()
+{
+    for (ConnectionItem &i : connections)
+    {
+        // Another topology may have taken the input stream over in the meantime only if this one let go of it.
+        if (std::exchange(i.isConnected, false))
+        {
+            i.inputStream->Disconnect();
+        }
+    }
+}
+
+} // namespace mft_core

@@ -1,0 +1,40 @@
+// The camera's calibration: reads the table, makes the intrinsics and extrinsics records that streams publish.
+#pragma once
+
+#include "platform/MediaFoundation.h"
+
+#include <optional>
+#include <string>
+
+#include "core/OutputStreamConfiguration.h"
+#include "device/calibration/CalibrationTable.h"
+#include "ks/UvcCommand.h"
+
+namespace mft_core
+{
+
+// Owned by its transform. Immutable after Init.
+class TarnCalibration : public user_space_frameworks::Object
+{
+  public:
+    TarnCalibration(ComPtr<IKsControl> extensionUnit, const GUID &set, ULONG controlId, const std::string &ownerName);
+
+    // Reads the table. A table that cannot be read or does not check is traced and is no failure: both records are then
+    // empty and the camera works without them.
+    HRESULT Init();
+
+    // MFPinholeCameraIntrinsics with one model per distinct frame size, in the order of the list. Types without a frame
+    // size are passed over. Empty without a table, and when no size is left.
+    CameraBlob CreateIntrinsics(const MediaTypeList &mtList) const;
+
+    // MFCameraExtrinsics with the transform from the depth to the color camera. Empty without a table.
+    CameraBlob CreateExtrinsics() const;
+
+  private:
+    HRESULT ReadTable(CalibrationTable &read);
+
+    UvcCommand control;
+    std::optional<CalibrationTable> table;
+};
+
+} // namespace mft_core

@@ -1,0 +1,39 @@
+// Private property: confidence map on or off.
+#pragma once
+
+#include <atomic>
+#include <functional>
+
+#include "ks/KsPropHandler.h"
+
+namespace mft_core
+{
+
+// Shared by the transform and its depth topologies, which read the state per frame. Thread-safe.
+class TarnConfidenceMapConfig : public KsPropHandler
+{
+  public:
+    // Applies the new state to the running topology; its failure refuses the request.
+    using SetCallback = std::function<HRESULT(bool enable)>;
+
+    // What the callback refers to outlives the handler's last call.
+    explicit TarnConfidenceMapConfig(SetCallback onSet);
+
+    // Get and set, KSPROPERTY_TARN_CONFIDENCE_MAP_CFG. ERROR_MORE_DATA as an HRESULT below 4 bytes, E_POINTER without a
+    // buffer, the callback's failure, E_INVALIDARG for other requests; the state stays then.
+    HRESULT Run(PKSPROPERTY pProperty, ULONG ulPropertyLength, LPVOID pvPropertyData, ULONG ulDataLength,
+                ULONG *pBytesReturned) override;
+
+    bool IsEnabled() const noexcept
+    {
+        return enabled.load(std::memory_order_relaxed);
+    }
+
+  private:
+    HRESULT Set(bool nextEnabled);
+
+    const SetCallback setCallback;
+    std::atomic<bool> enabled{false};
+};
+
+} // namespace mft_core

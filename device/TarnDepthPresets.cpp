@@ -1,0 +1,164 @@
+#include "device/TarnDepthPresets.h"
+
+#include <iterator>
+#include <mutex>
+#include <utility>
+
+#include "tarn/tarn_dmft.h"
+#include "utils/Check.h"
+
+namespace mft_core
+{
+
+namespace
+{
+UvcCommand MakeControl(const ComPtr<IKsControl> &extensionUnit, KSPROPERTY_XU_TARN_DEPTH id, const char *name)
+{
+    return {extensionUnit, KSPROPERTYSETID_TARN_DEPTH_CONTROL, static_cast<ULONG>(id), name};
+}
+} // namespace
+
+const TarnDepthPresets::Step TarnDepthPresets::kSteps[] = {
+    {"laser power", &TarnDepthPresets::SetLaserPower},
+    {"accuracy", &TarnDepthPresets::SetAccuracy},
+    {"motion versus range", &TarnDepthPresets::SetMotionVersusRange},
+    {"filter option", &TarnDepthPresets::SetFilterOption},
+    {"confidence threshold", &TarnDepthPresets::SetConfidenceThreshold},
+    {"auto-range", &TarnDepthPresets::SetAutoRange},
+    {"HDR configuration", &TarnDepthPresets::SetHdrConfiguration},
+    {"HDR", &TarnDepthPresets::SetHdr},
+};
+
+TarnDepthPresets::TarnDepthPresets(ComPtr<IKsControl> extensionUnit, std::shared_ptr<IFirmwareCommandPipe> pipe)
+    : Object("Tarn Depth Presets"),
+      laserPower(MakeControl(extensionUnit, KSPROPERTY_XU_TARN_DEPTH::LASER_POWER, "Laser power")),
+      accuracy(MakeControl(extensionUnit, KSPROPERTY_XU_TARN_DEPTH::ACCURACY, "Accuracy")),
+      motionVersusRange(
+          MakeControl(extensionUnit, KSPROPERTY_XU_TARN_DEPTH::MOTION_VS_RANGE_TRADE, "Motion versus range")),
+      filterOption(MakeControl(extensionUnit, KSPROPERTY_XU_TARN_DEPTH::FILTER_OPTION, "Filter option")),
+      confidenceThreshold(
+          MakeControl(extensionUnit, KSPROPERTY_XU_TARN_DEPTH::CONFIDENCE_THRESHHOLD, "Confidence threshold")),
+      firmwareCommandPipe(std::move(pipe))
+{
+}
+
+HRESULT TarnDepthPresets::Init()
+{
+    CHECK_POINTER(firmwareCommandPipe);
+    CHECK_HR(ApplyPreset(PresetTypes::DEFAULT));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::ApplyPreset(PresetTypes type)
+{
+    const DepthPreset *const preset = FindDepthPreset(static_cast<std::uint32_t>(type));
+    if (preset == nullptr)
+    {
+        TRACE_ERROR("%s: there is no preset %u", GetName(), static_cast<unsigned>(type));
+        return E_INVALIDARG;
+    }
+    const std::scoped_lock guard(lock);
+    for (std::size_t i = 0; i < std::size(kSteps); ++i)
+    {
+        const HRESULT result = (this->*kSteps[i].run)(*preset);
+        if (FAILED(result))
+        {
+            TRACE_ERROR("%s: %s failed at %s, hr 0x%08lX", GetName(), preset->name, kSteps[i].name,
+                        static_cast<unsigned long>(result));
+            SetBack(i + 1); // the failed step too: the camera may have taken it before it complained
+            return result;
+        }
+    }
+    inForce = preset;
+    currentPreset = type;
+    TRACE_INFO("%s: %s is in force", GetName(), preset->name);
+    return S_OK;
+}
+
+void TarnDepthPresets::SetBack(std::size_t stepCount)
+{
+    if (inForce == nullptr)
+    {
+        TRACE_ERROR("%s: none was in force before, the camera keeps what it took", GetName());
+        return;
+    }
+    bool isComplete = true;
+    for (std::size_t i = 0; i < stepCount; ++i)
+    {
+        const HRESULT result = (this->*kSteps[i].run)(*inForce);
+        if (FAILED(result))
+        {
+            isComplete = false;
+            TRACE_ERROR("%s: %s could not be set back, hr 0x%08lX", GetName(), kSteps[i].name,
+                        static_cast<unsigned long>(result));
+        }
+    }
+    if (isComplete)
+    {
+        TRACE_INFO("%s: %s stays in force", GetName(), inForce->name);
+    }
+}
+
+TarnDepthPresets::PresetTypes TarnDepthPresets::GetCurrentPreset() const noexcept
+{
+    return currentPreset;
+}
+
+HRESULT TarnDepthPresets::SetLaserPower(const DepthPreset &preset)
+{
+    CHECK_HR(laserPower.Set(&preset.laserPower, sizeof(preset.laserPower)));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::SetAccuracy(const DepthPreset &preset)
+{
+    CHECK_HR(accuracy.Set(&preset.accuracy, sizeof(preset.accuracy)));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::SetMotionVersusRange(const DepthPreset &preset)
+{
+    CHECK_HR(motionVersusRange.Set(&preset.motionVersusRange, sizeof(preset.motionVersusRange)));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::SetFilterOption(const DepthPreset &preset)
+{
+    CHECK_HR(filterOption.Set(&preset.filterOption, sizeof(preset.filterOption)));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::SetConfidenceThreshold(const DepthPreset &preset)
+{
+    CHECK_HR(confidenceThreshold.Set(&preset.confidenceThreshold, sizeof(preset.confidenceThreshold)));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::SetAutoRange(const DepthPreset &preset)
+{
+    const AutoRangeSettings &settings = preset.autoRange;
+    const auto block = AutoRangeBlock(settings);
+    const ULONG size = settings.noBlock ? 0 : static_cast<ULONG>(block.size());
+    CHECK_HR(
+        firmwareCommandPipe->Set(HWmonitor_SetAutoRange, block.data(), size, settings.adjusts, settings.frameCount));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::SetHdrConfiguration(const DepthPreset &preset)
+{
+    if (!preset.hdr.on)
+    {
+        return S_OK;
+    }
+    const auto block = HdrBlock(preset.hdr);
+    CHECK_HR(firmwareCommandPipe->Set(HWmonitor_HDRConfigSet, block.data(), static_cast<ULONG>(block.size())));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::SetHdr(const DepthPreset &preset)
+{
+    CHECK_HR(firmwareCommandPipe->Set(HWmonitor_HDRSet, nullptr, 0, preset.hdr.on ? 1 : 0));
+    return S_OK;
+}
+
+} // namespace mft_core

@@ -1,0 +1,79 @@
+// Puts depth presets into force: extension-unit controls and firmware commands, all or none.
+#pragma once
+
+#include "platform/MediaFoundation.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "device/DepthPresetTable.h"
+#include "ks/IFirmwareCommandPipe.h"
+#include "ks/UvcCommand.h"
+#include "utils/CriticalSection.h"
+#include "utils/Object.h"
+
+namespace mft_core
+{
+
+// Shared by the transform, its presets property and its infrared topologies. Thread-safe; its lock is held over the
+// exchange with the camera, and nothing but the firmware command pipe's is taken under it.
+class TarnDepthPresets : public user_space_frameworks::Object
+{
+  public:
+    enum class PresetTypes : std::uint32_t
+    {
+        DEFAULT = TARN_DEPTH_PRESET_DEFAULT,
+        CLOSE_UP = TARN_DEPTH_PRESET_CLOSE_UP,
+        LONG_DISTANCE = TARN_DEPTH_PRESET_LONG_DISTANCE,
+        STILL_SCENE = TARN_DEPTH_PRESET_STILL_SCENE,
+        FAST_MOTION = TARN_DEPTH_PRESET_FAST_MOTION,
+        HIGH_CONTRAST = TARN_DEPTH_PRESET_HIGH_CONTRAST,
+        LOW_POWER = TARN_DEPTH_PRESET_LOW_POWER,
+        FACE_LOGIN = TARN_DEPTH_PRESET_FACE_LOGIN
+    };
+
+    TarnDepthPresets(ComPtr<IKsControl> extensionUnit, std::shared_ptr<IFirmwareCommandPipe> pipe);
+
+    // Applies PresetTypes::DEFAULT; fails as ApplyPreset does.
+    HRESULT Init();
+
+    // E_INVALIDARG for an unknown type, with nothing sent. When a step fails its failure is returned and the steps done
+    // so far are set back to the preset that was in force, as far as the camera lets them; the trace tells.
+    HRESULT ApplyPreset(PresetTypes type);
+
+    // The last one applied. Does not wait for one that is being applied.
+    PresetTypes GetCurrentPreset() const noexcept;
+
+  private:
+    struct Step
+    {
+        const char *name;
+        HRESULT (TarnDepthPresets::*run)(const DepthPreset &preset);
+    };
+    static const Step kSteps[];
+
+    HRESULT SetLaserPower(const DepthPreset &preset);
+    HRESULT SetAccuracy(const DepthPreset &preset);
+    HRESULT SetMotionVersusRange(const DepthPreset &preset);
+    HRESULT SetFilterOption(const DepthPreset &preset);
+    HRESULT SetConfidenceThreshold(const DepthPreset &preset);
+    HRESULT SetAutoRange(const DepthPreset &preset);
+    HRESULT SetHdrConfiguration(const DepthPreset &preset);
+    HRESULT SetHdr(const DepthPreset &preset);
+    void SetBack(std::size_t stepCount); // call under the lock
+
+    UvcCommand laserPower;
+    UvcCommand accuracy;
+    UvcCommand motionVersusRange;
+    UvcCommand filterOption;
+    UvcCommand confidenceThreshold;
+    const std::shared_ptr<IFirmwareCommandPipe> firmwareCommandPipe;
+
+    user_space_frameworks::CriticalSection lock;
+    const DepthPreset *inForce = nullptr; // guarded by lock; null until the first is applied
+    std::atomic<PresetTypes> currentPreset{PresetTypes::DEFAULT};
+};
+
+} // namespace mft_core

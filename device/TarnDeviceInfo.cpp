@@ -1,0 +1,77 @@
+#include "device/TarnDeviceInfo.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <utility>
+
+#include "device/calibration/Crc32.h"
+#include "tarn/tarn_dmft.h"
+#include "utils/Check.h"
+
+namespace mft_core
+{
+
+namespace
+{
+// What a line of a trace can hold, whatever the camera sent.
+template <std::size_t Size>
+std::string Printable(const char (&text)[Size])
+{
+    std::string printable(std::begin(text), std::find(std::begin(text), std::end(text), '\0'));
+    std::replace_if(
+        printable.begin(), printable.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    return printable;
+}
+
+std::string VersionText(const std::uint8_t (&version)[4])
+{
+    return std::to_string(version[0]) + '.' + std::to_string(version[1]) + '.' + std::to_string(version[2]) + '.' +
+           std::to_string(version[3]);
+}
+} // namespace
+
+TarnDeviceInfo::TarnDeviceInfo(std::shared_ptr<IFirmwareCommandPipe> pipe, std::string label)
+    : Object(std::move(label)), firmwareCommandPipe(std::move(pipe))
+{
+}
+
+HRESULT TarnDeviceInfo::Init()
+{
+    CHECK_POINTER(firmwareCommandPipe);
+    std::array<std::uint8_t, sizeof(TARN_DEVICE_INFO)> answer{};
+    CHECK_HR_AS("firmwareCommandPipe->Get(&deviceInfo, HWmonitor_GetDeviceInfo, sizeof(deviceInfo))",
+                firmwareCommandPipe->Get(answer.data(), HWmonitor_GetDeviceInfo, sizeof(TARN_DEVICE_INFO)));
+    TARN_DEVICE_INFO read{};
+    std::memcpy(&read, answer.data(), sizeof(read));
+    if (read.version != TARN_DEVICE_INFO_VERSION || read.size != sizeof(read) ||
+        read.checksum != Crc32(std::span(answer).first(offsetof(TARN_DEVICE_INFO, checksum))))
+    {
+        TRACE_ERROR("%s: record does not check, version %u, size %u", GetName(), read.version, read.size);
+        return S_OK;
+    }
+    record = read;
+    TraceRecord();
+    return S_OK;
+}
+
+void TarnDeviceInfo::TraceRecord() const
+{
+    if (!mft_utils::TraceEnabled(mft_utils::TraceLevel::Information))
+    {
+        return;
+    }
+    TRACE_INFO("%s: %s, serial number %s, firmware %s, controller %s, hardware revision %u", GetName(),
+               Printable(record->productName).c_str(), Printable(record->serialNumber).c_str(),
+               VersionText(record->firmwareVersion).c_str(), VersionText(record->controllerVersion).c_str(),
+               static_cast<unsigned>(record->hardwareRevision));
+    TRACE_INFO("%s: sensor %s, laser %s, module state %u, calibrated at %llu (version %u), %.1f degrees Celsius",
+               GetName(), Printable(record->sensorSerial).c_str(), Printable(record->laserSerial).c_str(),
+               static_cast<unsigned>(record->moduleState), static_cast<unsigned long long>(record->calibrationTime),
+               static_cast<unsigned>(record->calibrationVersion), record->temperatureDeciC / 10.0);
+}
+
+} // namespace mft_core

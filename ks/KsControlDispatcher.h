@@ -1,0 +1,77 @@
+// Table of the handlers for one kind of KS call.
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "platform/MediaFoundation.h"
+
+namespace mft_core
+{
+
+// T is KsPropHandler, KsEventHandler or KsMethodHandler. Filled while the transform initializes and only read
+// afterwards, without a lock. Immutable after Init.
+template <class T>
+class KsControlDispatcher
+{
+  public:
+    KsControlDispatcher() = default;
+    KsControlDispatcher(const KsControlDispatcher &) = delete;
+    KsControlDispatcher &operator=(const KsControlDispatcher &) = delete;
+    virtual ~KsControlDispatcher() = default;
+
+    // Appends the handler. E_INVALIDARG for null; E_FAIL when one for the same set and id stands already (it stays).
+    HRESULT RegisterHandler(std::shared_ptr<T> handler)
+    {
+        if (handler == nullptr)
+        {
+            return E_INVALIDARG;
+        }
+        for (const auto &listed : handlers)
+        {
+            if (listed->IsSameControl(*handler))
+            {
+                return E_FAIL;
+            }
+        }
+        handlers.push_back(std::move(handler));
+        return S_OK;
+    }
+
+    // Replaces the handler of what no other handler serves. E_INVALIDARG for null.
+    HRESULT RegisterDefaultHandler(std::shared_ptr<T> handler)
+    {
+        if (handler == nullptr)
+        {
+            return E_INVALIDARG;
+        }
+        defaultHandler = std::move(handler);
+        return S_OK;
+    }
+
+    // Result of the first handler, in order of registration, that serves the identifier; of the default handler when
+    // none does; ERROR_SET_NOT_FOUND (0x492) as a plain number without that either.
+    HRESULT Dispatch(const KSIDENTIFIER &identifier, KSIDENTIFIER *request, ULONG requestLength, LPVOID data,
+                     ULONG dataLength, ULONG *bytesReturned)
+    {
+        for (const auto &handler : handlers)
+        {
+            if (handler->Handles(identifier))
+            {
+                return handler->Run(request, requestLength, data, dataLength, bytesReturned);
+            }
+        }
+        if (defaultHandler != nullptr)
+        {
+            return defaultHandler->Run(request, requestLength, data, dataLength, bytesReturned);
+        }
+        return ERROR_SET_NOT_FOUND;
+    }
+
+  protected:
+    std::vector<std::shared_ptr<T>> handlers;
+    std::shared_ptr<T> defaultHandler;
+};
+
+} // namespace mft_core

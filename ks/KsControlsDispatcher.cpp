@@ -1,0 +1,188 @@
+#include "ks/KsControlsDispatcher.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <utility>
+
+#include "ks/KsRequest.h"
+#include "utils/Guard.h"
+#include "utils/TraceLogging.h"
+
+namespace mft_core
+{
+
+namespace
+{
+
+constexpr std::size_t kBytesPerLine = 32;
+constexpr std::size_t kLongestDump = 4096; // a camera's largest block is far below; an application may send anything
+
+void DumpBytes(const char *what, const void *bytes, std::size_t size)
+{
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    const auto *byte = static_cast<const unsigned char *>(bytes);
+    const std::size_t shown = std::min(size, kLongestDump);
+    for (std::size_t offset = 0; offset < shown; offset += kBytesPerLine)
+    {
+        std::string line;
+        const std::size_t end = std::min(offset + kBytesPerLine, shown);
+        for (std::size_t index = offset; index < end; ++index)
+        {
+            line += kDigits[byte[index] >> 4];
+            line += kDigits[byte[index] & 0xF];
+            line += ' ';
+        }
+        TRACE_VERBOSE("%s %04zX: %s", what, offset, line.c_str());
+    }
+    if (shown < size)
+    {
+        TRACE_VERBOSE("%s: %zu more bytes", what, size - shown);
+    }
+}
+
+} // namespace
+
+// What differs between the three kinds of call in their traces.
+struct KsControlsDispatcher::CallKind
+{
+    KsControlType type;
+    KsControlKind kind;
+    const char *activityName;
+    const char *fieldName;
+};
+
+KsControlsDispatcher::KsControlsDispatcher() : Object("KS controls dispatcher") {}
+
+// Part of every call: trace, observers, handler, trace. The identifier may come from an application that lies about its
+// length, so it is read only when the stated length covers it.
+template <class Dispatcher>
+HRESULT KsControlsDispatcher::DispatchCall(const CallKind &kind, Dispatcher &dispatcher, KSIDENTIFIER *request,
+                                           ULONG requestLength, LPVOID data, ULONG dataLength, ULONG *bytesReturned)
+{
+    mft_utils::TraceLoggingActivity activity(kind.activityName);
+    std::string displayName = kind.kind == KsControlKind::Event ? "Empty event" : "Empty request";
+    HRESULT result = E_FAIL;
+
+    const bool isReset = request == nullptr && kind.kind == KsControlKind::Event;
+    if (isReset)
+    {
+        result = eventsDispathcer.ResetRegularEvent(static_cast<KSEVENTDATA *>(data));
+    }
+    else if (request == nullptr)
+    {
+        result = E_POINTER;
+    }
+    else if (requestLength < sizeof(KSIDENTIFIER))
+    {
+        result = E_INVALIDARG;
+    }
+    else
+    {
+        const auto identifier = ReadBlock<KSIDENTIFIER>(request);
+        // Handlers may rewrite the block, so the name is made before they run; but only if someone will read it.
+        if (activity.IsRunning() || mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
+        {
+            displayName = mft_utils::KsIdentifierTranslator::Name(&identifier, kind.kind);
+        }
+        TRACE_INFO("%s, data length %lu", displayName.c_str(), dataLength);
+        if (mft_utils::TraceEnabled(mft_utils::TraceLevel::Verbose))
+        {
+            DumpBytes("identifier", &identifier, sizeof(identifier));
+            if (data != nullptr)
+            {
+                DumpBytes("data", data, dataLength);
+            }
+        }
+        // Guarded inside, so that observers hear the exit of a handler that throws as well.
+        result = Observed(kind.type, request, requestLength, data, dataLength, bytesReturned, [&] {
+            return mft_utils::Guarded([&] {
+                return dispatcher.Dispatch(identifier, request, requestLength, data, dataLength, bytesReturned);
+            });
+        });
+    }
+
+    if (result != S_OK && !isReset && mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
+    {
+        const std::string returned = bytesReturned != nullptr ? std::to_string(*bytesReturned) : "null";
+        TRACE_ERROR("%s: hr 0x%08lX, bytes returned %s", displayName.c_str(), static_cast<unsigned long>(result),
+                    returned.c_str());
+    }
+    activity.Stop({mft_utils::TraceField::String(kind.fieldName, displayName.c_str()),
+                   mft_utils::TraceField::Hex32("hr", result)});
+    return result;
+}
+
+HRESULT KsControlsDispatcher::KsProperty(PKSPROPERTY Property, ULONG PropertyLength, LPVOID PropertyData,
+                                         ULONG DataLength, ULONG *BytesReturned) noexcept
+{
+    static constexpr CallKind kKind{KsControlType::Property, KsControlKind::Property,
+                                    "mft_core::KsControlsDispatcher::KsProperty", "PropId"};
+    return mft_utils::EntryPoint(GetName(), [&] {
+        return DispatchCall(kKind, propertiesDispathcer, Property, PropertyLength, PropertyData, DataLength,
+                            BytesReturned);
+    });
+}
+
+HRESULT KsControlsDispatcher::KsMethod(PKSMETHOD Method, ULONG MethodLength, LPVOID MethodData, ULONG DataLength,
+                                       ULONG *BytesReturned) noexcept
+{
+    // Method events carry the field name of the event ones; tools that read recordings expect it.
+    static constexpr CallKind kKind{KsControlType::Method, KsControlKind::Method,
+                                    "mft_core::KsControlsDispatcher::KsMethod", "EventSet"};
+    return mft_utils::EntryPoint(GetName(), [&] {
+        return DispatchCall(kKind, methodsDispathcer, Method, MethodLength, MethodData, DataLength, BytesReturned);
+    });
+}
+
+HRESULT KsControlsDispatcher::KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID EventData, ULONG DataLength,
+                                      ULONG *BytesReturned) noexcept
+{
+    static constexpr CallKind kKind{KsControlType::Event, KsControlKind::Event,
+                                    "mft_core::KsControlsDispatcher::KsEvent", "EventSet"};
+    return mft_utils::EntryPoint(GetName(), [&] {
+        return DispatchCall(kKind, eventsDispathcer, Event, EventLength, EventData, DataLength, BytesReturned);
+    });
+}
+
+HRESULT KsControlsDispatcher::RegisterKsPropertyHandler(std::shared_ptr<KsPropHandler> handler)
+{
+    CHECK_HR_AS("propertiesDispathcer.RegisterHandler(handler)",
+                propertiesDispathcer.RegisterHandler(std::move(handler)));
+    return S_OK;
+}
+
+HRESULT KsControlsDispatcher::RegisterKsPropertyDefaultHandler(std::shared_ptr<KsPropHandler> handler)
+{
+    CHECK_HR_AS("propertiesDispathcer.RegisterDefaultHandler(handler)",
+                propertiesDispathcer.RegisterDefaultHandler(std::move(handler)));
+    return S_OK;
+}
+
+HRESULT KsControlsDispatcher::RegisterKsEventHandler(std::shared_ptr<KsEventHandler> handler)
+{
+    CHECK_HR_AS("eventsDispathcer.RegisterHandler(handler)", eventsDispathcer.RegisterHandler(std::move(handler)));
+    return S_OK;
+}
+
+HRESULT KsControlsDispatcher::RegisterKsEventDefaultHandler(std::shared_ptr<KsEventHandler> handler)
+{
+    CHECK_HR_AS("eventsDispathcer.RegisterDefaultHandler(handler)",
+                eventsDispathcer.RegisterDefaultHandler(std::move(handler)));
+    return S_OK;
+}
+
+HRESULT KsControlsDispatcher::RegisterKsMethodHandler(std::shared_ptr<KsMethodHandler> handler)
+{
+    CHECK_HR_AS("methodsDispathcer.RegisterHandler(handler)", methodsDispathcer.RegisterHandler(std::move(handler)));
+    return S_OK;
+}
+
+HRESULT KsControlsDispatcher::RegisterKsMethodDefaultHandler(std::shared_ptr<KsMethodHandler> handler)
+{
+    CHECK_HR_AS("methodsDispathcer.RegisterDefaultHandler(handler)",
+                methodsDispathcer.RegisterDefaultHandler(std::move(handler)));
+    return S_OK;
+}
+
+} // namespace mft_core

@@ -1,0 +1,49 @@
+#include "ks/KsControlsSubject.h"
+
+#include <utility>
+
+#include "utils/Guard.h"
+
+namespace mft_core
+{
+
+// The name here is only used by a subject that is nobody's base; the most derived class gives its own.
+KsControlsSubject::KsControlsSubject() : Object("KS controls subject") {}
+
+HRESULT KsControlsSubject::RegisterKsControlsObserver(std::shared_ptr<IKsControlsObserver> observer)
+{
+    return observers.Add(std::move(observer));
+}
+
+HRESULT KsControlsSubject::UnregisterKsControlsObserver(const std::shared_ptr<IKsControlsObserver> &observer)
+{
+    return observers.Remove(observer);
+}
+
+void KsControlsSubject::NotifyEntry(const Observers &watching, KsControlType type, const KSIDENTIFIER *request,
+                                    ULONG requestLength, const void *data, ULONG dataLength,
+                                    const ULONG *bytesReturned) noexcept
+{
+    for (const auto &observer : watching)
+    {
+        mft_utils::Guarded([&] {
+            observer->OnKsControlEntry(type, request, requestLength, data, dataLength, bytesReturned);
+            return S_OK;
+        });
+    }
+}
+
+void KsControlsSubject::NotifyExit(const Observers &watching, KsControlType type, const KSIDENTIFIER *request,
+                                   ULONG requestLength, const void *data, ULONG dataLength, const ULONG *bytesReturned,
+                                   HRESULT result) noexcept
+{
+    for (const auto &observer : watching)
+    {
+        mft_utils::Guarded([&] {
+            observer->OnKsControlExit(type, request, requestLength, data, dataLength, bytesReturned, result);
+            return S_OK;
+        });
+    }
+}
+
+} // namespace mft_core

@@ -1,0 +1,57 @@
+#include "ks/KsEventHandler.h"
+
+#include <mutex>
+#include <utility>
+
+#include "ks/KsRequest.h"
+#include "utils/Check.h"
+#include "utils/HResultFromWin32.h"
+
+namespace mft_core
+{
+
+KsEventHandler::KsEventHandler(const GUID &set, ULONG id, std::string handlerName, ComPtr<IKsControl> ksControl)
+    : KsControlHandler(set, id, KsControlKind::Event, std::move(handlerName), std::move(ksControl))
+{
+}
+
+HRESULT KsEventHandler::Run(PKSEVENT, ULONG, LPVOID, ULONG, ULONG *)
+{
+    return ERROR_SET_NOT_FOUND;
+}
+
+HRESULT KsEventHandler::AttemptToResetRegularEvent(KSEVENTDATA *)
+{
+    return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+}
+
+HRESULT KsEventHandler::DuplicateEventHandle(HANDLE event)
+{
+    const std::scoped_lock guard(lock);
+    if (eventHandle)
+    {
+        TRACE_ERROR("%s has a subscriber already", GetName());
+        return HRESULT_FROM_WIN32(ERROR_INVALID_STATE);
+    }
+    if (!DuplicateHandle(GetCurrentProcess(), event, GetCurrentProcess(), eventHandle.ReleaseAndGetAddressOf(), 0,
+                         FALSE, DUPLICATE_SAME_ACCESS))
+    {
+        return mft_utils::HResultFromWin32(GetLastError());
+    }
+    return S_OK;
+}
+
+HRESULT KsEventHandler::Subscribe(LPVOID pEventData, ULONG ulDataLength)
+{
+    CHECK_POINTER_AS("pEventData", pEventData, E_INVALIDARG);
+    if (ulDataLength < sizeof(KSEVENTDATA))
+    {
+        TRACE_ERROR("%s: event data of %lu bytes, %zu expected", GetName(), ulDataLength, sizeof(KSEVENTDATA));
+        return E_INVALIDARG;
+    }
+    CHECK_HR_AS("DuplicateEventHandle(ksEventData->EventHandle.Event)",
+                DuplicateEventHandle(ReadBlock<KSEVENTDATA>(pEventData).EventHandle.Event));
+    return S_OK;
+}
+
+} // namespace mft_core

@@ -1,0 +1,39 @@
+// Base of the handlers that serve KS events: holds the subscriber's duplicated event handle.
+#pragma once
+
+#include "ks/KsControlHandler.h"
+#include "utils/CriticalSection.h"
+#include "utils/UniqueHandle.h"
+
+namespace mft_core
+{
+
+// Derive, pass set, id and name, override Run. One subscriber at a time. Thread-safe: an application arms the handler
+// while the device side fires it.
+class KsEventHandler : public KsControlHandler
+{
+  public:
+    KsEventHandler(const GUID &set, ULONG id, std::string handlerName, ComPtr<IKsControl> ksControl = nullptr);
+
+    // Gets the caller's arguments untouched, except that the event is known to hold 24 bytes. The base serves nothing:
+    // ERROR_SET_NOT_FOUND (0x492) as a plain number.
+    virtual HRESULT Run(PKSEVENT pEvent, ULONG ulEventLength, LPVOID pEventData, ULONG ulDataLength,
+                        ULONG *pBytesReturned);
+
+    // Ends the subscription made under this address (which is compared and never read). ERROR_NOT_FOUND as an HRESULT
+    // when it is not this handler's.
+    virtual HRESULT AttemptToResetRegularEvent(KSEVENTDATA *eventData);
+
+    // Keeps a duplicate of the subscriber's event. ERROR_INVALID_STATE as an HRESULT while one is held; the failure of
+    // DuplicateHandle otherwise.
+    HRESULT DuplicateEventHandle(HANDLE event);
+
+  protected:
+    // Arms the handler with the event in `pEventData`. E_INVALIDARG when the block is missing or too short.
+    HRESULT Subscribe(LPVOID pEventData, ULONG ulDataLength);
+
+    user_space_frameworks::CriticalSection lock;
+    user_space_frameworks::UniqueHandle eventHandle; // guarded by lock
+};
+
+} // namespace mft_core

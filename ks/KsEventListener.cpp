@@ -1,0 +1,257 @@
+#include "ks/KsEventListener.h"
+
+#include <mutex>
+#include <utility>
+
+#include "ks/MFPutWaitingWorkItemWrapper.h"
+#include "utils/Guard.h"
+#include "utils/HResultFromWin32.h"
+
+namespace mft_core
+{
+
+using user_space_frameworks::UniqueHandle;
+
+KsEventListener::KsEventListener(const GUID &set, ULONG id, std::string objectName, DWORD stopTimeoutMs)
+    : KsEventListener(set, id, std::move(objectName), stopTimeoutMs, std::make_unique<MFPutWaitingWorkItemWrapper>())
+{
+}
+
+KsEventListener::KsEventListener(const GUID &set, ULONG id, std::string objectName, DWORD stopTimeoutMs,
+                                 std::unique_ptr<WaitWorkItemWrapper> wrapper)
+    : Object(std::move(objectName)), setGuid(set), eventId(id), stopTimeout(stopTimeoutMs),
+      workItemWrapper(std::move(wrapper))
+{
+}
+
+HRESULT KsEventListener::Init(IKsControl *filterKsControl)
+{
+    CHECK_POINTER_AS("ksControl", filterKsControl, E_POINTER);
+    const std::scoped_lock guard(lock);
+    if (state != State::NotInitialized)
+    {
+        TRACE_ERROR("%s: initialized already", GetName());
+        return E_UNEXPECTED;
+    }
+    auto stopCompleted = std::make_shared<UniqueHandle>(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    CHECK_POINTER_AS("stopCompletedEvent", *stopCompleted, E_OUTOFMEMORY);
+    UniqueHandle notification(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    CHECK_POINTER_AS("kseventdata.EventHandle.Event", notification, E_OUTOFMEMORY);
+    CHECK_HR(MFCreateAsyncResult(nullptr, this, nullptr, &asyncResult));
+
+    ksControl = filterKsControl;
+    kseventdata = {};
+    kseventdata.NotificationType = KSEVENTF_EVENT_HANDLE;
+    kseventdata.EventHandle.Event = notification.Get();
+    notificationEvent = std::move(notification);
+    stopCompletedEvent = std::move(stopCompleted);
+    state = State::Initialized;
+    return S_OK;
+}
+
+HRESULT KsEventListener::Start()
+{
+    {
+        const std::scoped_lock guard(lock);
+        if (!notificationEvent || stopCompletedEvent == nullptr || asyncResult == nullptr)
+        {
+            TRACE_ERROR("%s: not initialized", GetName());
+            return E_OUTOFMEMORY;
+        }
+        if (state != State::Initialized)
+        {
+            TRACE_ERROR("%s: not ready to start, state %u", GetName(), static_cast<unsigned>(state));
+            return E_UNEXPECTED;
+        }
+        state = State::Started;
+        ResetEvent(notificationEvent.Get()); // a signal that came after the last stop is not news
+    }
+    HRESULT result = EnableEvent();
+    const bool enabled = SUCCEEDED(result);
+    if (enabled)
+    {
+        const std::scoped_lock guard(lock);
+        result = state == State::Started ? WaitAsyncForNotification() : E_ABORT;
+        if (SUCCEEDED(result))
+        {
+            return S_OK;
+        }
+    }
+    // No wait is pending, so nobody else ends this. A stop that came meanwhile waits for it.
+    FinishStop(enabled);
+    return result;
+}
+
+HRESULT KsEventListener::Stop()
+{
+    std::shared_ptr<UniqueHandle> completed;
+    {
+        const std::scoped_lock guard(lock);
+        if (state != State::Started && state != State::Stopping)
+        {
+            return S_OK;
+        }
+        const State before = std::exchange(state, State::Stopping);
+        if (before == State::Started)
+        {
+            ResetEvent(stopCompletedEvent->Get()); // left over from a stop that nobody waited for to its end
+        }
+        // Nothing to cancel means that a notification is under way; it sees the state and ends the listener.
+        const HRESULT cancelled = workItemWrapper->Cancel();
+        if (FAILED(cancelled) && cancelled != MF_E_NOT_FOUND)
+        {
+            state = before;
+            CHECK_HR_AS("workItemWrapper->Cancel()", cancelled);
+        }
+        completed = stopCompletedEvent;
+        ++stopWaiters;
+    }
+
+    const DWORD waited = WaitForSingleObject(completed->Get(), stopTimeout);
+    const HRESULT failure =
+        waited == WAIT_TIMEOUT ? HRESULT_FROM_WIN32(ERROR_TIMEOUT) : mft_utils::HResultFromLastError();
+
+    const std::scoped_lock guard(lock);
+    --stopWaiters;
+    if (waited == WAIT_OBJECT_0)
+    {
+        if (stopWaiters > 0)
+        {
+            SetEvent(completed->Get()); // the event lets one through at a time
+        }
+        return S_OK;
+    }
+    if (state != State::Stopping)
+    {
+        return S_OK; // just in time
+    }
+    TRACE_ERROR("%s: the stop did not complete, wait result %lu, hr 0x%08lX", GetName(), waited,
+                static_cast<unsigned long>(failure));
+    return failure;
+}
+
+HRESULT KsEventListener::Uninit()
+{
+    CHECK_HR(Stop());
+    // Released after the lock: the result holds a reference on this object, the control may be anything.
+    ComPtr<IMFAsyncResult> releasedResult;
+    ComPtr<IKsControl> releasedControl;
+    const std::scoped_lock guard(lock);
+    if (state == State::NotInitialized)
+    {
+        return S_OK;
+    }
+    if (state != State::Initialized)
+    {
+        TRACE_ERROR("%s: started while it was given up", GetName());
+        return E_UNEXPECTED;
+    }
+    state = State::NotInitialized;
+    kseventdata = {};
+    notificationEvent.Reset();
+    stopCompletedEvent.reset();
+    releasedResult.Swap(asyncResult);
+    releasedControl.Swap(ksControl);
+    return S_OK;
+}
+
+HRESULT KsEventListener::RegisterObserver(std::shared_ptr<KsEventsObserver> observer)
+{
+    return observers.Add(std::move(observer));
+}
+
+HRESULT KsEventListener::UnregisterObserver(const std::shared_ptr<KsEventsObserver> &observer)
+{
+    return observers.Remove(observer);
+}
+
+HRESULT KsEventListener::Invoke(IMFAsyncResult *result) noexcept
+{
+    return mft_utils::EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_POINTER(result);
+        if (SUCCEEDED(result->GetStatus())) // a cancelled wait is no event
+        {
+            const auto watching = observers.Snapshot();
+            for (const auto &observer : *watching)
+            {
+                mft_utils::Guarded([&] {
+                    observer->OnEvent();
+                    return S_OK;
+                });
+            }
+        }
+
+        HRESULT rearmed = S_OK;
+        {
+            const std::scoped_lock guard(lock);
+            if (state == State::Started)
+            {
+                rearmed = WaitAsyncForNotification();
+                if (SUCCEEDED(rearmed))
+                {
+                    return S_OK;
+                }
+            }
+            else if (state != State::Stopping)
+            {
+                TRACE_ERROR("%s: notified in state %u", GetName(), static_cast<unsigned>(state));
+                return E_UNEXPECTED;
+            }
+        }
+        FinishStop(true);
+        return rearmed;
+    });
+}
+
+HRESULT KsEventListener::GetParameters(DWORD *, DWORD *) noexcept
+{
+    return E_NOTIMPL;
+}
+
+// A control in this process may throw; Start's clean-up must run all the same.
+HRESULT KsEventListener::EnableEvent() noexcept
+{
+    return mft_utils::Guarded([&]() -> HRESULT {
+        KSEVENT event{};
+        event.Set = setGuid;
+        event.Id = eventId;
+        event.Flags = KSEVENT_TYPE_ENABLE;
+        ULONG bytesReturned = 0;
+        CHECK_HR(ksControl->KsEvent(&event, sizeof(KSEVENT), &kseventdata, sizeof(KSEVENTDATA), &bytesReturned));
+        return S_OK;
+    });
+}
+
+HRESULT KsEventListener::DisableEvent() noexcept
+{
+    return mft_utils::Guarded([&]() -> HRESULT {
+        ULONG bytesReturned = 0;
+        CHECK_HR(ksControl->KsEvent(nullptr, 0, &kseventdata, sizeof(kseventdata), &bytesReturned));
+        return S_OK;
+    });
+}
+
+HRESULT KsEventListener::WaitAsyncForNotification()
+{
+    // Without a wait nobody would end the listener, so an exception must not get past the callers' clean-up.
+    return mft_utils::Guarded([&]() -> HRESULT {
+        CHECK_HR(asyncResult->SetStatus(S_OK)); // the last wait may have been cancelled
+        CHECK_HR_AS("workItemWrapper->WaitAsync(kseventdata.EventHandle.Event, asyncResult, this)",
+                    workItemWrapper->WaitAsync(kseventdata.EventHandle.Event, asyncResult.Get(), this));
+        return S_OK;
+    });
+}
+
+// The last step of a listener that no longer waits. Nobody else touches the subscription until the state changes.
+void KsEventListener::FinishStop(bool disableEvent) noexcept
+{
+    if (disableEvent)
+    {
+        DisableEvent(); // its failure is traced and does not keep the listener from stopping
+    }
+    const std::scoped_lock guard(lock);
+    state = State::Initialized;
+    SetEvent(stopCompletedEvent->Get());
+}
+
+} // namespace mft_core

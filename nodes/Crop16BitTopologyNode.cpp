@@ -1,0 +1,65 @@
+#include "nodes/Crop16BitTopologyNode.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "kernels/Copy.h"
+
+namespace mft_core
+{
+
+namespace
+{
+// Before the frame sizes are checked on their own: this text is the more telling one.
+std::uint32_t InputSideFor(std::uint32_t inputSide, std::uint32_t outputSide)
+{
+    if (inputSide < outputSide)
+    {
+        throw std::invalid_argument("input is smaller than output");
+    }
+    return inputSide;
+}
+} // namespace
+
+Crop16BitTopologyNode::Rectangle::Rectangle(std::uint32_t inputWidth, std::uint32_t inputHeight,
+                                            std::uint32_t outputWidth, std::uint32_t outputHeight)
+    : input(InputSideFor(inputWidth, outputWidth), InputSideFor(inputHeight, outputHeight)),
+      output(outputWidth, outputHeight)
+{
+}
+
+std::size_t Crop16BitTopologyNode::Rectangle::FirstPixel() const noexcept
+{
+    const std::size_t offsetX = (input.width - output.width) / 2;
+    const std::size_t offsetY = (input.height - output.height) / 2;
+    return input.width * offsetY + offsetX;
+}
+
+std::size_t Crop16BitTopologyNode::Rectangle::EndPixel() const noexcept
+{
+    return FirstPixel() + std::size_t{input.width} * (output.height - 1) + output.width;
+}
+
+Crop16BitTopologyNode::Crop16BitTopologyNode(std::shared_ptr<ITopologyNode> successor, std::uint32_t inputWidth,
+                                             std::uint32_t inputHeight, std::uint32_t outputWidth,
+                                             std::uint32_t outputHeight)
+    : Crop16BitTopologyNode(std::move(successor), Rectangle(inputWidth, inputHeight, outputWidth, outputHeight))
+{
+}
+
+Crop16BitTopologyNode::Crop16BitTopologyNode(std::shared_ptr<ITopologyNode> successor, const Rectangle &rectangle)
+    : ImageConvertingTopologyNode(
+          std::move(successor), "Crop 16 bit topology node", "mft_core::Crop16BitTopologyNode::ProcessSample",
+          static_cast<DWORD>(rectangle.EndPixel() * FrameSize::kBytesPerPixel), rectangle.output.ByteCount()),
+      crop(rectangle)
+{
+}
+
+HRESULT Crop16BitTopologyNode::ConvertImage(const std::uint16_t *input, std::uint16_t *output)
+{
+    mft_kernels::CopyRectangle(input + crop.FirstPixel(), crop.input.RowPitchBytes(), output,
+                               crop.output.RowPitchBytes(), crop.output.width, crop.output.height);
+    return S_OK;
+}
+
+} // namespace mft_core

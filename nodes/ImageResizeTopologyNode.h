@@ -1,0 +1,34 @@
+// Rescales 16-bit frames to a fixed size, bilinearly.
+#pragma once
+
+#include <vector>
+
+#include "kernels/Resize.h"
+#include "nodes/FrameSize.h"
+#include "nodes/ImageConvertingTopologyNode.h"
+#include "utils/CriticalSection.h"
+
+namespace mft_core
+{
+
+// Weights and work memory are made once; frames that come at the same time take turns at the work memory. Owned by its
+// topology. Thread-safe.
+class ImageResizeTopologyNode : public ImageConvertingTopologyNode
+{
+  public:
+    // Throws FrameSize's and the resize plan's std::invalid_argument, or std::bad_alloc.
+    ImageResizeTopologyNode(std::shared_ptr<ITopologyNode> successor, std::uint32_t inputWidth,
+                            std::uint32_t inputHeight, std::uint32_t outputWidth, std::uint32_t outputHeight);
+
+  private:
+    ImageResizeTopologyNode(std::shared_ptr<ITopologyNode> successor, const FrameSize &input, const FrameSize &output);
+    HRESULT ConvertImage(const std::uint16_t *input, std::uint16_t *output) override;
+
+    const FrameSize inputSize;
+    const FrameSize outputSize;
+    const mft_kernels::ResizePlan plan;
+    user_space_frameworks::CriticalSection lock;
+    std::vector<std::byte> scratch; // guarded by lock
+};
+
+} // namespace mft_core

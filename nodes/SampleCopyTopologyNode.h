@@ -1,0 +1,26 @@
+// Copies one plane of a multi-plane frame into a new sample.
+#pragma once
+
+#include "nodes/BufferConvertingTopologyNode.h"
+
+namespace mft_core
+{
+
+// Offset and length of the plane are fractions of the input buffer. Owned by its topology. Immutable after Init.
+class SampleCopyTopologyNode : public BufferConvertingTopologyNode
+{
+  public:
+    // Throws std::invalid_argument, in this order: "invalid input buffer offset coefficient" outside 0 to 1,
+    // "output buffer length coefficient <= 0", "coefficients sum > 1".
+    SampleCopyTopologyNode(std::shared_ptr<ITopologyNode> successor, double inputBufferOffsetCoefficient,
+                           double outputBufferLengthCoefficient, std::string nodeName);
+
+  private:
+    Part PartOf(std::size_t inputBufferLength) const noexcept override;
+    void Fill(BYTE *output, const BYTE *input, const Part &part) const noexcept override;
+
+    const double inputOffsetCoefficient;
+    const double outputLengthCoefficient;
+};
+
+} // namespace mft_core

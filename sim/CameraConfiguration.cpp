@@ -1,0 +1,123 @@
+#include "sim/CameraConfiguration.h"
+
+#include "platform/CameraAttributes.h"
+
+#include "sim/CalibrationTable.h"
+#include "sim/CameraIdentifiers.h"
+#include "sim/DeviceInfo.h"
+#include "sim/Platform.h"
+
+namespace tarn_sim
+{
+
+namespace
+{
+// No import library holds these.
+constexpr GUID kCameraTerminalNode = {STATIC_KSNODETYPE_VIDEO_CAMERA_TERMINAL};
+constexpr GUID kVideoProcessingNode = {STATIC_KSNODETYPE_VIDEO_PROCESSING};
+constexpr GUID kVideoStreamingNode = {STATIC_KSNODETYPE_VIDEO_STREAMING};
+
+struct VideoFormat
+{
+    const GUID *subtype;
+    UINT32 width;
+    UINT32 height;
+    UINT32 fps;
+};
+
+UINT32 BytesPerPixel(const GUID &subtype)
+{
+    const bool twoPlanes = IsEqualGUID(subtype, kSubtypeInfraredDepth) || IsEqualGUID(subtype, kSubtypeConfidenceDepth);
+    return twoPlanes ? 4 : 2;
+}
+
+template <std::size_t Count>
+std::vector<ComPtr<IMFMediaType>> MakeTypes(const VideoFormat (&formats)[Count])
+{
+    std::vector<ComPtr<IMFMediaType>> types;
+    for (const auto &format : formats)
+    {
+        types.push_back(MakeVideoType(*format.subtype, format.width, format.height, format.fps));
+    }
+    return types;
+}
+} // namespace
+
+ComPtr<IMFMediaType> MakeVideoType(const GUID &subtype, UINT32 width, UINT32 height, UINT32 fps)
+{
+    ComPtr<IMFMediaType> type;
+    Require(MFCreateMediaType(&type), "MFCreateMediaType");
+    const UINT32 sampleBytes = width * height * BytesPerPixel(subtype);
+    Require(type->SetGUID(MF_MT_MAJOR_TYPE, MFMediaType_Video), "SetGUID");
+    Require(type->SetGUID(MF_MT_SUBTYPE, subtype), "SetGUID");
+    Require(MFSetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, width, height), "MFSetAttributeSize");
+    Require(MFSetAttributeRatio(type.Get(), MF_MT_FRAME_RATE, fps, 1), "MFSetAttributeRatio");
+    Require(MFSetAttributeRatio(type.Get(), MF_MT_PIXEL_ASPECT_RATIO, 1, 1), "MFSetAttributeRatio");
+    Require(type->SetUINT32(MF_MT_INTERLACE_MODE, MFVideoInterlace_Progressive), "SetUINT32");
+    Require(type->SetUINT32(MF_MT_ALL_SAMPLES_INDEPENDENT, TRUE), "SetUINT32");
+    Require(type->SetUINT32(MF_MT_FIXED_SIZE_SAMPLES, TRUE), "SetUINT32");
+    Require(type->SetUINT32(MF_MT_SAMPLE_SIZE, sampleBytes), "SetUINT32");
+    Require(type->SetUINT32(MF_MT_DEFAULT_STRIDE, width * 2), "SetUINT32");
+    return type;
+}
+
+CameraConfiguration CameraConfiguration::GenericDepth16(UINT32 width, UINT32 height, UINT32 fps)
+{
+    CameraConfiguration configuration;
+    configuration.pins.push_back(
+        {0,
+         {MakeVideoType(kSubtypeD16, width, height, fps), MakeVideoType(kSubtypeL16, width, height, fps)},
+         MFFrameSourceTypes_Depth});
+    configuration.nodes = {kCameraTerminalNode, kVideoStreamingNode};
+    return configuration;
+}
+
+CameraConfiguration CameraConfiguration::TarnDepth()
+{
+    const VideoFormat formats[] = {
+        {&kSubtypeDepth, 640, 480, 30},
+        {&kSubtypeDepth, 640, 480, 60},
+        {&kSubtypeDepth, 1280, 720, 30},
+        {&kSubtypeDepth, 320, 240, 30},
+        {&kSubtypeDepth, 320, 240, 60},
+        {&kSubtypeInfraredDepth, 640, 480, 30},
+        {&kSubtypeInfraredDepth, 640, 480, 60},
+        {&kSubtypeInfraredDepth, 1280, 720, 30},
+        {&kSubtypeInfraredDepth, 320, 240, 30},
+        {&kSubtypeInfraredDepth, 320, 240, 60},
+        {&kSubtypeConfidenceDepth, 640, 480, 30},
+        {&kSubtypeConfidenceDepth, 640, 480, 60},
+        {&kSubtypeConfidenceDepth, 1280, 720, 30},
+        {&kSubtypeConfidenceDepth, 320, 240, 30},
+        {&kSubtypeConfidenceDepth, 320, 240, 60},
+        {&kSubtypeFaceLogin, 640, 480, 60},
+    };
+    CameraConfiguration configuration;
+    configuration.pins.push_back({0, MakeTypes(formats), MFFrameSourceTypes_Depth | MFFrameSourceTypes_Infrared});
+    configuration.nodes = {kCameraTerminalNode, KSNODETYPE_DEV_SPECIFIC, kVideoProcessingNode, KSNODETYPE_DEV_SPECIFIC,
+                           kVideoStreamingNode};
+    configuration.extensionUnitNode = 3;
+    configuration.extensionUnitSet = kDepthExtensionUnit;
+    configuration.calibrationTable = SealedBytes(DefaultCalibration());
+    configuration.deviceInfo = SealedBytes(DefaultDeviceInfo());
+    return configuration;
+}
+
+CameraConfiguration CameraConfiguration::TarnColor()
+{
+    const VideoFormat formats[] = {
+        {&kSubtypeYuy2, 640, 480, 30},
+        {&kSubtypeYuy2, 640, 480, 60},
+        {&kSubtypeYuy2, 1280, 720, 30},
+        {&kSubtypeYuy2, 1920, 1080, 30},
+    };
+    CameraConfiguration configuration;
+    configuration.pins.push_back({0, MakeTypes(formats), MFFrameSourceTypes_Color});
+    configuration.nodes = {kCameraTerminalNode, kVideoProcessingNode, KSNODETYPE_DEV_SPECIFIC, kVideoStreamingNode};
+    configuration.extensionUnitNode = 2;
+    configuration.extensionUnitSet = kColorExtensionUnit;
+    configuration.calibrationTable = SealedBytes(DefaultCalibration());
+    return configuration;
+}
+
+} // namespace tarn_sim

@@ -1,0 +1,161 @@
+#include "device/calibration/CameraModel.h"
+
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "tests/calibration/CalibrationBytes.h"
+
+using mft_core::CalibrationTable;
+using mft_core::PinholeModel;
+using mft_core::Quaternion;
+using mft_core::RotationMatrix;
+
+namespace
+{
+
+CalibrationTable GoodTable()
+{
+    CalibrationTable table;
+    EXPECT_EQ(mft_core::CalibrationCheck::Good, ParseCalibrationTable(tarn_test::GoodCalibrationBytes(), table));
+    return table;
+}
+
+// The part of the 640 x 480 sensor that a frame shows, worked out by hand: its top left corner and how many pixels of
+// the frame one sensor pixel takes.
+struct View
+{
+    std::uint32_t width;
+    std::uint32_t height;
+    double left;
+    double top;
+    double scale;
+};
+
+class ScalePinholeTest : public testing::TestWithParam<View>
+{
+};
+
+TEST_P(ScalePinholeTest, ASensorPointLiesOnTheSameRayInBothModels)
+{
+    const View view = GetParam();
+    const CalibrationTable table = GoodTable();
+    const PinholeModel &full = table.pinhole;
+    const PinholeModel scaled = ScalePinhole(table, view.width, view.height);
+
+    // Corners of the frame, in pixel edges: edge 0 is half a pixel before the centre of pixel 0.
+    for (const double edgeX : {0.0, 1.0, view.width / 3.0, static_cast<double>(view.width)})
+    {
+        for (const double edgeY : {0.0, 1.0, view.height / 3.0, static_cast<double>(view.height)})
+        {
+            const double sensorX = view.left + edgeX / view.scale - 0.5;
+            const double sensorY = view.top + edgeY / view.scale - 0.5;
+            EXPECT_NEAR((sensorX - full.principalPointX) / full.focalLengthX,
+                        (edgeX - 0.5 - scaled.principalPointX) / scaled.focalLengthX, 1e-12);
+            EXPECT_NEAR((sensorY - full.principalPointY) / full.focalLengthY,
+                        (edgeY - 0.5 - scaled.principalPointY) / scaled.focalLengthY, 1e-12);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, ScalePinholeTest,
+                         testing::Values(View{640, 480, 0, 0, 1}, View{320, 240, 0, 0, 0.5}, View{1280, 960, 0, 0, 2},
+                                         View{1280, 720, 0, 60, 2}, View{1920, 1080, 0, 60, 3},
+                                         View{640, 360, 0, 60, 1}, View{360, 360, 80, 0, 0.75},
+                                         View{480, 640, 140, 0, 4.0 / 3}, View{1280, 320, 0, 160, 2}));
+
+TEST(CameraModelTest, TheWidescreenModelHasTheValuesOfAWorkedExample)
+{
+    // 1280 x 720 shows rows 60 to 420 of the sensor, twice as large.
+    const PinholeModel model = ScalePinhole(GoodTable(), 1280, 720);
+
+    EXPECT_NEAR(949.0, model.focalLengthX, 1e-9);
+    EXPECT_NEAR(950.5, model.focalLengthY, 1e-9);
+    EXPECT_NEAR(644.0, model.principalPointX, 1e-9);
+    EXPECT_NEAR(357.5, model.principalPointY, 1e-9);
+}
+
+TEST(CameraModelTest, AnEmptyFrameHasNoModel)
+{
+    EXPECT_EQ(0, ScalePinhole(GoodTable(), 0, 480).focalLengthX);
+    EXPECT_EQ(0, ScalePinhole(GoodTable(), 640, 0).focalLengthY);
+}
+
+TEST(CameraModelTest, TheTranslationIsInMetres)
+{
+    const auto metres = TranslationInMetres(GoodTable());
+    EXPECT_DOUBLE_EQ(0.025, metres[0]);
+    EXPECT_DOUBLE_EQ(0.00025, metres[1]);
+    EXPECT_DOUBLE_EQ(-0.0015, metres[2]);
+}
+
+// Rodrigues' formula, rounded to the single precision of the table.
+RotationMatrix RotationAbout(const std::array<double, 3> &axis, double angle)
+{
+    const double c = std::cos(angle);
+    const double s = std::sin(angle);
+    const auto [x, y, z] = axis;
+    RotationMatrix m{c + x * x * (1 - c),     x * y * (1 - c) - z * s, x * z * (1 - c) + y * s,
+                     y * x * (1 - c) + z * s, c + y * y * (1 - c),     y * z * (1 - c) - x * s,
+                     z * x * (1 - c) - y * s, z * y * (1 - c) + x * s, c + z * z * (1 - c)};
+    for (double &element : m)
+    {
+        element = static_cast<float>(element);
+    }
+    return m;
+}
+
+void ExpectRotation(const std::array<double, 3> &axis, double angle)
+{
+    const Quaternion q = mft_core::QuaternionOf(RotationAbout(axis, angle));
+
+    const double s = std::sin(angle / 2);
+    const double w = std::cos(angle / 2);
+    // A quaternion and its negative are the same rotation; at half a turn either sign may come out.
+    const double sign = q.x * axis[0] * s + q.y * axis[1] * s + q.z * axis[2] * s + q.w * w < 0 ? -1 : 1;
+    EXPECT_NEAR(sign * axis[0] * s, q.x, 2e-7);
+    EXPECT_NEAR(sign * axis[1] * s, q.y, 2e-7);
+    EXPECT_NEAR(sign * axis[2] * s, q.z, 2e-7);
+    EXPECT_NEAR(sign * w, q.w, 2e-7);
+    EXPECT_GE(q.w, 0);
+    EXPECT_NEAR(1.0, q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w, 1e-12);
+}
+
+TEST(CameraModelTest, RotationsAboutTheAxesBecomeTheirQuaternions)
+{
+    constexpr double pi = std::numbers::pi;
+    for (const double angle : {0.0, pi / 180, pi / 2, pi * 2 / 3, pi - 1e-4, pi})
+    {
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            ExpectRotation({axis == 0 ? 1.0 : 0.0, axis == 1 ? 1.0 : 0.0, axis == 2 ? 1.0 : 0.0}, angle);
+        }
+    }
+    const Quaternion third = mft_core::QuaternionOf(GoodTable().rotation); // a third of a turn about the diagonal
+    EXPECT_DOUBLE_EQ(0.5, third.x);
+    EXPECT_DOUBLE_EQ(0.5, third.y);
+    EXPECT_DOUBLE_EQ(0.5, third.z);
+    EXPECT_DOUBLE_EQ(0.5, third.w);
+}
+
+TEST(CameraModelTest, RandomRotationsUpToHalfATurnBecomeTheirQuaternions)
+{
+    std::mt19937 random(20240611); // NOLINT: the same cases in every run
+    std::normal_distribution<double> component;
+    std::uniform_real_distribution<double> angle(0, std::numbers::pi);
+    for (int i = 0; i < 20000; ++i)
+    {
+        std::array<double, 3> axis{component(random), component(random), component(random)};
+        const double length = std::hypot(axis[0], axis[1], axis[2]);
+        for (double &value : axis)
+        {
+            value /= length;
+        }
+        ExpectRotation(axis, i % 4 == 0 ? std::numbers::pi - 1e-3 * angle(random) : angle(random));
+        ASSERT_FALSE(HasFailure()) << "case " << i;
+    }
+}
+
+} // namespace

@@ -1,0 +1,169 @@
+#include "core/AsyncTopologyNode.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <numeric>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "tests/core/TestParts.h"
+
+using mft_core::AsyncTopologyNode;
+using mft_core::WorkQueueParameters;
+using tarn_test::MakeSample;
+using tarn_test::RecordingNode;
+using tarn_test::WaitUntil;
+
+namespace
+{
+
+class WorkQueue
+{
+  public:
+    WorkQueue()
+    {
+        EXPECT_HR(S_OK, MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &id));
+    }
+    ~WorkQueue()
+    {
+        MFUnlockWorkQueue(id);
+    }
+    WorkQueueParameters Parameters() const
+    {
+        return {id, 0, true};
+    }
+
+  private:
+    DWORD id = 0;
+};
+
+// Holds samples until it is opened.
+class GateNode : public tarn_test::RecordingNode
+{
+  public:
+    HRESULT ProcessSample(IMFSample *sample) override
+    {
+        ++entered;
+        std::unique_lock guard(gateLock);
+        opened.wait(guard, [&] { return open; });
+        return RecordingNode::ProcessSample(sample);
+    }
+    void Open()
+    {
+        const std::scoped_lock guard(gateLock);
+        open = true;
+        opened.notify_all();
+    }
+
+    std::atomic<int> entered{0};
+
+  private:
+    std::mutex gateLock;
+    std::condition_variable opened;
+    bool open = false;
+};
+
+TEST(AsyncTopologyNodeTest, SamplesArriveInOrderAlthoughTheQueueIsParallel)
+{
+    const WorkQueue queue;
+    const auto end = std::make_shared<RecordingNode>();
+    const auto node = std::make_shared<AsyncTopologyNode>(end, "Test", queue.Parameters());
+    constexpr int kSamples = 2000;
+    for (int i = 0; i < kSamples; ++i)
+    {
+        node->Process(MakeSample(i).Get());
+    }
+    ASSERT_TRUE(WaitUntil([&] { return end->Times().size() == kSamples; }));
+    std::vector<LONGLONG> expected(kSamples);
+    std::iota(expected.begin(), expected.end(), 0);
+    EXPECT_EQ(expected, end->Times());
+}
+
+TEST(AsyncTopologyNodeTest, WithoutAUsableWorkQueueSamplesAreDropped)
+{
+    const auto end = std::make_shared<RecordingNode>();
+    const auto sample = MakeSample(1);
+    const auto unset = std::make_shared<AsyncTopologyNode>(end, "Test", WorkQueueParameters{});
+    EXPECT_HR(S_OK, unset->ProcessSample(sample.Get()));
+    const auto invalid = std::make_shared<AsyncTopologyNode>(end, "Test", WorkQueueParameters{0x7777, 0, true});
+    EXPECT_HR(S_OK, invalid->ProcessSample(sample.Get()));
+    EXPECT_HR(S_OK, invalid->Flush()); // nothing is believed to be queued
+    EXPECT_REFS(sample, 1);
+    EXPECT_TRUE(end->Times().empty());
+    EXPECT_EQ(1, invalid.use_count());
+}
+
+TEST(AsyncTopologyNodeTest, FlushWaitsForTheRunningSampleAndDropsTheOthers)
+{
+    const WorkQueue queue;
+    const auto gate = std::make_shared<GateNode>();
+    const auto node = std::make_shared<AsyncTopologyNode>(gate, "Test", queue.Parameters(), 10000);
+    const auto waiting = MakeSample(2);
+    node->Process(MakeSample(1).Get());
+    ASSERT_TRUE(WaitUntil([&] { return gate->entered == 1; }));
+    node->Process(waiting.Get());
+
+    std::atomic<bool> flushed{false};
+    std::thread flusher([&] {
+        EXPECT_HR(S_OK, node->Flush());
+        flushed = true;
+    });
+    // Its item has run without handing it on, and the flush has dropped it.
+    ASSERT_TRUE(WaitUntil([&] { return tarn_test::ReferenceCount(waiting) == 1; }));
+    node->Process(MakeSample(3).Get()); // refused while flushing
+    EXPECT_FALSE(flushed);
+    gate->Open();
+    flusher.join();
+    EXPECT_EQ((std::vector<LONGLONG>{1}), gate->Times());
+
+    node->Process(MakeSample(4).Get()); // accepted again
+    ASSERT_TRUE(WaitUntil([&] { return gate->Times().size() == 2; }));
+    EXPECT_EQ(4, gate->Times().back());
+}
+
+TEST(AsyncTopologyNodeTest, AFlushThatCannotFinishGivesUp)
+{
+    const WorkQueue queue;
+    const auto gate = std::make_shared<GateNode>();
+    const auto node = std::make_shared<AsyncTopologyNode>(gate, "Test", queue.Parameters(), 20);
+    node->Process(MakeSample(1).Get());
+    ASSERT_TRUE(WaitUntil([&] { return gate->entered == 1; }));
+    EXPECT_HR(S_OK, node->Flush());
+    gate->Open();
+    ASSERT_TRUE(WaitUntil([&] { return gate->Times().size() == 1; }));
+}
+
+TEST(AsyncTopologyNodeTest, AQueuedItemKeepsTheChainAliveAndAStoppedNodeHandsNothingOn)
+{
+    const WorkQueue queue;
+    const auto gate = std::make_shared<GateNode>();
+    auto node = std::make_shared<AsyncTopologyNode>(gate, "Test", queue.Parameters());
+    const std::weak_ptr<AsyncTopologyNode> observer = node;
+    node->Process(MakeSample(1).Get());
+    ASSERT_TRUE(WaitUntil([&] { return gate->entered == 1; }));
+    node->Process(MakeSample(2).Get());
+    node->Stop();
+    node->Process(MakeSample(3).Get());
+    node.reset();
+    EXPECT_FALSE(observer.expired());
+    gate->Open();
+    EXPECT_TRUE(WaitUntil([&] { return observer.expired(); }));
+    EXPECT_EQ((std::vector<LONGLONG>{1}), gate->Times());
+}
+
+TEST(AsyncTopologyNodeTest, ItIsACallbackWithOneIdentity)
+{
+    const auto node = std::make_shared<AsyncTopologyNode>(nullptr, "Test", WorkQueueParameters{});
+    ComPtr<IUnknown> unknown;
+    EXPECT_HR(S_OK, node->QueryInterface(__uuidof(IUnknown), reinterpret_cast<void **>(unknown.GetAddressOf())));
+    ComPtr<IMFAsyncCallback> callback;
+    EXPECT_HR(S_OK, unknown.As(&callback));
+    ComPtr<IMFSample> sample;
+    EXPECT_HR(E_NOINTERFACE, unknown.As(&sample));
+    EXPECT_HR(E_NOTIMPL, callback->GetParameters(nullptr, nullptr));
+    EXPECT_HR(E_POINTER, callback->Invoke(nullptr));
+}
+
+} // namespace

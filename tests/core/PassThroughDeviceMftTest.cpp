@@ -1,0 +1,255 @@
+#include "core/PassThroughDeviceMft.h"
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "tests/core/AsyncDeviceMft.h"
+#include "tests/support/HandleCount.h"
+#include "tests/support/TestFrameServer.h"
+
+using mft_core::PassThroughDeviceMft;
+using tarn_sim::CameraConfiguration;
+using tarn_sim::SimulatedCamera;
+using tarn_test::SteppedCamera;
+using tarn_test::TestFrameServer;
+using tarn_test::TimeOf;
+using user_space_frameworks::MakeCom;
+
+namespace
+{
+
+ComPtr<IMFDeviceTransform> NewTransform()
+{
+    return MakeCom<PassThroughDeviceMft>("Test DMFT");
+}
+
+TEST(PassThroughDeviceMftTest, FramesTravelUnchangedAndInOrder)
+{
+    TestFrameServer server(NewTransform(), SteppedCamera(2));
+    ASSERT_HR(S_OK, server.Start(0));
+    ASSERT_HR(S_OK, server.Start(1));
+    EXPECT_EQ(1, server.createdEvents[0]);
+    EXPECT_EQ(1, server.createdEvents[1]);
+    ASSERT_HR(S_OK, server.camera->Step(0, 10));
+    ASSERT_HR(S_OK, server.camera->Step(1, 3));
+    server.Pump();
+    EXPECT_EQ(13, server.haveOutputEvents);
+
+    const auto samples = server.CollectAll(0);
+    ASSERT_EQ(10u, samples.size());
+    for (std::size_t i = 1; i < samples.size(); ++i)
+    {
+        EXPECT_LT(TimeOf(samples[i - 1]), TimeOf(samples[i]));
+    }
+    EXPECT_EQ(3u, server.CollectAll(1).size());
+    DWORD length = 0;
+    EXPECT_HR(S_OK, samples.front()->GetTotalLength(&length));
+    EXPECT_EQ(64u * 48u * 2u, length);
+}
+
+TEST(PassThroughDeviceMftTest, AStoppedOutputStopsItsPinAndAnswersNothing)
+{
+    TestFrameServer server(NewTransform(), SteppedCamera());
+    ASSERT_HR(S_OK, server.Start(0));
+    EXPECT_EQ(DeviceStreamState_Run, server.camera->GetPinState(0));
+    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    ASSERT_HR(S_OK, server.Stop(0));
+    EXPECT_EQ(DeviceStreamState_Stop, server.OutputState(0));
+    EXPECT_EQ(DeviceStreamState_Stop, server.camera->GetPinState(0));
+    MFT_OUTPUT_DATA_BUFFER buffer{};
+    DWORD status = 0;
+    EXPECT_HR(S_OK, server.transform->ProcessOutput(0, 1, &buffer, &status)); // served, without a sample
+    EXPECT_EQ(nullptr, buffer.pSample);
+    EXPECT_HR(S_OK, server.camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+
+    // Frames of a camera that does not stop are dropped and never announced.
+    server.haveOutputEvents = 0;
+    ComPtr<IMFSample> late;
+    ASSERT_HR(S_OK, MFCreateSample(&late));
+    ASSERT_HR(S_OK, late->SetSampleTime(1));
+    server.OnFrame(0, late.Get());
+    server.Pump();
+    EXPECT_EQ(0, server.haveOutputEvents);
+    EXPECT_REFS(late, 1);
+    ASSERT_HR(S_OK, server.Start(0));
+    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    EXPECT_EQ(1u, server.CollectAll(0).size());
+}
+
+TEST(PassThroughDeviceMftTest, TheSameStateAndTypeChangeNothingAnotherTypeRestarts)
+{
+    TestFrameServer server(NewTransform(), SteppedCamera());
+    ASSERT_HR(S_OK, server.Start(0));
+    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    ASSERT_HR(S_OK, server.Start(0)); // unchanged
+    EXPECT_EQ(1, server.createdEvents[0]);
+    ASSERT_HR(S_OK, server.Start(0, 1)); // the pin's other type
+    EXPECT_EQ(2, server.createdEvents[0]);
+    EXPECT_TRUE(server.CollectAll(0).empty()) << "a frame of the former type was left";
+    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    const auto samples = server.CollectAll(0);
+    ASSERT_EQ(1u, samples.size());
+    DWORD length = 0;
+    EXPECT_HR(S_OK, samples.front()->GetTotalLength(&length));
+    EXPECT_EQ(64u * 48u * 2u, length);
+    ComPtr<IMFMediaType> current;
+    EXPECT_HR(S_OK, server.transform->GetInputCurrentType(0, &current));
+    GUID subtype{};
+    EXPECT_HR(S_OK, current->GetGUID(MF_MT_SUBTYPE, &subtype));
+    EXPECT_TRUE(IsEqualGUID(MFVideoFormat_L16, subtype));
+}
+
+TEST(PassThroughDeviceMftTest, ARefusedTypeLeavesTheRunningStreamAsItIs)
+{
+    TestFrameServer server(NewTransform(), SteppedCamera());
+    ASSERT_HR(S_OK, server.Start(0));
+    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    const auto other = tarn_sim::MakeVideoType(MFVideoFormat_D16, 320, 200, 30);
+    EXPECT_HR(MF_E_INVALIDMEDIATYPE, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Run, 0));
+    EXPECT_EQ(DeviceStreamState_Run, server.OutputState(0));
+    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    EXPECT_EQ(2u, server.CollectAll(0).size());
+    EXPECT_HR(S_OK, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Pause, 0));
+    EXPECT_HR(S_OK, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Disabled, 0));
+    EXPECT_EQ(DeviceStreamState_Run, server.OutputState(0)); // pause and disable are ignored
+}
+
+TEST(PassThroughDeviceMftTest, FlushEmptiesTheQueuesAndTheStreamRunsOn)
+{
+    TestFrameServer server(NewTransform(), SteppedCamera());
+    ASSERT_HR(S_OK, server.Start(0));
+    ASSERT_HR(S_OK, server.camera->Step(0, 3));
+    EXPECT_HR(S_OK, server.transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0));
+    EXPECT_TRUE(server.CollectAll(0).empty());
+    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    EXPECT_HR(S_OK, server.transform->FlushOutputStream(0, 0));
+    EXPECT_TRUE(server.CollectAll(0).empty());
+    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    EXPECT_EQ(1u, server.CollectAll(0).size());
+}
+
+TEST(PassThroughDeviceMftTest, ProcessInputKeepsTheReferenceRuleOfTheBuild)
+{
+    TestFrameServer server(NewTransform(), SteppedCamera());
+    ASSERT_HR(S_OK, server.Start(0));
+    ComPtr<IMFSample> sample;
+    ASSERT_HR(S_OK, MFCreateSample(&sample));
+    ASSERT_HR(S_OK, sample->SetSampleTime(5));
+    server.OnFrame(0, sample.Get());
+    EXPECT_REFS(sample, 2); // ours and the queue's
+    const auto collected = server.Collect(0);
+    EXPECT_EQ(sample.Get(), collected.Get());
+    EXPECT_REFS(sample, 2); // ours and exactly one handed out
+
+    ComPtr<IMFSample> timeless;
+    ASSERT_HR(S_OK, MFCreateSample(&timeless));
+    IMFSample *const passed = timeless.Get();
+#ifdef TARN_PROCESS_INPUT_CONSUMES_REFERENCE
+    passed->AddRef();
+#endif
+    EXPECT_HR(MF_E_NO_SAMPLE_TIMESTAMP, server.transform->ProcessInput(0, passed, 0));
+    EXPECT_REFS(timeless, 1); // consumed or kept, also on failure
+}
+
+TEST(PassThroughDeviceMftTest, WithoutAConsumerSamplesPileUpAndThenDrain)
+{
+    TestFrameServer server(NewTransform(), SteppedCamera());
+    ASSERT_HR(S_OK, server.Start(0));
+    ASSERT_HR(S_OK, server.camera->Step(0, 60));
+    EXPECT_EQ(60u, server.CollectAll(0).size());
+    EXPECT_HR(S_OK, server.camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+}
+
+// Start, stop, flush and shutdown while the capture thread delivers as fast as it can and a consumer collects.
+void ChangeStatesWithFramesInFlight(const std::function<ComPtr<IMFDeviceTransform>()> &newTransform)
+{
+    int handlesBefore = 0;
+    for (int round = 0; round < 120; ++round)
+    {
+        auto configuration = CameraConfiguration::GenericDepth16(16, 16, 30);
+        configuration.pacing = tarn_sim::Pacing::AsFastAsTaken;
+        auto camera = MakeCom<SimulatedCamera>(configuration);
+        {
+            TestFrameServer server(newTransform(), camera);
+            std::atomic<bool> done{false};
+            std::thread consumer([&] {
+                while (!done)
+                {
+                    if (!server.Collect(0))
+                    {
+                        std::this_thread::yield();
+                    }
+                }
+            });
+            for (int change = 0; change < 4; ++change)
+            {
+                ASSERT_HR(S_OK, server.Start(0, static_cast<DWORD>(change % 2)));
+                ASSERT_HR(S_OK,
+                          camera->WaitForFrames(0, camera->Statistics(0).delivered + 3, std::chrono::seconds(10)));
+                EXPECT_HR(S_OK, server.transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0));
+                if (change == 2)
+                {
+                    ASSERT_HR(S_OK, server.Stop(0));
+                }
+            }
+            if (round % 2 == 0) // every other round ends with frames in flight
+            {
+                ComPtr<IMFShutdown> shutdown;
+                ASSERT_HR(S_OK, server.transform.As(&shutdown));
+                EXPECT_HR(S_OK, shutdown->Shutdown());
+            }
+            done = true;
+            consumer.join();
+        }
+        EXPECT_HR(S_OK, camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+        EXPECT_REFS(camera, 1);
+        camera.Reset();
+        if (round == 20) // by then the platform has made its own threads
+        {
+            handlesBefore = tarn_test::CountHandles();
+        }
+    }
+    // The platform's thread pool comes and goes by a few.
+    EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::CountHandles() <= handlesBefore + 12; }))
+        << handlesBefore << " -> " << tarn_test::CountHandles();
+}
+
+TEST(PassThroughDeviceMftTest, StateChangesWithFramesInFlightLeaveNothingBehind)
+{
+    ChangeStatesWithFramesInFlight(NewTransform);
+}
+
+TEST(PassThroughDeviceMftTest, StateChangesWithFramesOnTheWorkQueueLeaveNothingBehind)
+{
+    DWORD workQueue = 0;
+    ASSERT_HR(S_OK, MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &workQueue));
+    ChangeStatesWithFramesInFlight([&] {
+        const auto transform = MakeCom<tarn_test::AsyncDeviceMft>();
+        EXPECT_HR(S_OK, transform->SetWorkQueueEx(workQueue, 0));
+        return ComPtr<IMFDeviceTransform>(transform.Get());
+    });
+    MFUnlockWorkQueue(workQueue);
+}
+
+TEST(PassThroughDeviceMftTest, ReleaseWithoutShutdownOrStopIsClean)
+{
+    auto camera = SteppedCamera();
+    {
+        const auto transform = NewTransform();
+        ComPtr<IMFAttributes> filter;
+        ASSERT_HR(S_OK, MFCreateAttributes(&filter, 1));
+        ASSERT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
+                                           static_cast<IMFTransform *>(camera.Get())));
+        ASSERT_HR(S_OK, transform->InitializeTransform(filter.Get()));
+        ComPtr<IMFMediaType> type;
+        ASSERT_HR(S_OK, transform->GetOutputAvailableType(0, 0, &type));
+        ASSERT_HR(S_OK, transform->SetOutputStreamState(0, type.Get(), DeviceStreamState_Run, 0));
+        EXPECT_REFS(transform, 1);
+    }
+    EXPECT_REFS(camera, 1);
+}
+
+} // namespace

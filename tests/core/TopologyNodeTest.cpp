@@ -1,0 +1,105 @@
+#include "core/ITopologyNode.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "tests/core/TestParts.h"
+
+using mft_core::ITopologyNode;
+using mft_core::PropagateOrder;
+using tarn_test::MakeSample;
+using tarn_test::RecordingNode;
+
+namespace
+{
+
+struct Chain
+{
+    std::shared_ptr<RecordingNode> third = std::make_shared<RecordingNode>();
+    std::shared_ptr<RecordingNode> second = std::make_shared<RecordingNode>(third);
+    std::shared_ptr<RecordingNode> first = std::make_shared<RecordingNode>(second);
+};
+
+TEST(TopologyNodeTest, PropagationVisitsTheChainInOrderAndStopsAtAFailure)
+{
+    Chain chain;
+    std::vector<ITopologyNode *> visited;
+    const auto visit = [&](ITopologyNode *node) -> HRESULT {
+        visited.push_back(node);
+        return S_OK;
+    };
+    EXPECT_HR(S_OK, chain.first->Propagate(PropagateOrder::CallLambdaAndPropagate, visit));
+    EXPECT_EQ((std::vector<ITopologyNode *>{chain.first.get(), chain.second.get(), chain.third.get()}), visited);
+
+    visited.clear();
+    EXPECT_HR(S_OK, chain.first->Propagate(PropagateOrder::PropagateOnly, visit));
+    EXPECT_TRUE(visited.empty());
+
+    chain.second->flushResult = E_ABORT;
+    EXPECT_HR(E_ABORT, chain.first->Propagate(PropagateOrder::CallLambdaAndPropagate,
+                                              [](ITopologyNode *node) { return node->Flush(); }));
+    EXPECT_EQ(1, chain.first->flushes);
+    EXPECT_EQ(1, chain.second->flushes);
+    EXPECT_EQ(0, chain.third->flushes);
+}
+
+TEST(TopologyNodeTest, AnUnknownOrderIsRefused)
+{
+    Chain chain;
+    try
+    {
+        chain.first->Propagate(static_cast<PropagateOrder>(2), [](ITopologyNode *) { return S_OK; });
+        FAIL() << "accepted";
+    }
+    catch (const std::invalid_argument &refusal)
+    {
+        EXPECT_STREQ("unsupported order", refusal.what());
+    }
+}
+
+TEST(TopologyNodeTest, ObserversSeeEverySampleBeforeTheNode)
+{
+    class Observer : public mft_core::IPreProcessObserver
+    {
+      public:
+        explicit Observer(RecordingNode &observed) : node(observed) {}
+        void OnSample(IMFSample *) override
+        {
+            seenBefore.push_back(node.Times().size());
+        }
+        RecordingNode &node;
+        std::vector<std::size_t> seenBefore;
+    };
+    RecordingNode node;
+    Observer first(node);
+    Observer second(node);
+    node.RegisterPreProcessObserver(first);
+    node.RegisterPreProcessObserver(second);
+    node.Process(MakeSample(1).Get());
+    node.UnregisterPreProcessObserver(first);
+    node.Process(MakeSample(2).Get());
+    EXPECT_EQ((std::vector<std::size_t>{0}), first.seenBefore);
+    EXPECT_EQ((std::vector<std::size_t>{0, 1}), second.seenBefore);
+}
+
+TEST(TopologyNodeTest, ANodeWithoutASuccessorEndsTheSamplesPathQuietly)
+{
+    class HandingOnNode : public ITopologyNode
+    {
+      public:
+        HandingOnNode() : ITopologyNode(nullptr, "Handing-on node") {}
+        HRESULT ProcessSample(IMFSample *sample) override
+        {
+            HandOn(sample);
+            return S_OK;
+        }
+    };
+    HandingOnNode node;
+    const auto sample = MakeSample(1);
+    EXPECT_THROW(node.ProcessSample(sample.Get()), std::out_of_range);
+    node.Process(sample.Get()); // what callers use: does not throw
+    EXPECT_REFS(sample, 1);
+}
+
+} // namespace

@@ -1,0 +1,76 @@
+// A simulated depth camera with what the transform's components reach it through, and the trace as text.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "ks/ExtensionUnitKsControl.h"
+#include "ks/FirmwareCommandPipe.h"
+#include "sim/CameraIdentifiers.h"
+#include "sim/SimulatedCamera.h"
+#include "tarn/tarn_dmft.h"
+#include "tests/support/Expect.h"
+#include "utils/ComObject.h"
+#include "utils/DebugTraceSink.h"
+
+namespace tarn_test
+{
+
+struct DepthCamera
+{
+    explicit DepthCamera(
+        const tarn_sim::CameraConfiguration &configuration = tarn_sim::CameraConfiguration::TarnDepth())
+        : camera(user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(configuration)),
+          unit(user_space_frameworks::MakeCom<mft_core::ExtensionUnitKsControl>(KSPROPERTYSETID_TARN_DEPTH_CONTROL))
+    {
+        EXPECT_HR(S_OK, unit->Init(camera.Get(), camera.Get(), tarn_sim::kControlDepthError));
+        pipe = std::make_shared<mft_core::FirmwareCommandPipe>(unit.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL,
+                                                               tarn_sim::kControlCommand, "Test pipe");
+    }
+
+    void FailKsCall(std::uint32_t number, bool allFollowing = false) const
+    {
+        tarn_sim::FaultPlan plan;
+        plan.ksCall = {number, E_ABORT, allFollowing};
+        camera->SetFaultPlan(plan);
+    }
+
+    ComPtr<tarn_sim::SimulatedCamera> camera;
+    ComPtr<mft_core::ExtensionUnitKsControl> unit;
+    std::shared_ptr<mft_core::FirmwareCommandPipe> pipe;
+};
+
+// Collects the trace's text while it lives.
+class TraceText
+{
+  public:
+    TraceText()
+    {
+        mft_utils::DebugTraceSink::SetCallback(
+            [](void *context, mft_utils::TraceLevel, const char *line) {
+                auto *const self = static_cast<TraceText *>(context);
+                const std::scoped_lock guard(self->lock);
+                self->text.append(line).append("\n");
+            },
+            this, mft_utils::TraceLevel::Information);
+    }
+    ~TraceText()
+    {
+        mft_utils::DebugTraceSink::SetCallback(nullptr, nullptr);
+    }
+    TraceText(const TraceText &) = delete;
+    TraceText &operator=(const TraceText &) = delete;
+
+    bool Contains(const std::string &part) const
+    {
+        const std::scoped_lock guard(lock);
+        return text.find(part) != std::string::npos;
+    }
+
+  private:
+    mutable std::mutex lock;
+    std::string text;
+};
+
+} // namespace tarn_test

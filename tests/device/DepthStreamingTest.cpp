@@ -1,0 +1,394 @@
+// Frames through the three topologies, and the changes between them.
+#include <cmath>
+#include <cstring>
+
+#include "platform/CameraAttributes.h"
+
+#include "sim/GeneratedScene.h"
+#include "tarn/frame_metadata.h"
+#include "tarn/sample_attributes.h"
+#include "tests/device/DepthServer.h"
+
+using tarn_sim::FrameRequest;
+using tarn_sim::GeneratedScene;
+using tarn_test::DepthServer;
+using tarn_test::HasBlob;
+using tarn_test::kDepth;
+using tarn_test::kInfrared;
+using tarn_test::PixelsOf;
+
+namespace
+{
+
+constexpr UINT32 kStopped = DeviceStreamState_Stop;
+
+// What the camera saw in this frame.
+FrameRequest RequestOf(const ComPtr<IMFSample> &sample)
+{
+    TARN_FRAME_METADATA record{};
+    EXPECT_TRUE(HasBlob(sample, TARN_SAMPLE_FRAME_METADATA, record));
+    return {record.frameCounter, record.width, record.height, record.illumination != 0};
+}
+
+// Number of pixels that differ from the scene, the output being the centre of what the camera saw. The first
+// width * height values of the buffer count.
+std::size_t WrongDepths(const ComPtr<IMFSample> &sample, UINT32 width, UINT32 height)
+{
+    const FrameRequest request = RequestOf(sample);
+    const std::vector<BYTE> pixels = PixelsOf(sample);
+    EXPECT_GE(pixels.size(), std::size_t{width} * height * 2);
+    std::size_t wrong = 0;
+    for (UINT32 y = 0; y < height; ++y)
+    {
+        for (UINT32 x = 0; x < width; ++x)
+        {
+            std::uint16_t depth = 0;
+            std::memcpy(&depth, pixels.data() + (std::size_t{y} * width + x) * 2, sizeof(depth));
+            wrong += depth != GeneratedScene::DepthEighthMm(request, x + (request.width - width) / 2,
+                                                            y + (request.height - height) / 2)
+                         ? 1
+                         : 0;
+        }
+    }
+    return wrong;
+}
+
+std::size_t WrongInfrared(const ComPtr<IMFSample> &sample, UINT32 width, UINT32 height)
+{
+    const FrameRequest request = RequestOf(sample);
+    const std::vector<BYTE> pixels = PixelsOf(sample);
+    EXPECT_EQ(std::size_t{width} * height, pixels.size());
+    std::size_t wrong = 0;
+    for (UINT32 y = 0; y < height; ++y)
+    {
+        for (UINT32 x = 0; x < width; ++x)
+        {
+            const int tenBits =
+                GeneratedScene::Infrared(request, x + (request.width - width) / 2, y + (request.height - height) / 2);
+            const auto expected = std::lround(tenBits * 64 * 255.0 / 65535);
+            wrong += pixels[std::size_t{y} * width + x] != expected ? 1 : 0;
+        }
+    }
+    return wrong;
+}
+
+TEST(DepthStreamingTest, DepthAloneHasTheSceneInEveryPixelAndAllRecords)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
+    EXPECT_EQ("INVZ 640x480@30", server.Pin());
+
+    const auto samples = server.StepAndCollect(kDepth, 3);
+
+    ASSERT_EQ(3u, samples.size());
+    for (std::size_t i = 0; i < samples.size(); ++i)
+    {
+        EXPECT_EQ(i, RequestOf(samples[i]).number);
+        EXPECT_EQ(0u, WrongDepths(samples[i], 640, 480));
+        UINT32 reliable = 0;
+        EXPECT_HR(S_OK, samples[i]->GetUINT32(MFSampleExtension_Depth_MinReliableDepth, &reliable));
+        EXPECT_EQ(1600u, reliable);
+        EXPECT_HR(S_OK, samples[i]->GetUINT32(MFSampleExtension_Depth_MaxReliableDepth, &reliable));
+        EXPECT_EQ(12000u, reliable);
+        MFCameraExtrinsics extrinsics{};
+        EXPECT_TRUE(HasBlob(samples[i], MFSampleExtension_CameraExtrinsics, extrinsics));
+        UINT32 size = 0;
+        EXPECT_HR(S_OK, samples[i]->GetBlobSize(MFSampleExtension_PinholeCameraIntrinsics, &size));
+        EXPECT_NE(S_OK, samples[i]->GetBlobSize(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, &size));
+    }
+}
+
+TEST(DepthStreamingTest, InfraredAloneIsTheFirstPlaneOfTheClosestFrame)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+    EXPECT_EQ("INZI 640x480@30", server.Pin());
+    const auto samples = server.StepAndCollect(kInfrared, 2);
+    ASSERT_EQ(2u, samples.size());
+    EXPECT_EQ(0u, WrongInfrared(samples[1], 640, 480));
+
+    ASSERT_HR(S_OK, server.Run(kInfrared, 360, 360, 60)); // no face login: the centre of a larger frame
+    EXPECT_EQ("INZI 640x480@60", server.Pin());
+    const auto cropped = server.StepAndCollect(kInfrared, 1);
+    ASSERT_EQ(1u, cropped.size());
+    EXPECT_EQ(0u, WrongInfrared(cropped[0], 360, 360));
+}
+
+TEST(DepthStreamingTest, BothOutputsShareThePinWhicheverStartsFirst)
+{
+    for (const bool depthFirst : {true, false})
+    {
+        DepthServer server;
+        ASSERT_HR(S_OK, depthFirst ? server.Run(kDepth, 640, 480, 30) : server.Run(kInfrared, 320, 240, 60));
+        ASSERT_HR(S_OK, depthFirst ? server.Run(kInfrared, 320, 240, 60) : server.Run(kDepth, 640, 480, 30));
+        EXPECT_EQ("INZI 640x480@60", server.Pin());
+
+        ASSERT_HR(S_OK, server.camera->Step(0, 3));
+        const auto depth = server.WaitForSamples(kDepth, 3);
+        const auto infrared = server.WaitForSamples(kInfrared, 3);
+
+        ASSERT_EQ(3u, depth.size());
+        ASSERT_EQ(3u, infrared.size());
+        EXPECT_EQ(640u * 480u * 2u, PixelsOf(depth[2]).size());
+        EXPECT_EQ(0u, WrongDepths(depth[2], 640, 480));
+        EXPECT_EQ(0u, WrongInfrared(infrared[2], 320, 240));
+        UINT32 ignored = 0;
+        EXPECT_EQ(S_OK, depth[2]->GetUINT32(MFSampleExtension_Depth_MinReliableDepth, &ignored));
+        EXPECT_NE(S_OK, infrared[2]->GetUINT32(MFSampleExtension_Depth_MinReliableDepth, &ignored));
+        // Each carries its own stream's models: the infrared output has one more size.
+        UINT32 depthSize = 0;
+        UINT32 infraredSize = 0;
+        EXPECT_HR(S_OK, depth[2]->GetBlobSize(MFSampleExtension_PinholeCameraIntrinsics, &depthSize));
+        EXPECT_HR(S_OK, infrared[2]->GetBlobSize(MFSampleExtension_PinholeCameraIntrinsics, &infraredSize));
+        EXPECT_EQ(depthSize + sizeof(MFPinholeCameraIntrinsic_IntrinsicModel), infraredSize);
+    }
+}
+
+TEST(DepthStreamingTest, StoppingOneOfTwoKeepsTheTopologyAndStoppingTheLastEndsIt)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+    ASSERT_HR(S_OK, server.Stop(kDepth));
+    EXPECT_EQ("INZI 640x480@30", server.Pin());
+    EXPECT_EQ(2u, server.StepAndCollect(kInfrared, 2).size());
+    EXPECT_EQ(nullptr, server.Collect(kDepth));
+    EXPECT_HR(E_FAIL, server.SetFaceLogin(true));
+
+    ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30)); // the centre of the larger frames
+    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    const auto depth = server.WaitForSamples(kDepth, 1);
+    ASSERT_EQ(1u, depth.size());
+    EXPECT_EQ(0u, WrongDepths(depth[0], 320, 240));
+
+    ASSERT_HR(S_OK, server.Stop(kInfrared));
+    ASSERT_HR(S_OK, server.Stop(kDepth));
+    EXPECT_EQ("stopped", server.Pin());
+    EXPECT_HR(S_OK, server.SetFaceLogin(true));
+}
+
+TEST(DepthStreamingTest, ARestartWithAnotherTypeDropsWhatWasQueuedAndKeepsTheOtherOutputComing)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+    ASSERT_HR(S_OK, server.camera->Step(0, 4));
+    EXPECT_EQ(4u, server.WaitForSamples(kInfrared, 4).size());
+
+    ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+
+    const auto infrared = server.WaitForSamples(kInfrared, 2);
+    ASSERT_EQ(2u, infrared.size());
+    EXPECT_EQ(0u, WrongInfrared(infrared[1], 640, 480));
+    const auto depth = server.WaitForSamples(kDepth, 2);
+    ASSERT_EQ(2u, depth.size());
+    for (const auto &sample : depth)
+    {
+        EXPECT_EQ(320u * 240u * 2u, PixelsOf(sample).size());
+    }
+}
+
+TEST(DepthStreamingTest, FramesOfTheFormerFormatDoNotReachTheNewTopology)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+    const auto change = [&](DWORD output, const ComPtr<IMFMediaType> &type, DeviceStreamState state) {
+        ASSERT_HR(S_OK, server.transform->SetOutputStreamState(output, type.Get(), state, 0));
+    };
+    // Until the events are answered the pin goes on as it was; its frames are as long as the ones to come.
+    UINT32 enabled = 1;
+    change(kInfrared, server.FindType(kInfrared, 640, 480, 30), DeviceStreamState_Stop);
+    ASSERT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP,
+                                        KSPROPERTY_TYPE_SET, &enabled, sizeof(enabled)));
+    change(kDepth, server.FindType(kDepth, 640, 480, 30), DeviceStreamState_Run);
+    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    server.Pump();
+    EXPECT_EQ("INZC 640x480@30", server.Pin());
+
+    const auto samples = server.StepAndCollect(kDepth, 1);
+
+    ASSERT_EQ(1u, samples.size());
+    EXPECT_EQ(2u, RequestOf(samples[0]).number);
+    EXPECT_EQ(0u, WrongDepths(samples[0], 640, 480));
+}
+
+TEST(DepthStreamingTest, FramesThatAreTooShortAreDroppedAndBadMetadataAreNot)
+{
+    for (const auto fault :
+         {tarn_sim::MetadataFault::None, tarn_sim::MetadataFault::Absent, tarn_sim::MetadataFault::NoItems,
+          tarn_sim::MetadataFault::Truncated, tarn_sim::MetadataFault::ZeroSizedItem, tarn_sim::MetadataFault::HugeItem,
+          tarn_sim::MetadataFault::ShortPayload})
+    {
+        DepthServer server;
+        tarn_sim::FaultPlan plan;
+        plan.metadata = fault;
+        plan.shortEvery = 2;
+        server.camera->SetFaultPlan(plan);
+        ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
+        ASSERT_HR(S_OK, server.camera->Step(0, 4)); // the second and the fourth are short
+
+        const auto samples = server.WaitForSamples(kDepth, 2);
+
+        ASSERT_EQ(2u, samples.size());
+        EXPECT_EQ(640u * 480u * 2u, PixelsOf(samples[1]).size());
+        EXPECT_EQ(nullptr, server.Collect(kDepth));
+    }
+}
+
+TEST(DepthStreamingTest, AStartThatNoTopologyCanServeChangesNothing)
+{
+    auto configuration = DepthServer::SteppedTarnDepth();
+    configuration.pins.front().types.push_back(
+        tarn_sim::MakeVideoType(tarn_sim::kSubtypeDepth, 1920, 1080, 30)); // depth alone at this size
+    DepthServer server(configuration);
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+
+    EXPECT_HR(E_FAIL, server.Run(kDepth, 1920, 1080, 30));
+    ComPtr<IMFMediaType> foreign = tarn_sim::MakeVideoType(MFVideoFormat_D16, 641, 480, 30);
+    EXPECT_HR(MF_E_INVALIDMEDIATYPE,
+              server.transform->SetOutputStreamState(kDepth, foreign.Get(), DeviceStreamState_Run, 0));
+    server.Pump();
+
+    EXPECT_EQ(kStopped, server.OutputState(kDepth));
+    EXPECT_EQ("INZI 640x480@30", server.Pin());
+    EXPECT_EQ(2u, server.StepAndCollect(kInfrared, 2).size());
+    ASSERT_HR(S_OK, server.Stop(kInfrared));
+    ASSERT_HR(S_OK, server.Run(kDepth, 1920, 1080, 30));
+    EXPECT_EQ("INVZ 1920x1080@30", server.Pin());
+}
+
+TEST(DepthStreamingTest, TheConfidenceMapIsSwitchedWhileDepthRuns)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
+    ASSERT_HR(S_OK, server.SetConfidenceMap(true));
+    EXPECT_EQ("INZC 640x480@30", server.Pin());
+
+    const auto samples = server.StepAndCollect(kDepth, 2);
+
+    ASSERT_EQ(2u, samples.size());
+    EXPECT_EQ(0u, WrongDepths(samples[1], 640, 480));
+    const FrameRequest request = RequestOf(samples[1]);
+    std::vector<UINT8> map(640 * 480 * 2);
+    ASSERT_HR(S_OK, samples[1]->GetBlob(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, map.data(), static_cast<UINT32>(map.size()),
+                                        nullptr));
+    for (UINT32 i = 0; i < 640 * 480; ++i)
+    {
+        const int raw = GeneratedScene::Confidence(request, i % 640, i / 640);
+        ASSERT_EQ(std::min(std::max(raw - 15, 0), 127) / 8, map[i]) << i;
+    }
+
+    ASSERT_HR(S_OK, server.SetConfidenceMap(false));
+    EXPECT_EQ("INVZ 640x480@30", server.Pin());
+    const auto without = server.StepAndCollect(kDepth, 1);
+    ASSERT_EQ(1u, without.size());
+    UINT32 size = 0;
+    EXPECT_NE(S_OK, without[0]->GetBlobSize(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, &size));
+    EXPECT_EQ(0u, WrongDepths(without[0], 640, 480));
+}
+
+TEST(DepthStreamingTest, TheConfidenceMapIsRefusedWhileInfraredRunsAndKeptForTheNextDepth)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+    EXPECT_HR(E_UNEXPECTED, server.SetConfidenceMap(true));
+    EXPECT_EQ("INZI 640x480@30", server.Pin());
+    ASSERT_HR(S_OK, server.Stop(kInfrared));
+    EXPECT_HR(S_OK, server.SetConfidenceMap(true));
+    EXPECT_EQ("stopped", server.Pin());
+    ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 60));
+    EXPECT_EQ("INZC 320x240@60", server.Pin());
+}
+
+TEST(DepthStreamingTest, NothingIsSeenWhilePrivacyIsOn)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.SetConfidenceMap(true));
+    const auto isBlank = [](const ComPtr<IMFSample> &sample) {
+        const std::vector<BYTE> pixels = PixelsOf(sample);
+        UINT32 size = 0;
+        return pixels == std::vector<BYTE>(pixels.size()) &&
+               FAILED(sample->GetBlobSize(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, &size));
+    };
+    server.camera->SetPrivacy(true);
+    ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30)); // depth with confidence
+    EXPECT_TRUE(isBlank(server.StepAndCollect(kDepth, 1).at(0)));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30)); // both
+    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    EXPECT_TRUE(isBlank(server.WaitForSamples(kDepth, 1).at(0)));
+    EXPECT_TRUE(isBlank(server.WaitForSamples(kInfrared, 1).at(0)));
+    ASSERT_HR(S_OK, server.Stop(kDepth));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 320, 240, 30)); // infrared alone
+    EXPECT_TRUE(isBlank(server.StepAndCollect(kInfrared, 1).at(0)));
+    server.camera->SetPrivacy(false);
+    EXPECT_EQ(0u, WrongInfrared(server.StepAndCollect(kInfrared, 1).at(0), 320, 240));
+}
+
+TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.SetFaceLogin(true));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 360, 360, 60));
+    EXPECT_EQ("PAIR 640x480@60", server.Pin());
+    EXPECT_EQ(14u, server.CurrentPreset());
+    EXPECT_HR(E_FAIL, server.SetFaceLogin(false));
+
+    const auto samples = server.StepAndCollect(kInfrared, 4);
+
+    ASSERT_EQ(4u, samples.size());
+    std::vector<UINT64> lights;
+    std::vector<std::uint64_t> brightness;
+    for (const auto &sample : samples)
+    {
+        const std::vector<BYTE> pixels = PixelsOf(sample);
+        EXPECT_EQ(360u * 360u, pixels.size());
+        std::uint64_t sum = 0;
+        for (const BYTE pixel : pixels)
+        {
+            sum += pixel;
+        }
+        brightness.push_back(sum);
+        ComPtr<IMFAttributes> metadata;
+        ASSERT_HR(S_OK, sample->GetUnknown(MFSampleExtension_CaptureMetadata, IID_PPV_ARGS(&metadata)));
+        UINT64 illumination = 9;
+        EXPECT_HR(S_OK, metadata->GetUINT64(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, &illumination));
+        lights.push_back(illumination);
+    }
+    EXPECT_EQ((std::vector<UINT64>{1, 0, 1, 0}), lights);
+    EXPECT_GT(brightness[0], 2 * brightness[1]);
+
+    ASSERT_HR(S_OK, server.Stop(kInfrared));
+    EXPECT_EQ(0u, server.CurrentPreset());
+    EXPECT_HR(S_OK, server.SetFaceLogin(false));
+}
+
+TEST(DepthStreamingTest, FaceLoginModeLeavesOtherSizesOrdinary)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.SetFaceLogin(true));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 60));
+    EXPECT_EQ("INZI 640x480@60", server.Pin());
+    EXPECT_EQ(0u, server.CurrentPreset());
+    EXPECT_EQ(0u, WrongInfrared(server.StepAndCollect(kInfrared, 1).at(0), 640, 480));
+}
+
+TEST(DepthStreamingTest, AFaceLoginPresetThatFailsLeavesTheOutputStopped)
+{
+    DepthServer server;
+    ASSERT_HR(S_OK, server.SetFaceLogin(true));
+    tarn_sim::FaultPlan plan;
+    plan.ksCall = {3, E_ABORT, false};
+    server.camera->SetFaultPlan(plan);
+    EXPECT_HR(E_ABORT, server.Run(kInfrared, 360, 360, 60));
+    EXPECT_EQ(kStopped, server.OutputState(kInfrared));
+    EXPECT_EQ("stopped", server.Pin());
+    EXPECT_EQ(0u, server.CurrentPreset());
+
+    server.camera->SetFaultPlan({});
+    EXPECT_HR(S_OK, server.SetFaceLogin(true));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 360, 360, 60));
+    EXPECT_EQ(2u, server.StepAndCollect(kInfrared, 2).size());
+}
+
+} // namespace

@@ -1,0 +1,81 @@
+// What the camera reports about itself: the device-information record and firmware errors.
+#include "device/TarnDeviceInfo.h"
+#include "device/TarnFwErrorHandler.h"
+#include "tarn/firmware_errors.h"
+#include "tests/device/DepthCamera.h"
+
+using mft_core::TarnDeviceInfo;
+using mft_core::TarnFwErrorHandler;
+using tarn_sim::CameraConfiguration;
+using tarn_test::DepthCamera;
+using tarn_test::TraceText;
+
+namespace
+{
+
+TEST(TarnDeviceInfoTest, TheRecordIsDecodedAndTraced)
+{
+    const TraceText trace;
+    const DepthCamera device;
+    TarnDeviceInfo info(device.pipe, "Tarn Depth device info");
+
+    ASSERT_HR(S_OK, info.Init());
+
+    ASSERT_TRUE(info.Record());
+    EXPECT_EQ(412, info.Record()->temperatureDeciC);
+    // Texts that fill their field have no end of their own.
+    EXPECT_TRUE(trace.Contains("Tarn simulated, serial number TRN0000000000042, firmware 3.10.2.17, "
+                               "controller 1.4.0.7, hardware revision 5"));
+    EXPECT_TRUE(trace.Contains("sensor SNS-0017, laser LSR-0023, module state 0, calibrated at 1700000000 "
+                               "(version 3), 41.2 degrees Celsius"));
+}
+
+TEST(TarnDeviceInfoTest, AnAnswerThatDoesNotCheckLeavesNoRecord)
+{
+    for (const std::size_t spoilt : {0u, 2u, 60u, 173u}) // version, size, contents, checksum
+    {
+        auto configuration = CameraConfiguration::TarnDepth();
+        configuration.deviceInfo.at(spoilt) ^= 0x10;
+        const TraceText trace;
+        const DepthCamera device(configuration);
+        TarnDeviceInfo info(device.pipe, "Info");
+
+        EXPECT_HR(S_OK, info.Init());
+
+        EXPECT_FALSE(info.Record());
+        EXPECT_TRUE(trace.Contains("does not check"));
+    }
+}
+
+TEST(TarnDeviceInfoTest, ACommandThatFailsIsReturned)
+{
+    auto configuration = CameraConfiguration::TarnDepth();
+    configuration.deviceInfo.clear(); // refused
+    const DepthCamera refusing(configuration);
+    EXPECT_HR(E_FAIL, TarnDeviceInfo(refusing.pipe, "Info").Init());
+    const DepthCamera failing;
+    failing.FailKsCall(1);
+    EXPECT_HR(E_ABORT, TarnDeviceInfo(failing.pipe, "Info").Init());
+    EXPECT_HR(E_POINTER, TarnDeviceInfo(nullptr, "Info").Init());
+}
+
+TEST(TarnFwErrorHandlerTest, AnEventTracesNameAndCode)
+{
+    const DepthCamera device;
+    TarnFwErrorHandler handler(device.unit.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, tarn_sim::kControlDepthError,
+                               "Test");
+    const auto tracedFor = [&](std::uint8_t code, const char *text) {
+        const TraceText trace;
+        device.camera->SetErrorCode(code);
+        handler.OnEvent();
+        return trace.Contains(text);
+    };
+    EXPECT_TRUE(tracedFor(TARN_FIRMWARE_ERROR_LASER_TEMPERATURE, "firmware error: laser temperature (1)"));
+    EXPECT_TRUE(tracedFor(TARN_FIRMWARE_ERROR_WATCHDOG, "firmware error: watchdog restart (8)"));
+    EXPECT_TRUE(tracedFor(200, "firmware error: unknown (200)"));
+    EXPECT_TRUE(tracedFor(TARN_FIRMWARE_ERROR_NONE, "no firmware error"));
+    device.FailKsCall(1);
+    EXPECT_TRUE(tracedFor(TARN_FIRMWARE_ERROR_SENSOR, "cannot be read"));
+}
+
+} // namespace

@@ -1,0 +1,197 @@
+#include "device/TarnDepthPresets.h"
+
+#include <thread>
+#include <vector>
+
+#include "device/TarnDepthPresetsKsPropertyHandler.h"
+#include "tests/device/DepthCamera.h"
+
+using mft_core::DepthPreset;
+using mft_core::TarnDepthPresets;
+using tarn_test::DepthCamera;
+using tarn_test::TraceText;
+using Types = TarnDepthPresets::PresetTypes;
+
+namespace
+{
+
+// Everything of a preset that the camera remembers.
+struct CameraState
+{
+    explicit CameraState(const DepthCamera &device)
+        : autoRange(device.camera->FirmwareNow().autoRange), parameters{device.camera->FirmwareNow().autoRangeParam1,
+                                                                        device.camera->FirmwareNow().autoRangeParam2},
+          hdrOn(device.camera->FirmwareNow().hdrOn),
+          hdrConfiguration(hdrOn ? device.camera->FirmwareNow().hdrConfiguration : std::vector<std::uint8_t>{})
+    {
+        for (const ULONG id :
+             {tarn_sim::kControlLaserPower, tarn_sim::kControlAccuracy, tarn_sim::kControlMotionVersusRange,
+              tarn_sim::kControlFilterOption, tarn_sim::kControlConfidenceThreshold})
+        {
+            controls.push_back(device.camera->ControlValue(id));
+        }
+    }
+    bool operator==(const CameraState &) const = default;
+
+    std::vector<int> controls;
+    std::vector<std::uint8_t> autoRange;
+    std::uint32_t parameters[2];
+    bool hdrOn;
+    std::vector<std::uint8_t> hdrConfiguration;
+};
+
+class TarnDepthPresetsTest : public testing::Test
+{
+  protected:
+    DepthCamera device;
+    std::shared_ptr<TarnDepthPresets> presets = std::make_shared<TarnDepthPresets>(device.unit.Get(), device.pipe);
+};
+
+TEST_F(TarnDepthPresetsTest, InitPutsTheDefaultIntoForce)
+{
+    ASSERT_HR(S_OK, presets->ApplyPreset(Types::HIGH_CONTRAST));
+    ASSERT_HR(S_OK, presets->Init());
+
+    EXPECT_EQ(Types::DEFAULT, presets->GetCurrentPreset());
+    EXPECT_EQ((std::vector<int>{16, 2, 9, 5, 3}), CameraState(device).controls);
+    EXPECT_FALSE(device.camera->FirmwareNow().hdrOn);
+}
+
+TEST_F(TarnDepthPresetsTest, EveryPresetIsTakenWholeByTheCamera)
+{
+    ASSERT_HR(S_OK, presets->Init());
+    for (const DepthPreset &preset : mft_core::DepthPresetTable())
+    {
+        ASSERT_HR(S_OK, presets->ApplyPreset(static_cast<Types>(preset.type))) << preset.name;
+
+        const CameraState state(device);
+        EXPECT_EQ(static_cast<Types>(preset.type), presets->GetCurrentPreset());
+        EXPECT_EQ((std::vector<int>{preset.laserPower, preset.accuracy, preset.motionVersusRange, preset.filterOption,
+                                    preset.confidenceThreshold}),
+                  state.controls);
+        EXPECT_EQ(preset.autoRange.noBlock ? 0u : 12u, state.autoRange.size());
+        EXPECT_EQ(preset.hdr.on, state.hdrOn);
+    }
+    EXPECT_EQ(0u, device.camera->FirmwareNow().refused);
+}
+
+TEST_F(TarnDepthPresetsTest, FirmwareBlocksAreLaidOutAsDocumented)
+{
+    ASSERT_HR(S_OK, presets->ApplyPreset(Types::HIGH_CONTRAST));
+
+    const tarn_sim::FirmwareState state = device.camera->FirmwareNow();
+    EXPECT_EQ((std::vector<std::uint8_t>{10, 0, 60, 0, 30, 0, 16, 0, 16, 0, 16, 0}), state.autoRange);
+    EXPECT_EQ(1u, state.autoRangeParam1);
+    EXPECT_EQ(2u, state.autoRangeParam2);
+    EXPECT_EQ((std::vector<std::uint8_t>{0xF4, 0x01, 0, 0, 0x40, 0x1F, 0, 0}), state.hdrConfiguration);
+}
+
+TEST_F(TarnDepthPresetsTest, AnUnknownPresetChangesNothing)
+{
+    ASSERT_HR(S_OK, presets->ApplyPreset(Types::CLOSE_UP));
+    const CameraState before(device);
+    device.camera->ClearKsTraffic();
+
+    for (const std::uint32_t unknown : {7U, 13U, 15U, 0xFFFFFFFFU})
+    {
+        EXPECT_HR(E_INVALIDARG, presets->ApplyPreset(Types{unknown}));
+    }
+
+    EXPECT_TRUE(device.camera->KsTraffic().empty());
+    EXPECT_EQ(Types::CLOSE_UP, presets->GetCurrentPreset());
+    EXPECT_EQ(before, CameraState(device));
+}
+
+TEST_F(TarnDepthPresetsTest, AFailureAtAnyStepLeavesTheFormerPresetInForce)
+{
+    for (const auto &[former, next] :
+         {std::pair{Types::FAST_MOTION, Types::HIGH_CONTRAST}, std::pair{Types::HIGH_CONTRAST, Types::FACE_LOGIN}})
+    {
+        device.camera->SetFaultPlan({});
+        ASSERT_HR(S_OK, presets->ApplyPreset(former));
+        const CameraState before(device);
+        std::uint32_t failing = 1;
+        for (;; ++failing)
+        {
+            const TraceText trace;
+            device.FailKsCall(failing);
+            const HRESULT result = presets->ApplyPreset(next);
+            if (SUCCEEDED(result))
+            {
+                break;
+            }
+            EXPECT_HR(E_ABORT, result);
+            EXPECT_EQ(former, presets->GetCurrentPreset());
+            EXPECT_EQ(before, CameraState(device)) << "KS call " << failing;
+            EXPECT_TRUE(trace.Contains("failed at"));
+            EXPECT_TRUE(trace.Contains("stays in force"));
+            ASSERT_LT(failing, 100u);
+        }
+        EXPECT_GE(failing, 10u); // five controls, and each firmware command twice
+        EXPECT_EQ(next, presets->GetCurrentPreset());
+    }
+}
+
+TEST_F(TarnDepthPresetsTest, ACameraThatTakesNothingAnyMoreIsReported)
+{
+    ASSERT_HR(S_OK, presets->Init());
+    const TraceText trace;
+    device.FailKsCall(3, true);
+
+    EXPECT_HR(E_ABORT, presets->ApplyPreset(Types::LOW_POWER));
+
+    EXPECT_EQ(Types::DEFAULT, presets->GetCurrentPreset());
+    EXPECT_TRUE(trace.Contains("could not be set back"));
+    EXPECT_FALSE(trace.Contains("stays in force"));
+}
+
+TEST_F(TarnDepthPresetsTest, PresetsFromTwoThreadsDoNotMix)
+{
+    const auto apply = [this](Types first, Types second) {
+        for (int i = 0; i < 100; ++i)
+        {
+            EXPECT_HR(S_OK, presets->ApplyPreset(i % 2 == 0 ? first : second));
+        }
+    };
+    std::thread other([&] { apply(Types::HIGH_CONTRAST, Types::CLOSE_UP); });
+    apply(Types::FAST_MOTION, Types::LONG_DISTANCE);
+    other.join();
+
+    const CameraState afterwards(device);
+    ASSERT_HR(S_OK, presets->ApplyPreset(presets->GetCurrentPreset()));
+    EXPECT_EQ(afterwards, CameraState(device));
+}
+
+TEST_F(TarnDepthPresetsTest, ThePropertyGetsSetsAndChecks)
+{
+    ASSERT_HR(S_OK, presets->Init());
+    mft_core::TarnDepthPresetsKsPropertyHandler handler(presets);
+    KSPROPERTY get{};
+    get.Set = KSPROPERTYSETID_TARN_DMFT_CONTROL;
+    get.Id = KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS;
+    get.Flags = KSPROPERTY_TYPE_GET;
+    KSPROPERTY set = get;
+    set.Flags = KSPROPERTY_TYPE_SET;
+    KSPROPERTY neither = get;
+    neither.Flags = KSPROPERTY_TYPE_BASICSUPPORT;
+    std::uint32_t preset = TARN_DEPTH_PRESET_FACE_LOGIN;
+    ULONG returned = 0;
+    EXPECT_TRUE(handler.Handles(get));
+
+    EXPECT_HR(S_OK, handler.Run(&set, sizeof(set), &preset, sizeof(preset), &returned));
+    EXPECT_EQ(4u, returned);
+    EXPECT_EQ(Types::FACE_LOGIN, presets->GetCurrentPreset());
+    preset = 13;
+    EXPECT_HR(E_INVALIDARG, handler.Run(&set, sizeof(set), &preset, sizeof(preset), nullptr));
+    EXPECT_HR(S_OK, handler.Run(&get, sizeof(get), &preset, sizeof(preset), &returned));
+    EXPECT_EQ(14u, preset);
+
+    returned = 0;
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_MORE_DATA), handler.Run(&get, sizeof(get), &preset, 3, &returned));
+    EXPECT_EQ(4u, returned);
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_MORE_DATA), handler.Run(&set, sizeof(set), nullptr, 0, &returned));
+    EXPECT_HR(E_POINTER, handler.Run(&set, sizeof(set), nullptr, 4, &returned));
+    EXPECT_HR(E_INVALIDARG, handler.Run(&neither, sizeof(neither), &preset, sizeof(preset), &returned));
+}
+
+} // namespace

@@ -1,0 +1,177 @@
+#include "ks/FirmwareCommandPipe.h"
+
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "tests/ks/FakeFilter.h"
+#include "tests/support/Expect.h"
+
+using namespace mft_core;
+using namespace tarn_test;
+using user_space_frameworks::MakeCom;
+
+namespace
+{
+
+constexpr GUID kSet = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+constexpr ULONG kControl = 7;
+
+// The camera's end: keeps the last block and answers with its opcode and, as data, its first parameter in every byte.
+class FirmwareCommandPipeTest : public testing::Test
+{
+  protected:
+    FirmwareCommandPipeTest()
+    {
+        filter->answer = [this](const FilterCall &call) {
+            if (call.request.Property.Flags == KSPROPERTY_TYPE_SET)
+            {
+                std::memcpy(block.data(), call.data, block.size());
+                return setResult;
+            }
+            auto *answer = static_cast<BYTE *>(call.data);
+            std::memcpy(answer, &block[4], 4);
+            answer[0] = static_cast<BYTE>(answer[0] + echoError);
+            std::memset(answer + 4, block[8], call.dataLength - 4);
+            *call.bytesReturned = answerLength;
+            return getResult;
+        };
+    }
+    template <class T>
+    T Field(std::size_t offset) const
+    {
+        T value;
+        std::memcpy(&value, &block[offset], sizeof(value));
+        return value;
+    }
+
+    ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
+    std::array<BYTE, 1024> block{};
+    ULONG answerLength = 1024;
+    int echoError = 0;
+    HRESULT setResult = S_OK;
+    HRESULT getResult = S_OK;
+    FirmwareCommandPipe pipe{filter, kSet, kControl, "pipe"};
+};
+
+} // namespace
+
+TEST_F(FirmwareCommandPipeTest, CommandBlockIsLaidOutAsTheFirmwareReadsIt)
+{
+    const BYTE payload[] = {0x51, 0x52, 0x53};
+    ASSERT_HR(S_OK, pipe.Set(0xA6, payload, sizeof(payload), 0x11111111, 2, 3, 0x44444444));
+    const BYTE expected[] = {23, 0, 0xAB, 0xCD, 0xA6, 0, 0,    0,    0x11, 0x11, 0x11, 0x11, 2,   0,
+                             0,  0, 3,    0,    0,    0, 0x44, 0x44, 0x44, 0x44, 0x51, 0x52, 0x53};
+    EXPECT_EQ(0, std::memcmp(expected, block.data(), sizeof(expected)));
+
+    const auto calls = filter->Calls();
+    ASSERT_EQ(2u, calls.size());
+    for (const FilterCall &call : calls)
+    {
+        EXPECT_TRUE(IsEqualGUID(kSet, call.request.Property.Set));
+        EXPECT_EQ(kControl, call.request.Property.Id);
+        EXPECT_EQ(24u, call.requestLength);
+        EXPECT_EQ(1024u, call.dataLength);
+    }
+    EXPECT_EQ(KSPROPERTY_TYPE_SET, calls[0].request.Property.Flags);
+    EXPECT_EQ(KSPROPERTY_TYPE_GET, calls[1].request.Property.Flags);
+}
+
+TEST_F(FirmwareCommandPipeTest, PayloadLimitsFromBothSides)
+{
+    const std::vector<BYTE> payload(1001, 0x77);
+    EXPECT_HR(S_OK, pipe.Set(1, payload.data(), 1000, 0, 0, 0, 0));
+    EXPECT_EQ(1020, Field<std::uint16_t>(0));
+    EXPECT_EQ(0x77, block[1023]);
+    EXPECT_HR(S_OK, pipe.Set(1, nullptr, 5000, 0, 0, 0, 0));
+    EXPECT_EQ(20, Field<std::uint16_t>(0));
+    EXPECT_HR(S_OK, pipe.Set(1, payload.data(), 0, 0, 0, 0, 0));
+    EXPECT_EQ(20, Field<std::uint16_t>(0));
+
+    filter->Forget();
+    try
+    {
+        pipe.Set(1, payload.data(), 1001, 0, 0, 0, 0);
+        ADD_FAILURE() << "1001 bytes were taken";
+    }
+    catch (const std::invalid_argument &refusal)
+    {
+        EXPECT_STREQ("failed to copy data", refusal.what());
+    }
+    EXPECT_TRUE(filter->Calls().empty());
+    EXPECT_HR(S_OK, pipe.Set(1, nullptr, 0, 0, 0, 0, 0)); // the lock was let go
+}
+
+TEST_F(FirmwareCommandPipeTest, AnswerLimitsFromBothSides)
+{
+    std::vector<BYTE> buffer(1021, 0xEE);
+    EXPECT_HR(S_OK, pipe.Get(buffer.data(), 59, 1020, 0x31, 0, 0, 0));
+    EXPECT_EQ(20, Field<std::uint16_t>(0));
+    EXPECT_EQ(0x31, buffer[0]);
+    EXPECT_EQ(0x31, buffer[1019]);
+    EXPECT_EQ(0xEE, buffer[1020]);
+    filter->Forget();
+    EXPECT_HR(E_INVALIDARG, pipe.Get(buffer.data(), 59, 1021, 0, 0, 0, 0));
+    EXPECT_HR(E_INVALIDARG, pipe.Get(buffer.data(), 59, 0xFFFFFFFF, 0, 0, 0, 0));
+    EXPECT_TRUE(filter->Calls().empty());
+
+    answerLength = 20;
+    EXPECT_HR(S_OK, pipe.Get(buffer.data(), 59, 16, 0x32, 0, 0, 0));
+    EXPECT_HR(E_FAIL, pipe.Get(buffer.data(), 59, 17, 0x33, 0, 0, 0));
+    EXPECT_EQ(0x32, buffer[0]); // nothing of a short answer arrives
+    answerLength = 3;
+    EXPECT_HR(E_FAIL, pipe.Set(1, nullptr, 0, 0, 0, 0, 0));
+    answerLength = 4;
+    EXPECT_HR(S_OK, pipe.Set(1, nullptr, 0, 0, 0, 0, 0));
+    EXPECT_HR(S_OK, pipe.Get(nullptr, 59, 0, 0, 0, 0, 0));
+    answerLength = 1024;
+    EXPECT_HR(E_FAIL, pipe.Get(nullptr, 59, 1, 0, 0, 0, 0));
+}
+
+TEST_F(FirmwareCommandPipeTest, RefusalsAndFailuresAreReported)
+{
+    BYTE buffer[4] = {9, 9, 9, 9};
+    echoError = 1;
+    EXPECT_HR(E_FAIL, pipe.Set(1, nullptr, 0, 0, 0, 0, 0));
+    EXPECT_HR(E_FAIL, pipe.Get(buffer, 1, 4, 0x55, 0, 0, 0));
+    echoError = 0;
+    getResult = E_ACCESSDENIED;
+    EXPECT_HR(E_ACCESSDENIED, pipe.Set(1, nullptr, 0, 0, 0, 0, 0));
+    setResult = HRESULT_FROM_WIN32(ERROR_GEN_FAILURE);
+    EXPECT_HR(setResult, pipe.Get(buffer, 1, 4, 0x55, 0, 0, 0));
+    EXPECT_EQ(FilterCall::Kind::Property, filter->Calls().back().kind);
+    EXPECT_EQ(KSPROPERTY_TYPE_SET, filter->Calls().back().request.Property.Flags); // no read after a failed write
+    EXPECT_EQ(9, buffer[0]);
+    FirmwareCommandPipe unconnected(nullptr, kSet, kControl, "unconnected");
+    EXPECT_HR(E_POINTER, unconnected.Set(1, nullptr, 0, 0, 0, 0, 0));
+}
+
+TEST_F(FirmwareCommandPipeTest, EveryAnswerBelongsToItsCommandUnderEightThreads)
+{
+    constexpr int kRounds = 500;
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (ULONG number = 1; number <= 8; ++number)
+    {
+        threads.emplace_back([&, number] {
+            for (int round = 0; round < kRounds; ++round)
+            {
+                BYTE buffer[8] = {};
+                const ULONG mark = (number << 4 | static_cast<ULONG>(round & 0xF)) & 0xFF;
+                const bool read = (round + static_cast<int>(number)) % 3 != 0;
+                const HRESULT result = read ? pipe.Get(buffer, number, sizeof(buffer), mark, 0, 0, 0)
+                                            : pipe.Set(number, buffer, sizeof(buffer), mark, 0, 0, 0);
+                wrong += FAILED(result) || (read && (buffer[0] != mark || buffer[7] != mark));
+            }
+        });
+    }
+    for (auto &thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_EQ(0, wrong);
+    EXPECT_EQ(8u * kRounds * 2, filter->Calls().size());
+}

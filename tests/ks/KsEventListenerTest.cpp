@@ -1,0 +1,346 @@
+#include "ks/KsEventListener.h"
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+#include "tests/ks/FakeFilter.h"
+#include "tests/support/HandleCount.h"
+#include "tests/support/Expect.h"
+
+using namespace mft_core;
+using namespace tarn_test;
+using user_space_frameworks::MakeCom;
+using user_space_frameworks::UniqueHandle;
+
+namespace
+{
+
+constexpr ULONG kAutoUpdate = 1;
+
+class CountingObserver : public KsEventsObserver
+{
+  public:
+    CountingObserver() : KsEventsObserver("counting observer") {}
+    void OnEvent() override
+    {
+        ++events;
+        if (hold)
+        {
+            WaitForSingleObject(hold.Get(), 5000);
+        }
+    }
+
+    std::atomic<int> events{0};
+    UniqueHandle hold; // the notification stays under way until it is signalled
+};
+
+// Signals like a camera: through its own duplicate of the handle, from enable to disable.
+class EventCamera
+{
+  public:
+    EventCamera()
+    {
+        filter->answer = [this](const FilterCall &call) { return Serve(call); };
+    }
+    void Signal()
+    {
+        const std::scoped_lock guard(mutex);
+        if (handle)
+        {
+            SetEvent(handle.Get());
+        }
+    }
+    bool Enabled()
+    {
+        const std::scoped_lock guard(mutex);
+        return static_cast<bool>(handle);
+    }
+
+    ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
+    std::atomic<HRESULT> enableResult{S_OK};
+    std::atomic<HRESULT> disableResult{S_OK};
+    std::function<void()> duringEnable;
+
+  private:
+    HRESULT Serve(const FilterCall &call)
+    {
+        auto *data = static_cast<KSEVENTDATA *>(call.data);
+        const std::scoped_lock guard(mutex);
+        if (!call.hasIdentifier)
+        {
+            EXPECT_EQ(subscriber, data); // the address is how the filter knows the subscription
+            handle.Reset();
+            return disableResult;
+        }
+        EXPECT_TRUE(IsEqualGUID(KSEVENTSETID_VIDCAPTOSTI, call.request.Property.Set));
+        EXPECT_EQ(kAutoUpdate, call.request.Property.Id);
+        EXPECT_EQ(KSEVENT_TYPE_ENABLE, call.request.Property.Flags);
+        EXPECT_EQ(24u, call.requestLength);
+        EXPECT_EQ(32u, call.dataLength);
+        EXPECT_EQ(KSEVENTF_EVENT_HANDLE, data->NotificationType);
+        if (duringEnable)
+        {
+            duringEnable();
+        }
+        if (FAILED(enableResult))
+        {
+            return enableResult;
+        }
+        EXPECT_FALSE(handle);
+        subscriber = data;
+        return DuplicateHandle(GetCurrentProcess(), data->EventHandle.Event, GetCurrentProcess(),
+                               handle.ReleaseAndGetAddressOf(), 0, FALSE, DUPLICATE_SAME_ACCESS)
+                   ? S_OK
+                   : E_FAIL;
+    }
+
+    std::mutex mutex;
+    UniqueHandle handle;
+    KSEVENTDATA *subscriber = nullptr;
+};
+
+// Waits that fail as the test says, or are never answered.
+class FaultyWait : public WaitWorkItemWrapper
+{
+  public:
+    HRESULT WaitAsync(HANDLE, IMFAsyncResult *result, IMFAsyncCallback *) override
+    {
+        EXPECT_HR(S_OK, result->GetStatus());
+        pending = result;
+        return waitResult;
+    }
+    HRESULT Cancel() override
+    {
+        return cancelResult;
+    }
+
+    HRESULT waitResult = S_OK;
+    HRESULT cancelResult = S_OK;
+    ComPtr<IMFAsyncResult> pending;
+};
+
+class KsEventListenerTest : public testing::Test
+{
+  protected:
+    ~KsEventListenerTest() override
+    {
+        EXPECT_HR(S_OK, listener->Uninit());
+        EXPECT_FALSE(camera.Enabled());
+        // The platform drops its references a moment after the callback.
+        EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(listener) == 1; }));
+        EXPECT_REFS(camera.filter, 1);
+    }
+    void UseFaultyWait(DWORD stopTimeoutMs)
+    {
+        auto wrapper = std::make_unique<FaultyWait>();
+        wait = wrapper.get();
+        listener = MakeCom<KsEventListener>(KSEVENTSETID_VIDCAPTOSTI, kAutoUpdate, "faulty", stopTimeoutMs,
+                                            std::move(wrapper));
+        ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    }
+    // Runs the callback of the pending wait as the platform would.
+    HRESULT Answer(HRESULT status)
+    {
+        const ComPtr<IMFAsyncResult> result = std::move(wait->pending);
+        result->SetStatus(status);
+        return listener->Invoke(result.Get());
+    }
+
+    EventCamera camera;
+    ComPtr<KsEventListener> listener =
+        MakeCom<KsEventListener>(KSEVENTSETID_VIDCAPTOSTI, kAutoUpdate, "auto-update listener");
+    std::shared_ptr<CountingObserver> observer = std::make_shared<CountingObserver>();
+    FaultyWait *wait = nullptr; // belongs to the listener
+};
+
+} // namespace
+
+TEST_F(KsEventListenerTest, EachStateTakesWhatItCan)
+{
+    EXPECT_HR(E_OUTOFMEMORY, listener->Start());
+    EXPECT_HR(S_OK, listener->Stop());
+    EXPECT_HR(S_OK, listener->Uninit());
+    EXPECT_HR(E_POINTER, listener->Init(nullptr));
+    EXPECT_HR(E_NOTIMPL, listener->GetParameters(nullptr, nullptr));
+    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    EXPECT_HR(E_UNEXPECTED, listener->Init(camera.filter.Get()));
+    EXPECT_HR(S_OK, listener->Stop());
+    EXPECT_HR(E_POINTER, listener->Invoke(nullptr));
+
+    for (int round = 0; round < 3; ++round)
+    {
+        ASSERT_HR(S_OK, listener->Start());
+        EXPECT_TRUE(camera.Enabled());
+        EXPECT_HR(E_UNEXPECTED, listener->Start());
+        EXPECT_HR(S_OK, listener->Stop());
+        EXPECT_FALSE(camera.Enabled());
+        EXPECT_HR(S_OK, listener->Stop());
+    }
+    ASSERT_HR(S_OK, listener->Uninit());
+    EXPECT_HR(E_OUTOFMEMORY, listener->Start());
+    ASSERT_HR(S_OK, listener->Init(camera.filter.Get())); // and the fixture ends it from a running state
+    ASSERT_HR(S_OK, listener->Start());
+}
+
+TEST_F(KsEventListenerTest, EverySignalReachesEveryObserverOnce)
+{
+    const auto second = std::make_shared<CountingObserver>();
+    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
+    ASSERT_HR(S_OK, listener->RegisterObserver(second));
+    EXPECT_HR(E_INVALIDARG, listener->RegisterObserver(nullptr));
+    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    for (int run = 0; run < 2; ++run) // the second run's wait must not look cancelled
+    {
+        ASSERT_HR(S_OK, listener->Start());
+        for (int signal = 1; signal <= 20; ++signal)
+        {
+            camera.Signal();
+            ASSERT_TRUE(WaitUntil([&] { return second->events == run * 20 + signal; }));
+        }
+        ASSERT_HR(S_OK, listener->Stop());
+    }
+    EXPECT_EQ(40, observer->events);
+
+    ASSERT_HR(S_OK, listener->UnregisterObserver(observer));
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), listener->UnregisterObserver(observer));
+    ASSERT_HR(S_OK, listener->Start());
+    camera.Signal();
+    EXPECT_TRUE(WaitUntil([&] { return second->events == 41; }));
+    EXPECT_EQ(40, observer->events);
+}
+
+TEST_F(KsEventListenerTest, StopWaitsForTheNotificationUnderWay)
+{
+    observer->hold.Reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
+    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    ASSERT_HR(S_OK, listener->Start());
+    camera.Signal();
+    ASSERT_TRUE(WaitUntil([&] { return observer->events == 1; }));
+
+    std::atomic<int> stopped{0};
+    const auto stop = [&] { stopped += listener->Stop() == S_OK; };
+    std::thread first(stop);
+    std::thread second(stop); // two stops, one completion
+    camera.Signal();
+    EXPECT_FALSE(WaitUntil([&] { return stopped > 0; }, std::chrono::milliseconds(50)));
+    EXPECT_HR(E_UNEXPECTED, listener->Start());
+    SetEvent(observer->hold.Get());
+    first.join();
+    second.join();
+    EXPECT_EQ(2, stopped);
+    EXPECT_EQ(1, observer->events); // what was signalled while it stopped is dropped
+    ASSERT_HR(S_OK, listener->Start());
+    EXPECT_EQ(1, observer->events);
+}
+
+TEST_F(KsEventListenerTest, ThousandCyclesWithSignalsFromAnotherThread)
+{
+    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
+    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    const auto cycles = [&](int count) {
+        std::atomic<bool> done{false};
+        std::thread signals([&] {
+            while (!done)
+            {
+                camera.Signal();
+                std::this_thread::yield();
+            }
+        });
+        for (int cycle = 0; cycle < count && !HasFailure(); ++cycle)
+        {
+            ASSERT_HR(S_OK, listener->Start());
+            ASSERT_HR(S_OK, listener->Stop());
+        }
+        done = true;
+        signals.join();
+    };
+    cycles(10); // the platform makes its threads
+    const int before = CountHandles();
+    cycles(1000);
+    // The platform's pool grows and shrinks by a few threads; a handle left by each cycle would be a thousand.
+    EXPECT_LT(CountHandles() - before, 50);
+    EXPECT_GT(observer->events, 0);
+}
+
+TEST_F(KsEventListenerTest, ReleasedByItsOwnerWhileACancelledWaitIsUnderWay)
+{
+    for (int round = 0; round < 200; ++round)
+    {
+        const auto shortLived = MakeCom<KsEventListener>(KSEVENTSETID_VIDCAPTOSTI, kAutoUpdate, "short-lived");
+        ASSERT_HR(S_OK, shortLived->Init(camera.filter.Get()));
+        ASSERT_HR(S_OK, shortLived->Start());
+        camera.Signal();
+        ASSERT_HR(S_OK, shortLived->Uninit());
+    } // nothing left alive: checked after every test
+}
+
+TEST_F(KsEventListenerTest, StopThatTimesOutCanBeRepeated)
+{
+    UseFaultyWait(20);
+    ASSERT_HR(S_OK, listener->Start());
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Stop());
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Stop());
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Uninit());
+    EXPECT_HR(E_UNEXPECTED, listener->Start());
+    EXPECT_TRUE(camera.Enabled()); // and nothing was given up
+
+    EXPECT_HR(S_OK, Answer(MF_E_OPERATION_CANCELLED));
+    EXPECT_FALSE(camera.Enabled());
+    EXPECT_HR(S_OK, listener->Stop());
+    ASSERT_HR(S_OK, listener->Start());
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Stop()); // not the late completion of the first
+    EXPECT_HR(S_OK, Answer(MF_E_OPERATION_CANCELLED));
+}
+
+TEST_F(KsEventListenerTest, FailuresOfWaitAndCameraLeaveItStartable)
+{
+    UseFaultyWait(20);
+    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
+    camera.enableResult = E_ACCESSDENIED;
+    EXPECT_HR(E_ACCESSDENIED, listener->Start());
+    camera.enableResult = S_OK;
+    wait->waitResult = MF_E_SHUTDOWN;
+    EXPECT_HR(MF_E_SHUTDOWN, listener->Start());
+    EXPECT_FALSE(camera.Enabled());
+    wait->pending.Reset();
+
+    wait->waitResult = S_OK;
+    ASSERT_HR(S_OK, listener->Start());
+    wait->cancelResult = E_ACCESSDENIED;
+    EXPECT_HR(E_ACCESSDENIED, listener->Stop()); // still runs
+    EXPECT_HR(S_OK, Answer(S_OK));
+    EXPECT_EQ(1, observer->events);
+    wait->cancelResult = MF_E_NOT_FOUND; // the callback is on its way
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Stop());
+    camera.disableResult = E_FAIL;
+    EXPECT_HR(S_OK, Answer(S_OK));
+    EXPECT_EQ(2, observer->events);
+    EXPECT_HR(S_OK, listener->Stop());
+
+    ASSERT_HR(S_OK, listener->Start());
+    wait->waitResult = MF_E_SHUTDOWN;
+    EXPECT_HR(MF_E_SHUTDOWN, Answer(S_OK)); // cannot wait again: it has stopped
+    EXPECT_FALSE(camera.Enabled());
+    const ComPtr<IMFAsyncResult> stray = std::move(wait->pending);
+    EXPECT_HR(E_UNEXPECTED, listener->Invoke(stray.Get()));
+}
+
+TEST_F(KsEventListenerTest, StopDuringStartEndsTheStart)
+{
+    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    std::thread stopping;
+    std::atomic<HRESULT> stopped{E_PENDING};
+    camera.duringEnable = [&] {
+        stopping = std::thread([&] { stopped = listener->Stop(); });
+        WaitUntil([&] { return stopped != E_PENDING; }, std::chrono::milliseconds(50)); // it waits for the start
+        EXPECT_EQ(E_PENDING, stopped);
+    };
+    EXPECT_HR(E_ABORT, listener->Start());
+    stopping.join();
+    EXPECT_HR(S_OK, stopped);
+    EXPECT_FALSE(camera.Enabled());
+    camera.duringEnable = nullptr;
+    EXPECT_HR(S_OK, listener->Start());
+}

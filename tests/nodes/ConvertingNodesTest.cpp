@@ -1,0 +1,192 @@
+// What every converting node promises, whatever it does with the pixels.
+#include "tests/nodes/FrameMemory.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <thread>
+
+#include "device/CropMmTopologyNode.h"
+#include "device/SharpeningTopologyNode.h"
+#include "device/TarnIr10to8TopologyNode.h"
+#include "nodes/Crop16BitTopologyNode.h"
+#include "nodes/ImageResizeTopologyNode.h"
+#include "nodes/SampleCopyTopologyNode.h"
+#include "tests/support/Expect.h"
+#include "tests/utils/TraceLines.h"
+
+using namespace mft_core;
+using namespace tarn_test;
+
+namespace
+{
+
+using NodePtr = std::shared_ptr<ITopologyNode>;
+
+struct NodeCase
+{
+    const char *name;
+    std::size_t neededBytes; // shortest frame that is converted
+    std::size_t outputBytes;
+    NodePtr (*make)(NodePtr successor);
+};
+
+void PrintTo(const NodeCase &nodeCase, std::ostream *stream)
+{
+    *stream << nodeCase.name;
+}
+
+class ConvertingNodesTest : public testing::TestWithParam<NodeCase>
+{
+  protected:
+    static ComPtr<IMFSample> Frame(std::size_t bytes, unsigned seed = 1)
+    {
+        Bytes content = AsBytes(RandomPixels(bytes / 2 + 1, seed));
+        content.resize(bytes);
+        return MakeFrame(content);
+    }
+
+    std::shared_ptr<CollectingNode> end = std::make_shared<CollectingNode>();
+    NodePtr node = GetParam().make(end);
+};
+
+TEST_P(ConvertingNodesTest, OutputCarriesTheFrameAndTheInputStaysAsItWas)
+{
+    const auto input = Frame(GetParam().neededBytes);
+    const Bytes before = BytesOf(input.Get());
+    ComPtr<IMFMediaBuffer> buffer;
+    input->GetBufferByIndex(0, &buffer);
+
+    node->Process(input.Get());
+
+    ASSERT_EQ(1u, end->samples.size());
+    ExpectFrameProperties(end->samples[0].Get());
+    EXPECT_EQ(GetParam().outputBytes, BytesOf(end->samples[0].Get()).size());
+    EXPECT_REFS(end->samples[0], 1);
+    EXPECT_REFS(input, 1);
+    EXPECT_REFS(buffer, 2);
+    EXPECT_EQ(before, BytesOf(input.Get()));
+}
+
+TEST_P(ConvertingNodesTest, FrameThatIsTooShortIsDropped)
+{
+    const std::size_t needed = GetParam().neededBytes;
+    for (const std::size_t length : {std::size_t{0}, std::size_t{1}, std::size_t{2}, needed / 2, needed - 1})
+    {
+        if (length >= needed)
+        {
+            continue;
+        }
+        const TraceLines trace(mft_utils::TraceLevel::Error);
+        node->Process(Frame(length).Get());
+
+        ASSERT_TRUE(end->samples.empty()) << length;
+        const auto texts = trace.Texts();
+        EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const std::string &text) {
+            return text.find("Failed to convert output sample") != std::string::npos;
+        })) << length;
+    }
+    node->Process(Frame(needed + 1).Get());
+    EXPECT_EQ(1u, end->samples.size());
+}
+
+TEST_P(ConvertingNodesTest, SampleWithoutABufferIsDropped)
+{
+    ComPtr<IMFSample> sample;
+    ASSERT_HR(S_OK, MFCreateSample(&sample));
+    node->Process(sample.Get());
+    EXPECT_HR(E_POINTER, node->ProcessSample(nullptr));
+    EXPECT_TRUE(end->samples.empty());
+}
+
+TEST_P(ConvertingNodesTest, EachFailingCallDropsTheFrameAndTheNextOneIsConverted)
+{
+    const auto input = Frame(GetParam().neededBytes);
+    int call = 1;
+    for (bool failed = true; failed; ++call)
+    {
+        ASSERT_LT(call, 20);
+        const FailingCall failing(call);
+        node->Process(input.Get());
+        failed = failing.HasFailed();
+        EXPECT_EQ(failed ? 0u : 1u, end->samples.size()) << "call " << call;
+        EXPECT_REFS(input, 1);
+    }
+    EXPECT_EQ(5 + 2, call) << "sample, input lock, memory, length, output lock, then the run that passes";
+}
+
+TEST_P(ConvertingNodesTest, WithoutANextNodeTheFrameEndsInAnOutOfRangeFailure)
+{
+    const NodePtr last = GetParam().make(nullptr);
+    const auto input = Frame(GetParam().neededBytes);
+    try
+    {
+        last->ProcessSample(input.Get());
+        ADD_FAILURE() << "nothing thrown";
+    }
+    catch (const std::out_of_range &error)
+    {
+        EXPECT_STREQ("invalid vector<T> subscript", error.what());
+    }
+    last->Process(input.Get());
+    EXPECT_REFS(input, 1);
+}
+
+TEST_P(ConvertingNodesTest, FramesOnSeveralThreadsDoNotMix)
+{
+    constexpr unsigned kThreads = 4;
+    constexpr int kRounds = 20;
+    std::vector<ComPtr<IMFSample>> inputs;
+    std::vector<Bytes> expected;
+    for (unsigned i = 0; i < kThreads; ++i)
+    {
+        inputs.push_back(Frame(GetParam().neededBytes, i));
+        inputs[i]->SetSampleTime(i);
+        node->Process(inputs[i].Get());
+        expected.push_back(BytesOf(end->samples[i].Get()));
+    }
+    end->samples.clear();
+
+    std::vector<std::thread> threads;
+    for (const auto &input : inputs)
+    {
+        threads.emplace_back([&] {
+            for (int round = 0; round < kRounds; ++round)
+            {
+                node->Process(input.Get());
+            }
+        });
+    }
+    for (auto &thread : threads)
+    {
+        thread.join();
+    }
+
+    ASSERT_EQ(kThreads * kRounds, end->samples.size());
+    for (const auto &sample : end->samples)
+    {
+        LONGLONG index = 0;
+        sample->GetSampleTime(&index);
+        ASSERT_EQ(expected[static_cast<std::size_t>(index)], BytesOf(sample.Get()));
+    }
+}
+
+constexpr NodeCase kCases[] = {
+    {"SampleCopy", 2, 1,
+     [](NodePtr next) -> NodePtr { return std::make_shared<SampleCopyTopologyNode>(next, 0.5, 0.5, "Copy"); }},
+    // What is read ends at the last pixel of the rectangle.
+    {"Crop16Bit", 2 * (41 * 28 + 39), 2 * 37 * 27,
+     [](NodePtr next) -> NodePtr { return std::make_shared<Crop16BitTopologyNode>(next, 41, 32, 37, 27); }},
+    {"ImageResize", 2 * 67 * 45, 2 * 93 * 31,
+     [](NodePtr next) -> NodePtr { return std::make_shared<ImageResizeTopologyNode>(next, 67, 45, 93, 31); }},
+    {"TarnIr10to8", 2 * 33 * 17, 33 * 17,
+     [](NodePtr next) -> NodePtr { return std::make_shared<TarnIr10to8TopologyNode>(next, 33, 17, 0); }},
+    {"CropMm", 2 * 45 * 39, 2 * 45 * 39,
+     [](NodePtr next) -> NodePtr { return std::make_shared<CropMmTopologyNode>(next, 45, 39, 37, 37); }},
+    {"Sharpening", 2 * 53 * 31, 2 * 53 * 31,
+     [](NodePtr next) -> NodePtr { return std::make_shared<SharpeningTopologyNode>(next, 53, 31); }},
+};
+
+INSTANTIATE_TEST_SUITE_P(Nodes, ConvertingNodesTest, testing::ValuesIn(kCases),
+                         [](const testing::TestParamInfo<NodeCase> &instance) { return instance.param.name; });
+
+} // namespace

@@ -1,0 +1,239 @@
+// Nodes that work on the sample they are given.
+#include "tests/nodes/FrameMemory.h"
+
+#include "platform/CameraAttributes.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include <tarn/frame_metadata.h>
+#include <tarn/tarn_dmft.h>
+
+#include "device/TarnConfidenceMapTopologyNode.h"
+#include "device/TarnIrIlluminationTopologyNode.h"
+#include "nodes/DepthRangeTopologyNode.h"
+#include "nodes/ImageThresholdTopologyNode.h"
+#include "tests/support/Expect.h"
+#include "utils/ComException.h"
+
+using namespace mft_core;
+using namespace tarn_test;
+
+namespace
+{
+
+class InPlaceNodesTest : public testing::Test
+{
+  protected:
+    // Expects that the very sample was handed on and that nothing else holds it.
+    void ExpectHandedOn(const ComPtr<IMFSample> &sample)
+    {
+        ASSERT_EQ(1u, end->samples.size());
+        EXPECT_EQ(sample.Get(), end->samples[0].Get());
+        end->samples.clear();
+        EXPECT_REFS(sample, 1);
+        ExpectFrameProperties(sample.Get());
+    }
+
+    std::shared_ptr<CollectingNode> end = std::make_shared<CollectingNode>();
+};
+
+TEST_F(InPlaceNodesTest, ThresholdClampsFromAboveAndTakesShortFramesAsTheyAre)
+{
+    ImageThresholdTopologyNode node(end, 4, 1, 1000);
+    const auto frame = MakeFrame(Pixels{999, 1000, 65535, 0, 2000});
+    node.Process(frame.Get());
+    ExpectHandedOn(frame);
+    EXPECT_EQ((Pixels{999, 1000, 1000, 0, 2000}), PixelsOf(frame.Get())) << "what lies behind the frame is not touched";
+
+    for (const std::size_t length : {0u, 1u, 4u, 7u})
+    {
+        const Bytes bytes(length, 0xFF);
+        const auto shortFrame = MakeFrame(bytes);
+        node.Process(shortFrame.Get());
+        ExpectHandedOn(shortFrame);
+        EXPECT_EQ(bytes, BytesOf(shortFrame.Get()));
+    }
+    const auto unlockable = MakeFrame(Pixels{1, 2, 3, 4});
+    {
+        const FailingCall failing(1);
+        node.Process(unlockable.Get());
+        EXPECT_TRUE(failing.HasFailed());
+    }
+    ExpectHandedOn(unlockable);
+}
+
+class ConfidenceTest : public InPlaceNodesTest
+{
+  protected:
+    static constexpr std::size_t kPixels = 4 * 3;
+
+    // Confidence bytes, the rest of their plane, then depth.
+    ComPtr<IMFSample> Frame() const
+    {
+        return MakeFrame(content);
+    }
+    static Bytes Map(IMFSample *sample)
+    {
+        UINT32 size = 0;
+        if (FAILED(sample->GetBlobSize(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, &size)))
+        {
+            return {};
+        }
+        Bytes map(size);
+        EXPECT_HR(S_OK, sample->GetBlob(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, map.data(), size, nullptr));
+        return map;
+    }
+    void Enable() const
+    {
+        KSPROPERTY property{};
+        property.Flags = KSPROPERTY_TYPE_SET;
+        KSPROPERTY_TARN_CONFIDENCE_MAP_CFG enable{1};
+        ULONG returned = 0;
+        ASSERT_HR(S_OK, config->Run(&property, sizeof(property), &enable, sizeof(enable), &returned));
+    }
+    void ExpectDepthInFront(IMFSample *sample) const
+    {
+        const Bytes bytes = BytesOf(sample);
+        ASSERT_EQ(content.size(), bytes.size());
+        EXPECT_TRUE(std::equal(content.begin() + 2 * kPixels, content.end(), bytes.begin()));
+        EXPECT_TRUE(std::equal(content.begin() + 2 * kPixels, content.end(), bytes.begin() + 2 * kPixels));
+    }
+
+    const Bytes content = [] {
+        Bytes bytes = AsBytes(RandomPixels(2 * kPixels));
+        const BYTE confidence[kPixels] = {0, 15, 22, 23, 30, 31, 134, 135, 142, 143, 254, 255};
+        std::copy(std::begin(confidence), std::end(confidence), bytes.begin());
+        return bytes;
+    }();
+    const std::shared_ptr<TarnConfidenceMapConfig> config =
+        std::make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
+    TarnConfidenceMapTopologyNode node{end, 4, 3, config};
+};
+
+TEST_F(ConfidenceTest, EnabledMapSpansTheWholePlaneAndDepthMovesToTheFront)
+{
+    Enable();
+    const auto frame = Frame();
+    node.Process(frame.Get());
+
+    ExpectHandedOn(frame);
+    Bytes expected{0, 0, 0, 1, 1, 2, 14, 15, 15, 15, 15, 15};
+    expected.insert(expected.end(), content.begin() + kPixels, content.begin() + 2 * kPixels);
+    EXPECT_EQ(expected, Map(frame.Get()));
+    ExpectDepthInFront(frame.Get());
+}
+
+TEST_F(ConfidenceTest, DisabledMapLeavesDepthInFrontAndNoBlob)
+{
+    const auto frame = Frame();
+    node.Process(frame.Get());
+    ExpectHandedOn(frame);
+    EXPECT_EQ(Bytes{}, Map(frame.Get()));
+    ExpectDepthInFront(frame.Get());
+}
+
+TEST_F(ConfidenceTest, CameraSuppressesTheMapByItsFlagAlone)
+{
+    Enable();
+    Bytes record(sizeof(TARN_FRAME_METADATA), 0xFF);
+    for (const bool suppressed : {true, false})
+    {
+        record[5] = suppressed ? 0x01 : 0xFE;
+        const auto frame = Frame();
+        AttachMetadata(frame.Get(), Item(TARN_FRAME_METADATA_ITEM_ID, record));
+        node.Process(frame.Get());
+        EXPECT_EQ(suppressed, Map(frame.Get()).empty());
+        ExpectDepthInFront(frame.Get());
+    }
+    // A record that ends before the flag suppresses nothing.
+    const auto frame = Frame();
+    auto items = Item(TARN_FRAME_METADATA_ITEM_ID, {});
+    AttachMetadata(frame.Get(), items);
+    node.Process(frame.Get());
+    EXPECT_FALSE(Map(frame.Get()).empty());
+}
+
+TEST_F(ConfidenceTest, FrameOneByteShortStaysAndALockFailureDrops)
+{
+    Enable();
+    for (const std::size_t length : {std::size_t{0}, kPixels, 2 * kPixels, 4 * kPixels - 1})
+    {
+        const Bytes bytes(content.begin(), content.begin() + static_cast<std::ptrdiff_t>(length));
+        const auto frame = MakeFrame(bytes);
+        node.Process(frame.Get());
+        ExpectHandedOn(frame);
+        EXPECT_EQ(bytes, BytesOf(frame.Get()));
+        EXPECT_EQ(Bytes{}, Map(frame.Get()));
+    }
+    const auto frame = Frame();
+    const FailingCall failing(1);
+    node.Process(frame.Get());
+    EXPECT_TRUE(end->samples.empty());
+    EXPECT_REFS(frame, 1);
+}
+
+TEST_F(InPlaceNodesTest, IlluminationIsByte48OfTheRecordWhereThereIsOne)
+{
+    TarnIrIlluminationTopologyNode node(end);
+    Bytes record(sizeof(TARN_FRAME_METADATA), 0xFF);
+    record[48] = 0x81;
+    UINT64 illumination = 0;
+
+    const auto frame = MakeFrame(Bytes(4));
+    const auto store = AttachMetadata(frame.Get(), Item(TARN_FRAME_METADATA_ITEM_ID, record));
+    node.Process(frame.Get());
+    ExpectHandedOn(frame);
+    EXPECT_HR(S_OK, store->GetUINT64(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, &illumination));
+    EXPECT_EQ(0x81u, illumination);
+
+    record.resize(48);
+    const auto shortRecord = MakeFrame(Bytes(4));
+    const auto shortStore = AttachMetadata(shortRecord.Get(), Item(TARN_FRAME_METADATA_ITEM_ID, record));
+    node.Process(shortRecord.Get());
+    ExpectHandedOn(shortRecord);
+    EXPECT_HR(MF_E_ATTRIBUTENOTFOUND, shortStore->GetItem(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, nullptr));
+
+    const auto bare = MakeFrame(Bytes(4));
+    node.Process(bare.Get());
+    ExpectHandedOn(bare);
+}
+
+TEST_F(InPlaceNodesTest, DepthRangeIsInPixelUnits)
+{
+    struct Case
+    {
+        UINT64 unit;
+        UINT32 minDepth, maxDepth, minimum, maximum;
+    };
+    for (const Case &values :
+         {Case{1000, 2, 3, 20000, 30000}, Case{3, 1, 2, 3333333, 6666666}, Case{125000, 20, 150, 1600, 12000}})
+    {
+        ComPtr<IMFAttributes> attributes;
+        ASSERT_HR(S_OK, MFCreateAttributes(&attributes, 1));
+        ASSERT_HR(S_OK, attributes->SetUINT64(MF_MT_DEPTH_VALUE_UNIT, values.unit));
+        DepthRangeTopologyNode node(end, attributes.Get(), values.minDepth, values.maxDepth);
+        const auto frame = MakeFrame(Bytes(4));
+        node.Process(frame.Get());
+        ExpectHandedOn(frame);
+
+        UINT32 minimum = 0;
+        UINT32 maximum = 0;
+        EXPECT_HR(S_OK, frame->GetUINT32(MFSampleExtension_Depth_MinReliableDepth, &minimum));
+        EXPECT_HR(S_OK, frame->GetUINT32(MFSampleExtension_Depth_MaxReliableDepth, &maximum));
+        EXPECT_EQ(values.minimum, minimum);
+        EXPECT_EQ(values.maximum, maximum);
+    }
+}
+
+TEST_F(InPlaceNodesTest, DepthRangeNeedsAUnit)
+{
+    ComPtr<IMFAttributes> attributes;
+    ASSERT_HR(S_OK, MFCreateAttributes(&attributes, 1));
+    EXPECT_THROW(DepthRangeTopologyNode(end, attributes.Get(), 20, 150), mft_utils::ComException);
+    EXPECT_THROW(DepthRangeTopologyNode(end, nullptr, 20, 150), mft_utils::ComException);
+    ASSERT_HR(S_OK, attributes->SetUINT64(MF_MT_DEPTH_VALUE_UNIT, 0));
+    EXPECT_THROW(DepthRangeTopologyNode(end, attributes.Get(), 20, 150), std::invalid_argument);
+}
+
+} // namespace

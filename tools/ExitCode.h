@@ -1,0 +1,39 @@
+// How a tarn-host command can fail, and what the process then returns.
+#pragma once
+
+#include <windows.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace tarn_host
+{
+
+// Listed in --help; scripts rely on them.
+enum class ExitCode : int
+{
+    Success = 0,
+    Failure = 1, // Something went wrong while running, or frames were lost or reordered.
+    Usage = 2    // A wrong option, or an input that is missing or unreadable.
+};
+
+// What the user asked for cannot be done. Ends the program with ExitCode::Usage and one line.
+class UsageError : public std::runtime_error
+{
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// A step failed at run time. Ends the program with ExitCode::Failure and one line.
+class HostError : public std::runtime_error
+{
+  public:
+    using std::runtime_error::runtime_error;
+    // `what` says which step; the result is appended in hexadecimal.
+    HostError(const std::string &what, HRESULT result);
+};
+
+// Throws HostError naming the step when `result` is a failure.
+void ThrowIfFailed(HRESULT result, const char *step);
+
+} // namespace tarn_host

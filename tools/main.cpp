@@ -1,0 +1,31 @@
+// tarn-host: plays the frame server for the Tarn device transforms.
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/CommandLine.h"
+#include "tools/NodeCommand.h"
+#include "tools/StreamCommand.h"
+#include "tools/Text.h"
+
+int wmain(int argumentCount, wchar_t **arguments)
+{
+    // What scripts read must not be given carriage returns.
+    _setmode(_fileno(stdout), _O_BINARY);
+
+    std::vector<std::string> texts;
+    for (int i = 1; i < argumentCount; ++i)
+    {
+        texts.push_back(tarn_host::Narrow(arguments[i]));
+    }
+    std::vector<std::unique_ptr<tarn_host::Command>> commands;
+    commands.push_back(std::make_unique<tarn_host::StreamCommand>());
+    commands.push_back(std::make_unique<tarn_host::NodeCommand>());
+    const auto code = tarn_host::CommandLine(std::move(commands)).Run(std::move(texts), std::cout, std::cerr);
+    return static_cast<int>(code);
+}
