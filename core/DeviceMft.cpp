@@ -83,6 +83,10 @@ HRESULT DeviceMft::QueryInterface(REFIID iid, void **object)
     {
         *object = static_cast<IKsControl *>(this);
     }
+    else if (IsEqualGUID(iid, __uuidof(IMarshal)))
+    {
+        return marshaler.Query(static_cast<IMFDeviceTransform *>(this), object);
+    }
     else
     {
         return E_NOINTERFACE;

@@ -17,6 +17,7 @@
 #include "ks/ExtensionUnitKsControl.h"
 #include "ks/KsControlsDispatcher.h"
 #include "ks/KsEventListener.h"
+#include "utils/FreeThreadedMarshaler.h"
 
 namespace mft_core
 {
@@ -138,6 +139,7 @@ class DeviceMft : public IMFDeviceTransform,
 
     const ULONG deviceXuKnownControl;
     std::atomic<ULONG> references{1};
+    user_space_frameworks::FreeThreadedMarshaler marshaler;
     std::atomic<bool> initializationBegun{false};
 };
 

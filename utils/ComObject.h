@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include "utils/FreeThreadedMarshaler.h"
 #include "utils/TakeReference.h"
 
 namespace user_space_frameworks
@@ -36,7 +37,7 @@ class ComObject : public Primary, public Others...
         }
         else if (IsEqualGUID(iid, __uuidof(IMarshal)))
         {
-            return QueryMarshaler(object);
+            return marshaler.Query(static_cast<Primary *>(this), object);
         }
         else if (!(TryInterface<Others>(iid, object) || ...))
         {
@@ -63,13 +64,7 @@ class ComObject : public Primary, public Others...
 
   protected:
     ComObject() = default;
-    virtual ~ComObject()
-    {
-        if (IUnknown *inner = marshaler.load(std::memory_order_acquire))
-        {
-            inner->Release();
-        }
-    }
+    virtual ~ComObject() = default;
     ComObject(const ComObject &) = delete;
     ComObject &operator=(const ComObject &) = delete;
 
@@ -91,32 +86,8 @@ class ComObject : public Primary, public Others...
         return true;
     }
 
-    // Apartments that marshal pointers by the book get the same direct pointer through the free-threaded marshaler.
-    HRESULT QueryMarshaler(void **object) noexcept
-    {
-        IUnknown *inner = marshaler.load(std::memory_order_acquire);
-        if (inner == nullptr)
-        {
-            IUnknown *made = nullptr;
-            const HRESULT result = CoCreateFreeThreadedMarshaler(static_cast<Primary *>(this), &made);
-            if (FAILED(result))
-            {
-                return result;
-            }
-            if (marshaler.compare_exchange_strong(inner, made, std::memory_order_acq_rel))
-            {
-                inner = made;
-            }
-            else
-            {
-                made->Release(); // another thread was first
-            }
-        }
-        return inner->QueryInterface(__uuidof(IMarshal), object);
-    }
-
     std::atomic<ULONG> references{1};
-    std::atomic<IUnknown *> marshaler{nullptr}; // holds no reference on this object
+    FreeThreadedMarshaler marshaler; // apartments that marshal by the book get the same direct pointer
 };
 
 // Creates an object whose only reference is the one returned. Throws what the constructor throws.

@@ -34,7 +34,7 @@ TEST_F(TransformSurfaceTest, EveryInterfaceLeadsBackToOneIdentity)
     const IID interfaces[] = {__uuidof(IMFDeviceTransform), __uuidof(IMFTransform),
                               __uuidof(IMFShutdown),        __uuidof(IMFMediaEventGenerator),
                               __uuidof(IKsControl),         __uuidof(IMFRealTimeClientEx),
-                              __uuidof(IAgileObject)};
+                              __uuidof(IAgileObject),           __uuidof(IMarshal)};
     for (const IID &iid : interfaces)
     {
         ComPtr<IUnknown> face;
