@@ -110,9 +110,12 @@ TEST(AsyncTopologyNodeTest, FlushWaitsForTheRunningSampleAndDropsTheOthers)
         EXPECT_HR(S_OK, node->Flush());
         flushed = true;
     });
-    // Its item has run without handing it on, and the flush has dropped it.
-    ASSERT_TRUE(WaitUntil([&] { return tarn_test::ReferenceCount(waiting) == 1; }));
-    node->Process(MakeSample(3).Get()); // refused while flushing
+    // Refused while flushing; one that came before was dropped with the waiting one.
+    ASSERT_TRUE(WaitUntil([&] {
+        const auto probe = MakeSample(3);
+        node->Process(probe.Get());
+        return tarn_test::ReferenceCount(probe) == 1;
+    }));
     EXPECT_FALSE(flushed);
     gate->Open();
     flusher.join();
