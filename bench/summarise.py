@@ -2,6 +2,7 @@
 """Turns the benchmark's JSON files, one per process, into the tables of docs/performance.md (printed)."""
 import collections
 import json
+import re
 import statistics
 import sys
 
@@ -62,7 +63,9 @@ def main():
         compare_builds(*sys.argv[2:4])
         return
     times, difference = load(sys.argv[1:])
-    tasks = list(dict.fromkeys(name[:2] for name in times))
+    # The runs come in random order.
+    order = sorted(times, key=lambda name: (name[0], int(re.match(r"\d+", name[1]).group()), name[1:]))
+    tasks = list(dict.fromkeys(name[:2] for name in order))
     for temperature in ("hot", "cold"):
         print(f"\n### {temperature.capitalize()} buffers\n")
         print("| kernel | size | SSE4.1 us | AVX2 us | AVX-512 us | best peer us (AVX2; any) | AVX2 ratio | AVX-512 ratio |"
@@ -84,7 +87,7 @@ def main():
                   f"{'; '.join(bounds) or '-'} |")
     print("\n### Every peer, hot (cold), microseconds\n")
     print("| kernel | size | peer | time | largest difference to ours |\n|---|---|---|---|---|")
-    for name in times:
+    for name in order:
         if name[2] == "hot" and not name[3].startswith(("ours", "bound")):
             cold = statistics.median(times[(*name[:2], "cold", name[3])])
             note = "" if difference[name] <= 1 else ", not the same work"
@@ -92,7 +95,7 @@ def main():
                   f"{difference[name]:.0f}{note} |")
     print("\n### With a fresh output buffer per call, microseconds\n")
     print("| kernel | size | set | given buffer | fresh buffer |\n|---|---|---|---|---|")
-    for name in times:
+    for name in order:
         if name[2] == "fresh":
             hot = statistics.median(times[(*name[:2], "hot", name[3])])
             print(f"| {name[0]} | {name[1]} | {name[3][5:]} | {hot:.1f} | {statistics.median(times[name]):.1f} |")

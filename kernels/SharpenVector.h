@@ -1,5 +1,6 @@
 // Sharpening for any vector type, with the scalar version's operations in its order.
-// The last rows of horizontal sums are kept in a ring at the start of the scratch memory instead of a whole frame.
+// Rows go by in bands. A row's horizontal sums are multiplied by each weight once, for all the output rows that they
+// take part in: the sums of the output rows that are not complete yet wait in the scratch memory between bands.
 #pragma once
 
 #include "kernels/PointwiseVector.h"
@@ -9,6 +10,17 @@ namespace mft_kernels
 {
 namespace // NOLINT(google-build-namespaces): internal linkage in every including file is the point
 {
+// Rows of pixels that become floats before columns go down them.
+constexpr std::size_t kSharpenBand = 8;
+// Rows of pixels that are kept: a band's output rows begin before it.
+constexpr std::size_t kSharpenRing = kSharpenBand + kSharpenBorder;
+// Output rows that are begun and not complete.
+constexpr std::size_t kSharpenOpen = kSharpenTaps - 1;
+// Wider frames are done in tiles of so many output columns: what a tile needs stays in the first cache.
+constexpr std::size_t kSharpenTile = 224;
+// Vectors of horizontal sums that are made side by side: one alone would wait for each of its additions.
+constexpr std::size_t kSharpenBlock = 2;
+
 // A number that is a type, for lambdas that need it at compile time.
 template <std::size_t k>
 struct Index
@@ -19,16 +31,12 @@ struct Index
     }
 };
 
-// The last nine rows of sums.
-struct SharpenRing
+struct SharpenScratch
 {
-    float *rows;
+    float *pixels; // kSharpenRing rows, row y of the frame at y % kSharpenRing
+    float *sums;   // a band
+    float *open;   // kSharpenOpen sums for each vector of columns in turn
     std::size_t stride;
-
-    float *Row(std::size_t y) const
-    {
-        return rows + y % kSharpenTaps * stride;
-    }
 };
 } // namespace
 
@@ -39,102 +47,175 @@ struct SharpenRegisters
     typename V::Float amount;
 };
 
-template <typename V, typename TapLoader>
-static inline typename V::Float WeightedSum(const SharpenRegisters<V> &registers, const TapLoader &tap)
+// Sum x of a row is that of the pixels from x to x + 8. Rows are padded to whole blocks.
+template <typename V>
+static inline void SumHorizontally(const SharpenRegisters<V> &registers, const float *pixels, float *sums,
+                                   std::size_t count)
 {
-    auto sum = V::Multiply(registers.weights[0], tap(Index<0>{}));
-    sum = V::Add(sum, V::Multiply(registers.weights[1], tap(Index<1>{})));
-    sum = V::Add(sum, V::Multiply(registers.weights[2], tap(Index<2>{})));
-    sum = V::Add(sum, V::Multiply(registers.weights[3], tap(Index<3>{})));
-    sum = V::Add(sum, V::Multiply(registers.weights[4], tap(Index<4>{})));
-    sum = V::Add(sum, V::Multiply(registers.weights[3], tap(Index<5>{})));
-    sum = V::Add(sum, V::Multiply(registers.weights[2], tap(Index<6>{})));
-    sum = V::Add(sum, V::Multiply(registers.weights[1], tap(Index<7>{})));
-    return V::Add(sum, V::Multiply(registers.weights[0], tap(Index<8>{})));
+    for (std::size_t x = 0; x < count; x += kSharpenBlock * V::kFloats)
+    {
+        typename V::Float sum[kSharpenBlock];
+        typename V::Float here[kSharpenBlock + 1];
+        for (std::size_t j = 0; j <= kSharpenBlock; ++j)
+        {
+            here[j] = V::LoadFloats(pixels + x + j * V::kFloats);
+        }
+        for (std::size_t j = 0; j < kSharpenBlock; ++j)
+        {
+            sum[j] = V::Multiply(registers.weights[0], here[j]);
+        }
+        const auto add = [&](auto weight, auto k) {
+            for (std::size_t j = 0; j < kSharpenBlock; ++j)
+            {
+                const auto tap = V::template Tap<k>(here[j], here[j + 1], pixels + x + j * V::kFloats);
+                sum[j] = V::Add(sum[j], V::Multiply(registers.weights[weight], tap));
+            }
+        };
+        add(Index<1>{}, Index<1>{});
+        add(Index<2>{}, Index<2>{});
+        add(Index<3>{}, Index<3>{});
+        add(Index<4>{}, Index<4>{});
+        add(Index<3>{}, Index<5>{});
+        add(Index<2>{}, Index<6>{});
+        add(Index<1>{}, Index<7>{});
+        add(Index<0>{}, Index<8>{});
+        for (std::size_t j = 0; j < kSharpenBlock; ++j)
+        {
+            V::StoreFloats(sums + x + j * V::kFloats, sum[j]);
+        }
+    }
 }
 
-// Rows start a cache line each unless the scratch memory of so low a frame has no room for that.
-static inline SharpenRing MakeRing(float *scratch, std::size_t width, std::size_t height)
+// Adds a row's part to the output rows it belongs to; returns the vertical sum that this completes.
+template <typename V>
+static inline typename V::Float AddVertically(const SharpenRegisters<V> &registers, typename V::Float sum,
+                                              typename V::Float (&open)[kSharpenOpen])
 {
-    constexpr std::size_t kLine = 64 / sizeof(float);
-    const std::size_t stride = (width + kLine - 1) / kLine * kLine;
-    const std::size_t skip = (64 - reinterpret_cast<std::uintptr_t>(scratch) % 64) % 64 / sizeof(float);
-    if (kSharpenTaps * stride + skip > width * height)
+    const auto part0 = V::Multiply(registers.weights[0], sum);
+    const auto complete = V::Add(open[0], part0);
+    const auto part1 = V::Multiply(registers.weights[1], sum);
+    const auto part2 = V::Multiply(registers.weights[2], sum);
+    const auto part3 = V::Multiply(registers.weights[3], sum);
+    open[0] = V::Add(open[1], part1);
+    open[1] = V::Add(open[2], part2);
+    open[2] = V::Add(open[3], part3);
+    open[3] = V::Add(open[4], V::Multiply(registers.weights[4], sum));
+    open[4] = V::Add(open[5], part3);
+    open[5] = V::Add(open[6], part2);
+    open[6] = V::Add(open[7], part1);
+    open[7] = part0;
+    return complete;
+}
+
+// One vector of columns down the rows of a band: results take the place of the sums. `slot` is the row of pixels that
+// the first one completes. Asks for the rows from `ahead` on.
+template <typename V>
+static inline void SharpenColumn(const SharpenRegisters<V> &registers, const SharpenScratch &scratch, std::size_t x,
+                                 std::size_t slot, std::size_t rows, float *waiting, const std::uint8_t *ahead,
+                                 std::ptrdiff_t aheadStride)
+{
+    typename V::Float open[kSharpenOpen];
+    for (std::size_t k = 0; k < kSharpenOpen; ++k)
     {
-        return {scratch, width};
+        open[k] = V::LoadFloats(waiting + k * V::kFloats);
     }
-    return {scratch + skip, stride};
+    const std::size_t stride = scratch.stride;
+    const float *pixels = scratch.pixels + kSharpenBorder + x;
+    const float *last = pixels + (kSharpenRing - 1) * stride;
+    const float *centre = pixels + slot * stride;
+    float *sums = scratch.sums + x;
+    for (const float *end = sums + rows * stride; sums != end; sums += stride)
+    {
+        Prefetch(ahead);
+        ahead += aheadStride;
+        const auto blurred = AddVertically<V>(registers, V::LoadFloats(sums), open);
+        const auto pixel = V::LoadFloats(centre);
+        V::StoreFloats(sums, V::Add(pixel, V::Multiply(registers.amount, V::Subtract(pixel, blurred))));
+        centre = centre == last ? pixels : centre + stride;
+    }
+    for (std::size_t k = 0; k < kSharpenOpen; ++k)
+    {
+        V::StoreFloats(waiting + k * V::kFloats, open[k]);
+    }
 }
 
 template <typename V>
 static inline void ConvertRow(const std::uint8_t *in, float *pixels, std::size_t width)
 {
-    std::size_t x = 0;
-    for (; x + V::kFloats <= width; x += V::kFloats)
+    for (std::size_t x = 0; x + V::kFloats <= width; x += V::kFloats)
     {
         V::StoreFloats(pixels + x, V::LoadSignedWords(in + 2 * x));
     }
     V::StoreFloats(pixels + width - V::kFloats, V::LoadSignedWords(in + 2 * (width - V::kFloats)));
 }
 
-// Replaces a row of pixels by sums, in place to stay in the first cache: sum x is that of the pixels from x to x + 8.
 template <typename V>
-static inline void SumHorizontally(const SharpenRegisters<V> &registers, float *row, std::size_t width)
+static inline void RoundRow(const float *results, std::uint8_t *out, std::size_t width)
 {
-    const std::size_t innerWidth = width - 2 * kSharpenBorder;
-    const auto sumAt = [&registers, row](std::size_t x) {
-        return WeightedSum<V>(registers, [row, x](auto k) { return V::LoadFloats(row + x + k); });
-    };
-    const auto last = sumAt(innerWidth - V::kFloats);
-    std::size_t x = 0;
-    if constexpr (V::kJoinsRegisters)
+    constexpr std::size_t kStep = 2 * V::kFloats;
+    for (std::size_t x = 0; x + kStep <= width; x += kStep)
     {
-        // Rows are aligned, taps are not: taking some of them from two registers spares loads across cache lines.
-        auto here = V::LoadFloats(row);
-        for (; x + 2 * V::kFloats <= width; x += V::kFloats)
-        {
-            const auto next = V::LoadFloats(row + x + V::kFloats);
-            const auto tap = [here, next, row, x](auto k) { return V::template Tap<k>(here, next, row + x); };
-            V::StoreFloats(row + x, WeightedSum<V>(registers, tap));
-            here = next;
-        }
+        V::StoreRounded(out + 2 * x, V::LoadFloats(results + x), V::LoadFloats(results + x + V::kFloats));
     }
-    for (; x + V::kFloats <= innerWidth; x += V::kFloats)
-    {
-        V::StoreFloats(row + x, sumAt(x));
-    }
-    V::StoreFloats(row + innerWidth - V::kFloats, last);
+    const std::size_t last = width - kStep;
+    V::StoreRounded(out + 2 * last, V::LoadFloats(results + last), V::LoadFloats(results + last + V::kFloats));
 }
 
-// Output row from nine rows of sums, the first being row `top`, and the middle one's pixels.
+// A frame that is one tile wide: the columns [kSharpenBorder, width - kSharpenBorder).
 template <typename V>
-static inline void SharpenRow(const SharpenRegisters<V> &registers, const SharpenRing &ring, std::size_t top,
-                              const std::uint8_t *in, std::uint8_t *out, std::size_t innerWidth)
+static inline void SharpenTile(const SharpenRegisters<V> &registers, const SharpenScratch &scratch,
+                               const std::uint8_t *input, std::ptrdiff_t inputStride, std::uint8_t *output,
+                               std::ptrdiff_t outputStride, std::size_t width, std::size_t height)
 {
-    const float *taps[kSharpenTaps];
-    for (std::size_t k = 0; k < kSharpenTaps; ++k)
+    const std::size_t innerWidth = width - 2 * kSharpenBorder;
+    for (std::size_t begin = 0; begin < height; begin += kSharpenBand)
     {
-        taps[k] = ring.Row(top + k);
+        const std::size_t rows = height - begin < kSharpenBand ? height - begin : kSharpenBand;
+        for (std::size_t y = 0; y < rows; ++y)
+        {
+            float *pixels = scratch.pixels + (begin + y) % kSharpenRing * scratch.stride;
+            ConvertRow<V>(RowAt(input, inputStride, begin + y), pixels, width);
+        }
+        for (std::size_t y = 0; y < rows; ++y)
+        {
+            const float *pixels = scratch.pixels + (begin + y) % kSharpenRing * scratch.stride;
+            SumHorizontally<V>(registers, pixels, scratch.sums + y * scratch.stride, innerWidth);
+        }
+        const std::size_t slot = (begin + kSharpenBand) % kSharpenRing;
+        // What the next band reads and writes, in turn: tiles are too narrow for the processor to follow by itself.
+        const std::uint8_t *nextInput = RowAt(input, inputStride, begin + kSharpenBand);
+        const std::uint8_t *nextOutput = RowAt(output, outputStride, begin + kSharpenBand - kSharpenBorder);
+        float *waiting = scratch.open;
+        for (std::size_t x = 0; x < innerWidth; x += V::kFloats)
+        {
+            const bool reads = x / V::kFloats % 2 == 0;
+            SharpenColumn<V>(registers, scratch, x, slot, rows, waiting, (reads ? nextInput : nextOutput) + 2 * x,
+                             reads ? inputStride : outputStride);
+            waiting += kSharpenOpen * V::kFloats;
+        }
+        for (std::size_t y = 0; begin != 0 && y < rows; ++y)
+        {
+            std::uint8_t *out = RowAt(output, outputStride, begin + y - kSharpenBorder) + 2 * kSharpenBorder;
+            RoundRow<V>(scratch.sums + y * scratch.stride, out, innerWidth);
+        }
     }
-    const auto sharpenAt = [&registers, &taps, in](std::size_t x) {
-        const auto blurred = WeightedSum<V>(registers, [&taps, x](auto k) { return V::LoadFloats(taps[k] + x); });
-        const auto pixel = V::LoadSignedWords(in + 2 * x);
-        return V::Add(pixel, V::Multiply(registers.amount, V::Subtract(pixel, blurred)));
-    };
-    constexpr std::size_t kStep = 2 * V::kFloats;
-    for (std::size_t x = 0; x + kStep <= innerWidth; x += kStep)
-    {
-        V::StoreRounded(out + 2 * x, sharpenAt(x), sharpenAt(x + V::kFloats));
-    }
-    const std::size_t last = innerWidth - kStep;
-    V::StoreRounded(out + 2 * last, sharpenAt(last), sharpenAt(last + V::kFloats));
 }
 
 template <typename V>
 static void SharpenVector(const std::uint16_t *input, std::ptrdiff_t inputStride, std::uint16_t *output,
                           std::ptrdiff_t outputStride, std::size_t width, std::size_t height, float *scratch)
 {
-    if (width < 2 * V::kFloats + 2 * kSharpenBorder || height < kSharpenTaps)
+    constexpr std::size_t kLine = 64 / sizeof(float);
+    constexpr std::size_t kEdges = 2 * kSharpenBorder;
+    constexpr std::size_t kBlock = kSharpenBlock * V::kFloats;
+    const std::size_t columns = width < kSharpenTile + kEdges ? width : kSharpenTile + kEdges;
+    const std::size_t stride = (columns - kEdges + kBlock - 1) / kBlock * kBlock + kLine;
+    const std::size_t skip = (64 - reinterpret_cast<std::uintptr_t>(scratch) % 64) % 64 / sizeof(float);
+    const std::size_t pixelCount = kSharpenRing * stride;
+    const std::size_t sumCount = kSharpenBand * stride;
+    const std::size_t openCount = kSharpenOpen * stride;
+    const std::size_t needed = skip + pixelCount + sumCount + openCount;
+    if (width < 2 * V::kFloats + kEdges || needed > width * height)
     {
         SharpenScalar(input, inputStride, output, outputStride, width, height, scratch);
         return;
@@ -146,18 +227,21 @@ static void SharpenVector(const std::uint16_t *input, std::ptrdiff_t inputStride
     }
     registers.amount = V::Broadcast(kSharpenAmount);
 
-    const SharpenRing ring = MakeRing(scratch, width, height);
-    for (std::size_t y = 0; y < height; ++y)
+    const SharpenScratch tileScratch = {scratch + skip, scratch + skip + pixelCount,
+                                        scratch + skip + pixelCount + sumCount, stride};
+    // Padding and what the first band completes are computed with and not used.
+    for (std::size_t k = 0; k < pixelCount + sumCount + openCount; k += V::kFloats)
     {
-        ConvertRow<V>(RowAt(input, inputStride, y), ring.Row(y), width);
-        SumHorizontally<V>(registers, ring.Row(y), width);
-        if (y + 1 >= kSharpenTaps)
-        {
-            const std::size_t centre = y - kSharpenBorder;
-            const std::uint8_t *in = RowAt(input, inputStride, centre) + 2 * kSharpenBorder;
-            std::uint8_t *out = RowAt(output, outputStride, centre) + 2 * kSharpenBorder;
-            SharpenRow<V>(registers, ring, y + 1 - kSharpenTaps, in, out, width - 2 * kSharpenBorder);
-        }
+        V::StoreFloats(tileScratch.pixels + k, V::Broadcast(0.0F));
+    }
+    for (std::size_t done = 0; done + kEdges < width; done += kSharpenTile)
+    {
+        // The last tile is at least two vectors wide.
+        const std::size_t least = 2 * V::kFloats + kEdges;
+        const std::size_t left = done + least <= width ? done : width - least;
+        const std::size_t tile = width - left < columns ? width - left : columns;
+        SharpenTile<V>(registers, tileScratch, RowAt(input, inputStride, 0) + 2 * left, inputStride,
+                       RowAt(output, outputStride, 0) + 2 * left, outputStride, tile, height);
     }
 }
 } // namespace mft_kernels

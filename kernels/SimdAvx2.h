@@ -19,7 +19,6 @@ struct Avx2
     static constexpr std::size_t kWords = 16;
     static constexpr std::size_t kFloats = 8;
     static constexpr std::size_t kResizeBlock = 16;
-    static constexpr bool kJoinsRegisters = false;
 
     static Reg Load(const void *p)
     {
@@ -120,6 +119,25 @@ struct Avx2
     static Float LoadSignedWords(const void *p)
     {
         return _mm256_cvtepi32_ps(_mm256_cvtepi16_epi32(_mm_loadu_si128(static_cast<const __m128i *>(p))));
+    }
+    // Two taps from registers: with all from memory the loads across cache lines decide.
+    template <std::size_t k>
+    static Float Tap(Float here, Float next, const float *p)
+    {
+        const Float middle = _mm256_permute2f128_ps(here, next, 0x21);
+        if constexpr (k == 3)
+        {
+            const Reg tap = _mm256_alignr_epi8(_mm256_castps_si256(middle), _mm256_castps_si256(here), 4 * k);
+            return _mm256_castsi256_ps(tap);
+        }
+        else if constexpr (k == 4)
+        {
+            return middle;
+        }
+        else
+        {
+            return k == 8 ? next : LoadFloats(p + k);
+        }
     }
     static void StoreRounded(void *p, Float first, Float second)
     {

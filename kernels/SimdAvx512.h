@@ -20,7 +20,6 @@ struct Avx512
     static constexpr std::size_t kWords = 32;
     static constexpr std::size_t kFloats = 16;
     static constexpr std::size_t kResizeBlock = 16;
-    static constexpr bool kJoinsRegisters = true;
 
     static Reg Load(const void *p)
     {
@@ -123,8 +122,7 @@ struct Avx512
     {
         return _mm512_cvtepi32_ps(_mm512_cvtepi16_epi32(_mm256_loadu_si256(static_cast<const __m256i *>(p))));
     }
-    // The register that starts at element k of two that follow each other, also to be found at p + k. Half of them come
-    // from memory: that keeps both kinds of units busy.
+    // Half of the taps from memory, where each crosses a cache line, half from registers.
     template <std::size_t k>
     static Float Tap(Float here, Float next, const float *p)
     {
@@ -137,11 +135,11 @@ struct Avx512
             return _mm512_castsi512_ps(_mm512_alignr_epi32(_mm512_castps_si512(next), _mm512_castps_si512(here), k));
         }
     }
-    // Half-width stores: whole ones would cross a cache line each in frames that are not aligned to them.
-    static void StoreRounded(std::uint8_t *p, Float first, Float second)
+    static void StoreRounded(void *p, Float first, Float second)
     {
-        StoreHalf(p, NotNegative(_mm512_cvtsepi32_epi16(_mm512_cvtps_epi32(first))));
-        StoreHalf(p + 32, NotNegative(_mm512_cvtsepi32_epi16(_mm512_cvtps_epi32(second))));
+        const Reg words = _mm512_packs_epi32(_mm512_cvtps_epi32(first), _mm512_cvtps_epi32(second));
+        const Reg order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+        Store(p, _mm512_permutexvar_epi64(order, _mm512_max_epi16(words, _mm512_setzero_si512())));
     }
 
     static Reg MultiplyDwords(Reg a, Reg b)
@@ -210,10 +208,6 @@ struct Avx512
     }
 
   private:
-    static __m256i NotNegative(__m256i words)
-    {
-        return _mm256_max_epi16(words, _mm256_setzero_si256());
-    }
     static void StoreHalf(void *p, __m256i words)
     {
         _mm256_storeu_si256(static_cast<__m256i *>(p), words);

@@ -19,7 +19,6 @@ struct Sse41
     static constexpr std::size_t kWords = 8;
     static constexpr std::size_t kFloats = 4;
     static constexpr std::size_t kResizeBlock = 8; // output pixels per step, one or two registers of sums
-    static constexpr bool kJoinsRegisters = false; // takes elements from two registers at no more than a load
 
     static Reg Load(const void *p)
     {
@@ -123,6 +122,12 @@ struct Sse41
     static Float LoadSignedWords(const void *p)
     {
         return _mm_cvtepi32_ps(_mm_cvtepi16_epi32(_mm_loadl_epi64(static_cast<const Reg *>(p))));
+    }
+    // The register that starts at element k of two that follow each other, also to be found at p + k.
+    template <std::size_t k>
+    static Float Tap(Float here, Float next, const float *p)
+    {
+        return k == 0 ? here : k == 4 ? next : LoadFloats(p + k);
     }
     // Rounds, saturates to 0..32767 and stores one word per element.
     static void StoreRounded(void *p, Float first, Float second)

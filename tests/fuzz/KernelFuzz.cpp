@@ -45,7 +45,7 @@ KernelCase DecodeKernelCase(const std::uint8_t *bytes, std::size_t count)
     KernelCase c;
     c.kernel = static_cast<Kernel>(reader.Below(kKernelCount));
     c.width = 1 + reader.Below(reader.Below(4) == 0 ? 700 : 150);
-    c.height = 1 + reader.Below(40);
+    c.height = 1 + reader.Below(64);
     c.input = reader.NextLayout();
     c.output = reader.NextLayout();
     c.contents = static_cast<Contents>(reader.Below(3));

@@ -163,8 +163,8 @@ TEST_P(ReferenceTest, MedianRefusesRectanglesAtTheFramesEdge)
 
 TEST_P(ReferenceTest, SharpenKeepsConstantsAndLeavesTheBorder)
 {
-    constexpr std::size_t kWidth = 45;
-    constexpr std::size_t kHeight = 13;
+    constexpr std::size_t kWidth = 75;
+    constexpr std::size_t kHeight = 61;
     for (const unsigned value : {0U, 1U, 1000U, 32767U, 0x8000U})
     {
         const std::vector<std::uint16_t> image(kWidth * kHeight, static_cast<std::uint16_t>(value));
@@ -183,13 +183,13 @@ TEST_P(ReferenceTest, SharpenKeepsConstantsAndLeavesTheBorder)
 TEST_P(ReferenceTest, SharpenIsAnUnsharpMask)
 {
     // One bright pixel: its own blur is g0 * g0, a neighbour's is g0 * g1, which turns it negative and so to 0.
-    constexpr std::size_t kSize = 41;
+    constexpr std::size_t kSize = 81;
     std::vector<std::uint16_t> image(kSize * kSize, 0);
-    image[20 * kSize + 20] = 10000;
+    image[40 * kSize + 40] = 10000;
     const std::vector<std::uint16_t> result = SharpenImage(image, kSize, kSize);
     const double centre = 10000 + 0.85 * (10000 - 10000 * 0.20416369 * 0.20416369);
-    EXPECT_EQ(result[20 * kSize + 20], std::lrint(centre));
-    EXPECT_EQ(result[20 * kSize + 21], 0);
+    EXPECT_EQ(result[40 * kSize + 40], std::lrint(centre));
+    EXPECT_EQ(result[40 * kSize + 41], 0);
 }
 
 std::vector<std::string> AllSets()
