@@ -125,7 +125,7 @@ void AsyncTopologyNode::ItemDone()
 
 HRESULT AsyncTopologyNode::Flush()
 {
-    std::deque<PendingSample> dropped; // released outside the lock
+    std::list<PendingSample> dropped; // released outside the lock
     std::unique_lock guard(lock);
     ++flushing;
     dropped.swap(pending);

@@ -5,7 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <memory>
 #include <string>
 
@@ -65,10 +65,10 @@ class AsyncTopologyNode : public ITopologyNode,
 
     user_space_frameworks::CriticalSection lock;
     user_space_frameworks::ConditionVariable idle;
-    std::uint32_t queuedItems = 0;     // guarded by lock
-    std::uint32_t flushing = 0;        // guarded by lock; flushes under way
-    bool handingOn = false;            // guarded by lock; some thread is in HandOnReadySamples
-    std::deque<PendingSample> pending; // guarded by lock; in order of arrival
+    std::uint32_t queuedItems = 0;    // guarded by lock
+    std::uint32_t flushing = 0;       // guarded by lock; flushes under way
+    bool handingOn = false;           // guarded by lock; some thread is in HandOnReadySamples
+    std::list<PendingSample> pending; // guarded by lock; in order of arrival; a list: emptying it needs no memory
 
     user_space_frameworks::CriticalSection referenceLock;
     ULONG references = 0;                    // guarded by referenceLock

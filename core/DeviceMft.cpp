@@ -305,6 +305,10 @@ HRESULT DeviceMft::Shutdown()
     return EntryPoint(GetName(), [&]() -> HRESULT {
         const std::scoped_lock guard(stateChangeLock);
         CHECK_HR(UninitializeMembers());
+        for (const auto &stream : outputStreams)
+        {
+            stream->SetState(DeviceStreamState_Stop); // frames that nobody fetched go back to the camera now
+        }
         ReleaseListener();
         CHECK_HR(MediaEventGenerator::Shutdown());
         return S_OK;

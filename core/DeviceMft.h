@@ -120,7 +120,8 @@ class DeviceMft : public IMFDeviceTransform,
     // Runs from the start of an output to the next stop of any. Guarded by stateChangeLock; null after Shutdown.
     ComPtr<KsEventListener> autoUpdateEventListener;
 
-    // Serialises changes of output states and shutdown. Taken before every other lock.
+    // Serialises changes of output states and shutdown, and what applications change of them. Taken before every other
+    // lock.
     user_space_frameworks::CriticalSection stateChangeLock;
 
   private:
@@ -132,6 +133,8 @@ class DeviceMft : public IMFDeviceTransform,
     HRESULT StartWithListener(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType,
                               DeviceStreamState previous);
     HRESULT StartListener();
+    void StopListener();
+    bool AnyOutputRuns() const;
     void ReleaseListener();
     HRESULT FlushAllStreams();
     HRESULT RedirectCallToInputStream(DWORD streamId, const std::function<HRESULT(InputStream &stream)> &body);

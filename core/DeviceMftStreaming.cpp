@@ -1,6 +1,7 @@
 // DeviceMft, second part: the calls that the pipeline makes per stream and per frame.
 #include "core/DeviceMft.h"
 
+#include <algorithm>
 #include <mutex>
 
 #include "utils/Guard.h"
@@ -358,7 +359,14 @@ HRESULT DeviceMft::ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMed
 
 HRESULT DeviceMft::StopAndReport(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType)
 {
-    // The listener stops with every stop, also while another output still runs. One that hangs keeps no stream alive.
+    StopListener(); // with every stop, also while another output still runs
+    CHECK_HR(StopOutputStream(stream, nextMediaType));
+    return S_OK;
+}
+
+// One that hangs keeps no stream alive.
+void DeviceMft::StopListener()
+{
     if (autoUpdateEventListener)
     {
         if (const HRESULT stopped = autoUpdateEventListener->Stop(); FAILED(stopped))
@@ -367,14 +375,17 @@ HRESULT DeviceMft::StopAndReport(const std::shared_ptr<OutputStream> &stream, IM
                         static_cast<unsigned long>(stopped));
         }
     }
-    CHECK_HR(StopOutputStream(stream, nextMediaType));
-    return S_OK;
 }
 
 HRESULT DeviceMft::StartWithListener(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType,
                                      DeviceStreamState previous)
 {
-    CHECK_HR(StartOutputStream(stream, nextMediaType));
+    const HRESULT started = Guarded([&] { return StartOutputStream(stream, nextMediaType); });
+    if (FAILED(started) && !AnyOutputRuns())
+    {
+        StopListener(); // the failure may have ended an output that had started it
+    }
+    CHECK_HR_AS("StartOutputStream(stream, nextMediaType)", started);
     if (previous == DeviceStreamState_Run)
     {
         return S_OK;
@@ -385,6 +396,12 @@ HRESULT DeviceMft::StartWithListener(const std::shared_ptr<OutputStream> &stream
         StopOutputStream(stream, nextMediaType); // a failed start leaves the stream stopped
     }
     return listening;
+}
+
+bool DeviceMft::AnyOutputRuns() const
+{
+    return std::any_of(outputStreams.begin(), outputStreams.end(),
+                       [](const auto &stream) { return stream->GetState() == DeviceStreamState_Run; });
 }
 
 HRESULT DeviceMft::StartListener()

@@ -150,13 +150,14 @@ HRESULT InputStream::SetPreferredState(DeviceStreamState theState, IMFMediaType 
         TRACE_ERROR("%s: preferred media type is not supported", GetName());
     }
     TRACE_INFO("%s: preferred state %s", GetName(), mft_utils::StreamStateName(theState));
+    // Also when it cannot be announced: an earlier event that the pipeline has yet to answer leads it here.
+    preferredState = theState;
+    preferredMediaType = mediaType;
     ComPtr<IMFMediaEvent> event;
     CHECK_HR_AS("MFCreateMediaEvent(METransformInputStreamStateChanged, __uuidof(struct GUID_NULL), ((HRESULT)0L), 0, "
                 "&event)",
                 MFCreateMediaEvent(METransformInputStreamStateChanged, GUID{}, S_OK, nullptr, &event));
     CHECK_HR(event->SetUINT32(MF_EVENT_MFT_INPUT_STREAM_ID, GetID()));
-    preferredState = theState;
-    preferredMediaType = mediaType;
     CHECK_POINTER(eventGenerator);
     CHECK_HR(eventGenerator->QueueEvent(event.Get()));
     return S_OK;

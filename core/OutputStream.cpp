@@ -126,7 +126,7 @@ HRESULT OutputStream::AddDepthAttributes(const std::optional<DepthDescription> &
 
 HRESULT OutputStream::Flush()
 {
-    std::deque<ComPtr<IMFSample>> dropped; // released outside the lock
+    std::list<ComPtr<IMFSample>> dropped; // released outside the lock
     const std::scoped_lock guard(lock);
     dropped.swap(samples);
     if (!dropped.empty())

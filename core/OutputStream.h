@@ -3,7 +3,7 @@
 
 #include "core/Stream.h"
 
-#include <deque>
+#include <list>
 
 namespace mft_core
 {
@@ -39,7 +39,7 @@ class OutputStream : public Stream
     HRESULT AddDepthAttributes(const std::optional<DepthDescription> &depth);
     HRESULT AnnounceRun();
 
-    std::deque<ComPtr<IMFSample>> samples; // guarded by lock
+    std::list<ComPtr<IMFSample>> samples; // guarded by lock; a list: emptying it needs no memory
 };
 
 } // namespace mft_core

@@ -56,8 +56,13 @@ HRESULT Topology::StopInputStreams()
 {
     for (ConnectionItem &i : connections)
     {
-        CHECK_HR_AS("i.inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Stop, i.mediaType)",
-                    i.inputStream->SetPreferredState(DeviceStreamState_Stop, i.mediaType.Get()));
+        HRESULT told = i.inputStream->SetPreferredState(DeviceStreamState_Stop, i.mediaType.Get());
+        if (FAILED(told))
+        {
+            // Once more: a camera that does not hear of it films on for nobody.
+            told = i.inputStream->SetPreferredState(DeviceStreamState_Stop, i.mediaType.Get());
+        }
+        CHECK_HR_AS("i.inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Stop, i.mediaType)", told);
         CHECK_HR(i.inputStream->Flush());
     }
     return S_OK;

@@ -22,9 +22,9 @@ class Topology : public user_space_frameworks::Object
     // Connects each input stream and asks for it to run. Stops at the first failure.
     virtual HRESULT Activate();
 
-    // Asks each input stream to stop and flushes it. Stops at the first failure, but in any case nothing of this
-    // topology reaches an output afterwards and its input streams are disconnected. Waits for queued frames: hold no
-    // lock that a node needs.
+    // Asks each input stream to stop, twice if need be, and flushes it. Stops at the first failure, but in any case
+    // nothing of this topology reaches an output afterwards and its input streams are disconnected. Waits for queued
+    // frames: hold no lock that a node needs.
     virtual HRESULT Deactivate();
 
   protected:

@@ -2,6 +2,8 @@
 
 #include "platform/ExtendedCameraControl.h"
 
+#include <mutex>
+
 #include "ks/KsRequest.h"
 #include "utils/Check.h"
 
@@ -53,8 +55,15 @@ HRESULT FaceAuthKsPropertyHandler::Run(PKSPROPERTY property, ULONG, LPVOID data,
     return S_OK;
 }
 
+bool FaceAuthKsPropertyHandler::AllowModeChange(bool allowed)
+{
+    const std::scoped_lock guard(lock);
+    return canChangeMode.exchange(allowed);
+}
+
 HRESULT FaceAuthKsPropertyHandler::Set(const void *data)
 {
+    const std::scoped_lock guard(lock);
     if (!canChangeMode)
     {
         TRACE_ERROR("%s: the mode cannot change while a stream runs", GetName());

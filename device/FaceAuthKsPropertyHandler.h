@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "ks/KsPropHandler.h"
+#include "utils/CriticalSection.h"
 
 namespace mft_core
 {
@@ -20,6 +21,9 @@ class FaceAuthKsPropertyHandler : public KsPropHandler
     HRESULT Run(PKSPROPERTY property, ULONG propertyLength, LPVOID data, ULONG dataLength,
                 ULONG *bytesReturned) override;
 
+    // Returns what held before. After a "no" the mode stays: a set that was under way has ended.
+    bool AllowModeChange(bool allowed);
+
     std::atomic<bool> faceAuthMode{false};
     std::atomic<bool> canChangeMode{true};
     std::atomic<bool> faceAuthSupported{false};
@@ -27,6 +31,8 @@ class FaceAuthKsPropertyHandler : public KsPropHandler
   private:
     HRESULT Set(const void *data);
     void Get(void *data) const noexcept;
+
+    user_space_frameworks::CriticalSection lock; // held from the question whether the mode may change to its change
 };
 
 } // namespace mft_core

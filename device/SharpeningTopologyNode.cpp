@@ -38,7 +38,7 @@ void SharpeningTopologyNode::ClearBorder(std::uint16_t *output) const noexcept
         return;
     }
     // The right border of one row and the left border of the next lie side by side.
-    const std::size_t between = 2 * border * FrameSize::kBytesPerPixel;
+    const std::size_t between = std::size_t{2} * border * FrameSize::kBytesPerPixel;
     const std::size_t rows = (std::size_t{size.width} * border + border) * FrameSize::kBytesPerPixel;
     std::memset(output, 0, rows);
     std::uint16_t *rightBorder = output + std::size_t{size.width} * (border + 1) - border;

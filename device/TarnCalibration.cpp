@@ -110,6 +110,7 @@ CameraBlob TarnCalibration::CreateIntrinsics(const MediaTypeList &mtList) const
         return {};
     }
     std::vector<MFPinholeCameraIntrinsic_IntrinsicModel> models;
+    models.reserve(sizes.size());
     for (const FrameSize &size : sizes)
     {
         models.push_back(ModelOf(*table, size));

@@ -1,5 +1,6 @@
 #include "device/TarnConfidenceMapConfig.h"
 
+#include <mutex>
 #include <stdexcept>
 #include <utility>
 
@@ -20,10 +21,10 @@ const char *StateName(bool enabled) noexcept
 } // namespace
 
 // The name is the presets property's; recordings are read by it.
-TarnConfidenceMapConfig::TarnConfidenceMapConfig(SetCallback onSet)
+TarnConfidenceMapConfig::TarnConfidenceMapConfig(SetCallback onSet, user_space_frameworks::CriticalSection *changeLock)
     : KsPropHandler(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP,
                     "Tarn Depth Presets"),
-      setCallback(std::move(onSet))
+      setCallback(std::move(onSet)), lock(changeLock != nullptr ? *changeLock : ownLock)
 {
 }
 
@@ -50,6 +51,7 @@ HRESULT TarnConfidenceMapConfig::Run(PKSPROPERTY pProperty, ULONG, LPVOID pvProp
 
 HRESULT TarnConfidenceMapConfig::Set(bool nextEnabled)
 {
+    const std::scoped_lock guard(lock);
     const bool previous = IsEnabled();
     if (nextEnabled == previous)
     {

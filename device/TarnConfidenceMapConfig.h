@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "ks/KsPropHandler.h"
+#include "utils/CriticalSection.h"
 
 namespace mft_core
 {
@@ -16,8 +17,9 @@ class TarnConfidenceMapConfig : public KsPropHandler
     // Applies the new state to the running topology; its failure refuses the request.
     using SetCallback = std::function<HRESULT(bool enable)>;
 
-    // What the callback refers to outlives the handler's last call.
-    explicit TarnConfidenceMapConfig(SetCallback onSet);
+    // What the callback refers to outlives the handler's last call, and so does `changeLock`: it is held from before
+    // the callback until the state has changed, so that who builds a topology under it sees both or neither.
+    explicit TarnConfidenceMapConfig(SetCallback onSet, user_space_frameworks::CriticalSection *changeLock = nullptr);
 
     // Get and set, KSPROPERTY_TARN_CONFIDENCE_MAP_CFG. ERROR_MORE_DATA as an HRESULT below 4 bytes, E_POINTER without a
     // buffer, the callback's failure, E_INVALIDARG for other requests; the state stays then.
@@ -33,6 +35,8 @@ class TarnConfidenceMapConfig : public KsPropHandler
     HRESULT Set(bool nextEnabled);
 
     const SetCallback setCallback;
+    user_space_frameworks::CriticalSection ownLock;
+    user_space_frameworks::CriticalSection &lock; // the transform's, or the one above
     std::atomic<bool> enabled{false};
 };
 

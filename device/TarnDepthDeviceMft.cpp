@@ -82,7 +82,8 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
     CHECK_HR(calibration->Init());
     faceAuthKsPropertyHandler = make_shared<FaceAuthKsPropertyHandler>();
     confidenceMapCfgHandler = make_shared<TarnConfidenceMapConfig>(
-        mft_utils::Callback<TarnDepthDeviceMft, bool, HRESULT>(this, &TarnDepthDeviceMft::OnConfigConfidenceMap));
+        mft_utils::Callback<TarnDepthDeviceMft, bool, HRESULT>(this, &TarnDepthDeviceMft::OnConfigConfidenceMap),
+        &stateChangeLock);
     depthPresetsController = make_shared<TarnDepthPresets>(deviceXuKsControl.Get(), firmwareCommandPipe);
     CHECK_HR(depthPresetsController->Init());
     return S_OK;

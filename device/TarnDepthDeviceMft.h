@@ -59,6 +59,7 @@ class TarnDepthDeviceMft : public DeviceMft
     void StopAllOutputs();
 
     HRESULT OnConfigConfidenceMap(bool enable);
+    HRESULT EndCombinedTopology();
     HRESULT WantedInputMediaType(IMFMediaType **ppMediaType) const;
 
     std::shared_ptr<FirmwareCommandPipe> firmwareCommandPipe;

@@ -23,6 +23,15 @@ bool IsRunning(const OutputStream &stream)
 {
     return stream.GetState() == DeviceStreamState_Run;
 }
+
+HRESULT RestartPin(InputStream &pin, IMFMediaType *currentMediaType, IMFMediaType *nextMediaType)
+{
+    CHECK_HR_AS("inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Stop, currentMediaType)",
+                pin.SetPreferredState(DeviceStreamState_Stop, currentMediaType));
+    CHECK_HR_AS("inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Run, nextMediaType)",
+                pin.SetPreferredState(DeviceStreamState_Run, nextMediaType));
+    return S_OK;
+}
 } // namespace
 
 HRESULT TarnDepthDeviceMft::BuildTopology(const std::shared_ptr<OutputStream> &outputStream,
@@ -93,8 +102,13 @@ HRESULT TarnDepthDeviceMft::StartOutputStream(const std::shared_ptr<OutputStream
 {
     // The new topology is built before anything that runs is touched: one that cannot be built costs nothing.
     std::shared_ptr<Topology> topology;
-    CHECK_HR(BuildTopology(outputStream, nextMediaType, topology));
-    faceAuthKsPropertyHandler->canChangeMode = false;
+    const bool couldChangeMode = faceAuthKsPropertyHandler->AllowModeChange(false); // the topology reads the mode
+    const HRESULT built = mft_utils::Guarded([&] { return BuildTopology(outputStream, nextMediaType, topology); });
+    if (FAILED(built))
+    {
+        faceAuthKsPropertyHandler->AllowModeChange(couldChangeMode);
+    }
+    CHECK_HR_AS("BuildTopology(outputStream, nextMediaType, topology)", built);
     const HRESULT result =
         mft_utils::Guarded([&]() -> HRESULT { return RunTopology(outputStream, nextMediaType, topology); });
     if (FAILED(result))
@@ -137,7 +151,7 @@ HRESULT TarnDepthDeviceMft::StopOutputStream(const std::shared_ptr<OutputStream>
     if (!anyRuns && currentTopology)
     {
         const HRESULT deactivated = EndCurrentTopology();
-        faceAuthKsPropertyHandler->canChangeMode = true; // nothing runs, however it ended
+        faceAuthKsPropertyHandler->AllowModeChange(true); // nothing runs, however it ended
         CHECK_HR_AS("currentTopology->Deactivate()", deactivated);
     }
     return S_OK;
@@ -163,7 +177,7 @@ void TarnDepthDeviceMft::StopAllOutputs()
             stream->SetState(DeviceStreamState_Stop);
         }
     }
-    faceAuthKsPropertyHandler->canChangeMode = true;
+    faceAuthKsPropertyHandler->AllowModeChange(true);
 }
 
 HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
@@ -179,6 +193,10 @@ HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
     if (!IsRunning(*At(outputStreams, depthStreamIndex)))
     {
         return S_OK; // the next depth topology asks
+    }
+    if (dynamic_cast<TarnDepthDepthTopology *>(currentTopology.get()) == nullptr)
+    {
+        CHECK_HR(EndCombinedTopology());
     }
     ComPtr<IMFMediaType> currentMediaType;
     CHECK_HR_AS("inputStream->GetCurrentMediaType(currentMediaType.GetAddressOf())",
@@ -197,10 +215,23 @@ HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
     ComPtr<IMFMediaType> nextMediaType;
     CHECK_HR_AS("inputStream->FindMatchingMediaType(nextMediaType.GetAddressOf(), requiredMediaType)",
                 inputStream->FindMatchingMediaType(nextMediaType.GetAddressOf(), requiredMediaType.Get()));
-    CHECK_HR_AS("inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Stop, currentMediaType)",
-                inputStream->SetPreferredState(DeviceStreamState_Stop, currentMediaType.Get()));
-    CHECK_HR_AS("inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Run, nextMediaType)",
-                inputStream->SetPreferredState(DeviceStreamState_Run, nextMediaType.Get()));
+    const HRESULT result =
+        mft_utils::Guarded([&] { return RestartPin(*inputStream, currentMediaType.Get(), nextMediaType.Get()); });
+    if (FAILED(result))
+    {
+        // Depth runs on as before; without this the pipeline may have been told half and leave the pin stopped.
+        inputStream->SetPreferredState(DeviceStreamState_Run, currentMediaType.Get());
+    }
+    return result;
+}
+
+// Infrared has stopped and left depth the topology of both, which takes no other format.
+HRESULT TarnDepthDeviceMft::EndCombinedTopology()
+{
+    const auto &depthOutStream = At(outputStreams, depthStreamIndex);
+    ComPtr<IMFMediaType> depthOutMediaType;
+    CHECK_HR(depthOutStream->GetCurrentMediaType(depthOutMediaType.GetAddressOf()));
+    CHECK_HR(StartOutputStream(depthOutStream, depthOutMediaType.Get()));
     return S_OK;
 }
 

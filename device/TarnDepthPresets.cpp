@@ -2,6 +2,7 @@
 
 #include <iterator>
 #include <mutex>
+#include <span>
 #include <utility>
 
 #include "tarn/tarn_dmft.h"
@@ -29,7 +30,7 @@ const TarnDepthPresets::Step TarnDepthPresets::kSteps[] = {
     {"HDR", &TarnDepthPresets::SetHdr},
 };
 
-TarnDepthPresets::TarnDepthPresets(ComPtr<IKsControl> extensionUnit, std::shared_ptr<IFirmwareCommandPipe> pipe)
+TarnDepthPresets::TarnDepthPresets(const ComPtr<IKsControl> &extensionUnit, std::shared_ptr<IFirmwareCommandPipe> pipe)
     : Object("Tarn Depth Presets"),
       laserPower(MakeControl(extensionUnit, KSPROPERTY_XU_TARN_DEPTH::LASER_POWER, "Laser power")),
       accuracy(MakeControl(extensionUnit, KSPROPERTY_XU_TARN_DEPTH::ACCURACY, "Accuracy")),
@@ -58,14 +59,14 @@ HRESULT TarnDepthPresets::ApplyPreset(PresetTypes type)
         return E_INVALIDARG;
     }
     const std::scoped_lock guard(lock);
-    for (std::size_t i = 0; i < std::size(kSteps); ++i)
+    for (const Step &step : kSteps)
     {
-        const HRESULT result = (this->*kSteps[i].run)(*preset);
+        const HRESULT result = (this->*step.run)(*preset);
         if (FAILED(result))
         {
-            TRACE_ERROR("%s: %s failed at %s, hr 0x%08lX", GetName(), preset->name, kSteps[i].name,
+            TRACE_ERROR("%s: %s failed at %s, hr 0x%08lX", GetName(), preset->name, step.name,
                         static_cast<unsigned long>(result));
-            SetBack(i + 1); // the failed step too: the camera may have taken it before it complained
+            SetBack(step); // the failed step too: the camera may have taken it before it complained
             return result;
         }
     }
@@ -75,7 +76,7 @@ HRESULT TarnDepthPresets::ApplyPreset(PresetTypes type)
     return S_OK;
 }
 
-void TarnDepthPresets::SetBack(std::size_t stepCount)
+void TarnDepthPresets::SetBack(const Step &last)
 {
     if (inForce == nullptr)
     {
@@ -83,13 +84,13 @@ void TarnDepthPresets::SetBack(std::size_t stepCount)
         return;
     }
     bool isComplete = true;
-    for (std::size_t i = 0; i < stepCount; ++i)
+    for (const Step &step : std::span(std::begin(kSteps), &last + 1))
     {
-        const HRESULT result = (this->*kSteps[i].run)(*inForce);
+        const HRESULT result = (this->*step.run)(*inForce);
         if (FAILED(result))
         {
             isComplete = false;
-            TRACE_ERROR("%s: %s could not be set back, hr 0x%08lX", GetName(), kSteps[i].name,
+            TRACE_ERROR("%s: %s could not be set back, hr 0x%08lX", GetName(), step.name,
                         static_cast<unsigned long>(result));
         }
     }

@@ -34,7 +34,7 @@ class TarnDepthPresets : public user_space_frameworks::Object
         FACE_LOGIN = TARN_DEPTH_PRESET_FACE_LOGIN
     };
 
-    TarnDepthPresets(ComPtr<IKsControl> extensionUnit, std::shared_ptr<IFirmwareCommandPipe> pipe);
+    TarnDepthPresets(const ComPtr<IKsControl> &extensionUnit, std::shared_ptr<IFirmwareCommandPipe> pipe);
 
     // Applies PresetTypes::DEFAULT; fails as ApplyPreset does.
     HRESULT Init();
@@ -62,7 +62,7 @@ class TarnDepthPresets : public user_space_frameworks::Object
     HRESULT SetAutoRange(const DepthPreset &preset);
     HRESULT SetHdrConfiguration(const DepthPreset &preset);
     HRESULT SetHdr(const DepthPreset &preset);
-    void SetBack(std::size_t stepCount); // call under the lock
+    void SetBack(const Step &last); // from the first to the last one run; call under the lock
 
     UvcCommand laserPower;
     UvcCommand accuracy;

@@ -63,7 +63,7 @@ HRESULT TarnDepthZITopology::Init(std::shared_ptr<InputStream> inputStream,
 
     // Applications get the samples of both branches: nothing that is written into one may show up in the other.
     const auto splitter = make_shared<SplitterTopologyNode>(AddInfraredBranch(irOutStream, inputMtData, irMtData),
-                                                            BranchSamples::Separate);
+                                                            BranchSamples::Separate, "ZI to Z topology node");
     splitter->AddNextNode(AddDepthBranch(depthOutStream, depthAttributes.Get(), inputMtData, depthMtData));
     const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(splitter);
     const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(metadata);
@@ -96,7 +96,7 @@ std::shared_ptr<ITopologyNode> TarnDepthZITopology::AddDepthBranch(const std::sh
     const auto calibration = make_shared<TarnCalibrationTopologyNode>(range, *depthOutStream);
     const auto crop = make_shared<Crop16BitTopologyNode>(calibration, inputMtData.width, inputMtData.height,
                                                          depthMtData.width, depthMtData.height);
-    return make_shared<SampleCopyTopologyNode>(crop, kDepthPlaneOffset, kDepthPlaneLength, "ZI to Z topology node");
+    return make_shared<SampleCopyTopologyNode>(crop, kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node");
 }
 
 } // namespace mft_core

@@ -5,6 +5,7 @@
 #include "tarn/tarn_dmft.h"
 #include "tarn/tarn_formats.h"
 #include "utils/GuidTranslator.h"
+#include "utils/KsIdentifierTranslator.h"
 
 namespace mft_core
 {
@@ -46,6 +47,24 @@ constexpr NamedGuid kNamedGuids[] = {
     TARN_NAMED(KSPROPERTYSETID_TARN_DMFT_CONTROL),
 };
 #undef TARN_NAMED
+
+struct NamedKsProperty
+{
+    const GUID &set;
+    ULONG id;
+    const char *name;
+};
+
+#define TARN_DEPTH_CONTROL(ids, control, number) {KSPROPERTYSETID_TARN_DEPTH_CONTROL, number, #control},
+#define TARN_COLOR_CONTROL(ids, control, number) {KSPROPERTYSETID_TARN_COLOR_CONTROL, number, #control},
+constexpr NamedKsProperty kNamedKsProperties[] = {
+    {KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_API_VERSION, "API_VERSION"},
+    {KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, "DEPTH_PRESETS"},
+    {KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP, "CONFIDENCE_MAP"},
+    {KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND, "HW_COMMAND"},
+    TARN_DEPTH_CONTROLS(TARN_DEPTH_CONTROL) TARN_COLOR_CONTROLS(TARN_COLOR_CONTROL)};
+#undef TARN_DEPTH_CONTROL
+#undef TARN_COLOR_CONTROL
 } // namespace
 
 void RegisterTarnGuidNames() noexcept
@@ -53,6 +72,14 @@ void RegisterTarnGuidNames() noexcept
     for (const NamedGuid &entry : kNamedGuids)
     {
         if (FAILED(mft_utils::GuidTranslator::Register(entry.guid, entry.name)))
+        {
+            return;
+        }
+    }
+    for (const NamedKsProperty &entry : kNamedKsProperties)
+    {
+        if (FAILED(mft_utils::KsIdentifierTranslator::Register(mft_utils::KsIdentifierKind::Property, entry.set,
+                                                               entry.id, entry.name)))
         {
             return;
         }

@@ -1,7 +1,7 @@
 #include "module/ClassTable.h"
 
-#include "core/PassThroughDeviceMft.h"
 #include "device/TarnColorDeviceMft.h"
+#include "device/TarnDepthDeviceMft.h"
 #include "utils/ComObject.h"
 #include "utils/Guard.h"
 
@@ -27,7 +27,7 @@ HRESULT CreateObject(REFIID riid, void **ppv, Create &&create) noexcept
 
 HRESULT CreateTarnDepthDeviceMft(REFIID riid, void **ppv) noexcept
 {
-    return CreateObject(riid, ppv, [] { return MakeCom<mft_core::PassThroughDeviceMft>("Tarn Depth DMFT"); });
+    return CreateObject(riid, ppv, [] { return MakeCom<mft_core::TarnDepthDeviceMft>(); });
 }
 
 HRESULT CreateTarnColorDeviceMft(REFIID riid, void **ppv) noexcept

@@ -11,8 +11,9 @@
 namespace mft_core
 {
 
-SplitterTopologyNode::SplitterTopologyNode(std::shared_ptr<ITopologyNode> successor, BranchSamples samples)
-    : ITopologyNode(std::move(successor), "Splitter topology node"), branchSamples(samples)
+SplitterTopologyNode::SplitterTopologyNode(std::shared_ptr<ITopologyNode> successor, BranchSamples samples,
+                                           const char *nodeName)
+    : ITopologyNode(std::move(successor), nodeName), branchSamples(samples)
 {
 }
 

@@ -21,7 +21,8 @@ class SplitterTopologyNode : public ITopologyNode
 {
   public:
     explicit SplitterTopologyNode(std::shared_ptr<ITopologyNode> successor,
-                                  BranchSamples samples = BranchSamples::Shared);
+                                  BranchSamples samples = BranchSamples::Shared,
+                                  const char *nodeName = "Splitter topology node");
 
     // Calls the next nodes in the order in which they were attached; with none it does nothing. A branch for which no
     // sample of its own can be made loses the frame, with an event, and the others go on.

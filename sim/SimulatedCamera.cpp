@@ -190,7 +190,7 @@ HRESULT SimulatedCamera::MFTGetStreamIDs(DWORD inSize, DWORD *inIds, DWORD outSi
     {
         return MF_E_BUFFERTOOSMALL;
     }
-    if ((inIds == nullptr && configuration.inputPinCount > 0) || (outIds == nullptr && !configuration.pins.empty()))
+    if ((inIds == nullptr && configuration.inputPinCount > 0) || outIds == nullptr)
     {
         return E_POINTER;
     }

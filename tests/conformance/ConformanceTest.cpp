@@ -5,9 +5,7 @@
 #include <atomic>
 #include <thread>
 
-#include <gtest/gtest.h>
-
-#include "tests/module/LoadedDll.h"
+#include "tests/conformance/RegisteredModule.h"
 #include "tests/support/TestFrameServer.h"
 
 using tarn_sim::CameraConfiguration;
@@ -18,27 +16,12 @@ using user_space_frameworks::MakeCom;
 namespace
 {
 
-constexpr CLSID kColorClass = {0x01BC2102, 0x6449, 0x429F, {0x8F, 0x62, 0xB8, 0xD2, 0x3D, 0x1D, 0xE6, 0xD3}};
-
-class ConformanceTest : public testing::Test
+class ConformanceTest : public tarn_test::RegisteredModule
 {
   protected:
-    void SetUp() override
-    {
-        ASSERT_HR(S_OK, dll.RegisterServer());
-        ASSERT_HR(S_OK, MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &workQueue));
-    }
-    void TearDown() override
-    {
-        MFUnlockWorkQueue(workQueue);
-        EXPECT_HR(S_OK, dll.CanUnloadNow());
-        EXPECT_HR(S_OK, dll.UnregisterServer());
-    }
-
     ComPtr<IMFDeviceTransform> Activate()
     {
-        ComPtr<IMFDeviceTransform> transform;
-        EXPECT_HR(S_OK, CoCreateInstance(kColorClass, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&transform)));
+        ComPtr<IMFDeviceTransform> transform = RegisteredModule::Activate(tarn_test::kColorClass);
         ComPtr<IMFRealTimeClientEx> realTime;
         EXPECT_HR(S_OK, transform.As(&realTime));
         DWORD taskIndex = 0;
@@ -46,6 +29,16 @@ class ConformanceTest : public testing::Test
         EXPECT_HR(S_OK, realTime->SetWorkQueueEx(workQueue, 0));
         EXPECT_HR(S_OK, realTime->UnregisterThreads());
         return transform;
+    }
+    void SetUp() override
+    {
+        RegisteredModule::SetUp();
+        ASSERT_HR(S_OK, MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &workQueue));
+    }
+    void TearDown() override
+    {
+        MFUnlockWorkQueue(workQueue);
+        RegisteredModule::TearDown();
     }
 
     static ComPtr<SimulatedCamera> FastCamera()
@@ -56,7 +49,6 @@ class ConformanceTest : public testing::Test
         return MakeCom<SimulatedCamera>(configuration);
     }
 
-    tarn_test::LoadedDll dll;
     DWORD workQueue = 0;
 };
 

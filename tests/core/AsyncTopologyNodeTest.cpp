@@ -156,17 +156,4 @@ TEST(AsyncTopologyNodeTest, AQueuedItemKeepsTheChainAliveAndAStoppedNodeHandsNot
     EXPECT_EQ((std::vector<LONGLONG>{1}), gate->Times());
 }
 
-TEST(AsyncTopologyNodeTest, ItIsACallbackWithOneIdentity)
-{
-    const auto node = std::make_shared<AsyncTopologyNode>(nullptr, "Test", WorkQueueParameters{});
-    ComPtr<IUnknown> unknown;
-    EXPECT_HR(S_OK, node->QueryInterface(__uuidof(IUnknown), reinterpret_cast<void **>(unknown.GetAddressOf())));
-    ComPtr<IMFAsyncCallback> callback;
-    EXPECT_HR(S_OK, unknown.As(&callback));
-    ComPtr<IMFSample> sample;
-    EXPECT_HR(E_NOINTERFACE, unknown.As(&sample));
-    EXPECT_HR(E_NOTIMPL, callback->GetParameters(nullptr, nullptr));
-    EXPECT_HR(E_POINTER, callback->Invoke(nullptr));
-}
-
 } // namespace

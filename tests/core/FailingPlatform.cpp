@@ -2,6 +2,7 @@
 
 #include "platform/MediaFoundation.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -10,114 +11,109 @@ namespace tarn_test
 
 namespace
 {
-thread_local int callsLeft = 0;       // until the failing one; 0 = off
-thread_local int allocationsLeft = 0; // likewise
-thread_local bool paused = false;
-thread_local const char *failedCall = nullptr;
-thread_local bool allocationFailed = false;
-
-bool ShouldFail(const char *call)
+struct Count
 {
-    if (paused || callsLeft == 0 || --callsLeft > 0)
-    {
-        return false;
-    }
-    failedCall = call;
-    return true;
+    std::atomic<int> seen{0};
+    std::atomic<int> failing{0};
+};
+
+std::atomic<Count *> platformCalls{nullptr};
+std::atomic<Count *> allocations{nullptr};
+Count count; // of the FailingPlatform that lives
+std::atomic<int> suspensions{0};
+thread_local int pauses = 0;
+
+bool ShouldFail(const std::atomic<Count *> &kind)
+{
+    Count *const counted = kind;
+    return counted != nullptr && pauses == 0 && suspensions == 0 && ++counted->seen == counted->failing;
 }
 } // namespace
 
-FailingPlatform::FailingPlatform(int failingCall)
+FailingPlatform::FailingPlatform(Failing kind, int failingCall)
 {
-    callsLeft = failingCall;
-    failedCall = nullptr;
+    count.seen = 0;
+    count.failing = failingCall;
+    (kind == Failing::PlatformCall ? platformCalls : allocations) = &count;
 }
 
 FailingPlatform::~FailingPlatform()
 {
-    callsLeft = 0;
+    platformCalls = nullptr;
+    allocations = nullptr;
+}
+
+bool FailingPlatform::LeavesTheCameraAlone()
+{
+    return platformCalls != nullptr;
+}
+
+int FailingPlatform::Calls() const
+{
+    return count.seen;
 }
 
 bool FailingPlatform::HasFailed() const
 {
-    return failedCall != nullptr;
-}
-
-const char *FailingPlatform::FailedCall() const
-{
-    return failedCall;
+    return count.failing != 0 && count.seen >= count.failing;
 }
 
 FailingPlatform::Pause::Pause()
 {
-    paused = true;
+    ++pauses;
 }
 
 FailingPlatform::Pause::~Pause()
 {
-    paused = false;
+    --pauses;
 }
 
-FailingAllocation::FailingAllocation(int failingAllocation)
+FailingPlatform::Suspension::Suspension()
 {
-    allocationFailed = false;
-    allocationsLeft = failingAllocation;
+    ++suspensions;
 }
 
-FailingAllocation::~FailingAllocation()
+FailingPlatform::Suspension::~Suspension()
 {
-    allocationsLeft = 0;
-}
-
-bool FailingAllocation::HasFailed() const
-{
-    return allocationFailed;
+    --suspensions;
 }
 
 } // namespace tarn_test
 
 // The linker sends the module's calls here.
+#define TARN_WRAP(name, parameters, arguments)                                                                         \
+    HRESULT __real_##name parameters;                                                                                  \
+    HRESULT __wrap_##name parameters                                                                                   \
+    {                                                                                                                  \
+        return tarn_test::ShouldFail(tarn_test::platformCalls) ? E_OUTOFMEMORY : __real_##name arguments;              \
+    }
+
 extern "C"
 {
-    HRESULT __real_MFCreateAttributes(IMFAttributes **attributes, UINT32 size);
-    HRESULT __real_MFCreateMediaType(IMFMediaType **type);
-    HRESULT __real_MFCreateEventQueue(IMFMediaEventQueue **queue);
-    HRESULT __real_MFCreateMediaEvent(MediaEventType type, REFGUID extendedType, HRESULT status,
-                                      const PROPVARIANT *value, IMFMediaEvent **event);
-
-    HRESULT __wrap_MFCreateAttributes(IMFAttributes **attributes, UINT32 size)
-    {
-        return tarn_test::ShouldFail("MFCreateAttributes") ? E_OUTOFMEMORY
-                                                           : __real_MFCreateAttributes(attributes, size);
-    }
-    HRESULT __wrap_MFCreateMediaType(IMFMediaType **type)
-    {
-        return tarn_test::ShouldFail("MFCreateMediaType") ? E_OUTOFMEMORY : __real_MFCreateMediaType(type);
-    }
-    HRESULT __wrap_MFCreateEventQueue(IMFMediaEventQueue **queue)
-    {
-        return tarn_test::ShouldFail("MFCreateEventQueue") ? E_OUTOFMEMORY : __real_MFCreateEventQueue(queue);
-    }
-    HRESULT __wrap_MFCreateMediaEvent(MediaEventType type, REFGUID extendedType, HRESULT status,
-                                      const PROPVARIANT *value, IMFMediaEvent **event)
-    {
-        return tarn_test::ShouldFail("MFCreateMediaEvent")
-                   ? E_OUTOFMEMORY
-                   : __real_MFCreateMediaEvent(type, extendedType, status, value, event);
-    }
+    TARN_WRAP(MFCreateAttributes, (IMFAttributes * *attributes, UINT32 size), (attributes, size))
+    TARN_WRAP(MFCreateMediaType, (IMFMediaType * *type), (type))
+    TARN_WRAP(MFCreateSample, (IMFSample * *sample), (sample))
+    TARN_WRAP(MFCreateMemoryBuffer, (DWORD length, IMFMediaBuffer **buffer), (length, buffer))
+    TARN_WRAP(MFCreateEventQueue, (IMFMediaEventQueue * *queue), (queue))
+    TARN_WRAP(MFCreateMediaEvent,
+              (MediaEventType type, REFGUID extendedType, HRESULT status, const PROPVARIANT *value,
+               IMFMediaEvent **event),
+              (type, extendedType, status, value, event))
+    TARN_WRAP(MFCreateAsyncResult,
+              (IUnknown * object, IMFAsyncCallback *callback, IUnknown *state, IMFAsyncResult **result),
+              (object, callback, state, result))
+    TARN_WRAP(MFPutWorkItem2, (DWORD queue, LONG priority, IMFAsyncCallback *callback, IUnknown *state),
+              (queue, priority, callback, state))
+    TARN_WRAP(MFPutWaitingWorkItem, (HANDLE event, LONG priority, IMFAsyncResult *result, MFWORKITEM_KEY *key),
+              (event, priority, result, key))
+    TARN_WRAP(CoCreateFreeThreadedMarshaler, (IUnknown * outer, IUnknown **marshaler), (outer, marshaler))
 }
 
 namespace
 {
 void *Allocate(std::size_t size)
 {
-    using namespace tarn_test;
-    if (allocationsLeft > 0 && --allocationsLeft == 0)
-    {
-        allocationFailed = true;
-        return nullptr;
-    }
-    return std::malloc(size == 0 ? 1 : size);
+    return tarn_test::ShouldFail(tarn_test::allocations) ? nullptr : std::malloc(size == 0 ? 1 : size);
 }
 } // namespace
 

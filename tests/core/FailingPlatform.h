@@ -1,24 +1,31 @@
 // Makes the nth platform call, or the nth allocation, fail. The program is linked with --wrap for the calls.
 #pragma once
 
-#include <atomic>
-
 namespace tarn_test
 {
 
-// While it lives, the call with this number (from 1) of those that are wrapped returns E_OUTOFMEMORY.
+enum class Failing
+{
+    PlatformCall, // those that are wrapped return E_OUTOFMEMORY
+    Allocation    // operator new throws std::bad_alloc
+};
+
+// While it lives, the calls of that kind are counted, on all threads, and the one with this number (from 1) fails; 0
+// only counts. One at a time.
 class FailingPlatform
 {
   public:
-    explicit FailingPlatform(int failingCall);
+    FailingPlatform(Failing kind, int failingCall);
     ~FailingPlatform();
     FailingPlatform(const FailingPlatform &) = delete;
     FailingPlatform &operator=(const FailingPlatform &) = delete;
 
+    // Of platform calls only: allocations are the camera's too, and may keep it from doing what it is told.
+    static bool LeavesTheCameraAlone();
+    int Calls() const;
     bool HasFailed() const;
-    const char *FailedCall() const;
 
-    // Calls made meanwhile are neither counted nor failed.
+    // Calls that this thread makes meanwhile are neither counted nor failed: they are the pipeline's, or the test's.
     class Pause
     {
       public:
@@ -27,18 +34,16 @@ class FailingPlatform
         Pause(const Pause &) = delete;
         Pause &operator=(const Pause &) = delete;
     };
-};
 
-// While it lives, the nth allocation of this thread throws std::bad_alloc.
-class FailingAllocation
-{
-  public:
-    explicit FailingAllocation(int failingAllocation);
-    ~FailingAllocation();
-    FailingAllocation(const FailingAllocation &) = delete;
-    FailingAllocation &operator=(const FailingAllocation &) = delete;
-
-    bool HasFailed() const;
+    // The same for all threads: the camera's own work on a frame.
+    class Suspension
+    {
+      public:
+        Suspension();
+        ~Suspension();
+        Suspension(const Suspension &) = delete;
+        Suspension &operator=(const Suspension &) = delete;
+    };
 };
 
 } // namespace tarn_test

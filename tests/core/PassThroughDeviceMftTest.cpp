@@ -154,15 +154,6 @@ TEST(PassThroughDeviceMftTest, ProcessInputKeepsTheReferenceRuleOfTheBuild)
     EXPECT_REFS(timeless, 1); // consumed or kept, also on failure
 }
 
-TEST(PassThroughDeviceMftTest, WithoutAConsumerSamplesPileUpAndThenDrain)
-{
-    TestFrameServer server(NewTransform(), SteppedCamera());
-    ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 60));
-    EXPECT_EQ(60u, server.CollectAll(0).size());
-    EXPECT_HR(S_OK, server.camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
-}
-
 // Start, stop, flush and shutdown while the capture thread delivers as fast as it can and a consumer collects.
 void ChangeStatesWithFramesInFlight(const std::function<ComPtr<IMFDeviceTransform>()> &newTransform)
 {
@@ -232,24 +223,6 @@ TEST(PassThroughDeviceMftTest, StateChangesWithFramesOnTheWorkQueueLeaveNothingB
         return ComPtr<IMFDeviceTransform>(transform.Get());
     });
     MFUnlockWorkQueue(workQueue);
-}
-
-TEST(PassThroughDeviceMftTest, ReleaseWithoutShutdownOrStopIsClean)
-{
-    auto camera = SteppedCamera();
-    {
-        const auto transform = NewTransform();
-        ComPtr<IMFAttributes> filter;
-        ASSERT_HR(S_OK, MFCreateAttributes(&filter, 1));
-        ASSERT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
-                                           static_cast<IMFTransform *>(camera.Get())));
-        ASSERT_HR(S_OK, transform->InitializeTransform(filter.Get()));
-        ComPtr<IMFMediaType> type;
-        ASSERT_HR(S_OK, transform->GetOutputAvailableType(0, 0, &type));
-        ASSERT_HR(S_OK, transform->SetOutputStreamState(0, type.Get(), DeviceStreamState_Run, 0));
-        EXPECT_REFS(transform, 1);
-    }
-    EXPECT_REFS(camera, 1);
 }
 
 } // namespace

@@ -123,19 +123,6 @@ TEST(StreamTest, OutputAttributesDescribeTheStreamAndKeepThePinsOwn)
     EXPECT_EQ(0u, MFGetAttributeUINT64(configuration.mtList->at(1).Get(), MF_MT_DEPTH_VALUE_UNIT, 0));
 }
 
-TEST(StreamTest, AnOutputStreamNeedsMediaTypes)
-{
-    try
-    {
-        StreamWith({});
-        FAIL() << "accepted";
-    }
-    catch (const std::invalid_argument &refusal)
-    {
-        EXPECT_STREQ("stream must have media types", refusal.what());
-    }
-}
-
 TEST(StreamTest, OnlyARunningOutputKeepsSamples)
 {
     TestEventGenerator generator;

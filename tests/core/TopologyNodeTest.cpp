@@ -44,20 +44,6 @@ TEST(TopologyNodeTest, PropagationVisitsTheChainInOrderAndStopsAtAFailure)
     EXPECT_EQ(0, chain.third->flushes);
 }
 
-TEST(TopologyNodeTest, AnUnknownOrderIsRefused)
-{
-    Chain chain;
-    try
-    {
-        chain.first->Propagate(static_cast<PropagateOrder>(2), [](ITopologyNode *) { return S_OK; });
-        FAIL() << "accepted";
-    }
-    catch (const std::invalid_argument &refusal)
-    {
-        EXPECT_STREQ("unsupported order", refusal.what());
-    }
-}
-
 TEST(TopologyNodeTest, ObserversSeeEverySampleBeforeTheNode)
 {
     class Observer : public mft_core::IPreProcessObserver

@@ -1,13 +1,25 @@
-// Every platform call, allocation and camera call fails in turn: a clean error, nothing left behind, and the next try
-// on the same camera works.
-#include <new>
+// Every platform call, allocation and camera call fails in turn over a whole session: properties, each topology with
+// frames, shutdown. A clean error, nothing left behind, no output that runs and gives nothing, and the next session on
+// the same camera works.
+#include <array>
+#include <thread>
+#include <utility>
+
+#include "platform/ExtendedCameraControl.h"
+#include "platform/RealTimeClientEx.h"
 
 #include "device/TarnDepthDeviceMft.h"
-#include "platform/ExtendedCameraControl.h"
-#include "tests/core/FailingPlatform.h"
-#include "tests/support/TestFrameServer.h"
+#include "sim/CameraIdentifiers.h"
+#include "tarn/depth_presets.h"
+#include "tarn/tarn_dmft.h"
+#include "tests/core/FailureSession.h"
+#include "tests/device/FlatScene.h"
+#include "tests/support/Expect.h"
+#include "utils/MediaTypeParser.h"
+#include "utils/TakeReference.h"
 
 using tarn_sim::SimulatedCamera;
+using tarn_test::Failing;
 using tarn_test::FailingPlatform;
 using user_space_frameworks::MakeCom;
 
@@ -17,173 +29,372 @@ namespace
 constexpr DWORD kDepth = 0;
 constexpr DWORD kInfrared = 1;
 
-struct Change
+struct Size
 {
-    DWORD output;
-    DeviceStreamState state;
+    UINT32 width;
+    UINT32 height;
+    UINT32 fps;
 };
 
-HRESULT Apply(const ComPtr<IMFDeviceTransform> &transform, const Change &change)
+struct FaceLogin
 {
-    ComPtr<IMFMediaType> type; // of infrared the face-login type
-    const HRESULT found = transform->GetOutputAvailableType(change.output, 0, &type);
-    if (FAILED(found))
-    {
-        return found;
-    }
-    const HRESULT result = transform->SetOutputStreamState(change.output, type.Get(), change.state, 0);
-    DeviceStreamState reached = DeviceStreamState_Disabled;
-    EXPECT_HR(S_OK, transform->GetOutputStreamState(change.output, &reached));
-    if (SUCCEEDED(result))
-    {
-        EXPECT_EQ(change.state, reached);
-    }
-    else if (change.state == DeviceStreamState_Run)
-    {
-        EXPECT_EQ(DeviceStreamState_Stop, reached); // reported stopped, not stalled
-    }
-    return result;
-}
+    KSCAMERA_EXTENDEDPROP_HEADER header;
+    KSCAMERA_EXTENDEDPROP_VALUE value;
+};
 
-HRESULT TurnOnFaceLogin(const ComPtr<IMFDeviceTransform> &transform)
+struct EchoCommand
 {
-    ComPtr<IKsControl> control;
-    EXPECT_HR(S_OK, transform.As(&control));
-    KSPROPERTY property{};
-    property.Set = KSPROPERTYSETID_ExtendedCameraControl;
-    property.Id = KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE;
-    property.Flags = KSPROPERTY_TYPE_SET;
-    struct
-    {
-        KSCAMERA_EXTENDEDPROP_HEADER header;
-        KSCAMERA_EXTENDEDPROP_VALUE value;
-    } mode{};
-    mode.header.Flags = KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_ALTERNATIVE_FRAME_ILLUMINATION;
-    ULONG returned = 0;
-    return control->KsProperty(&property, sizeof(property), &mode, sizeof(mode), &returned);
-}
+    KSPROPERTY_TARN_HW_COMMAND command;
+    UINT32 data[2];
+};
 
-// From creation to shutdown through each topology; returns the first failure and goes no further.
-HRESULT Scenario(SimulatedCamera *camera)
+// Frame server and application of one session. Only what the transform does is counted and fails.
+class Client : public tarn_sim::IFrameSink
 {
-    const ComPtr<IMFDeviceTransform> transform = MakeCom<mft_core::TarnDepthDeviceMft>();
-    ComPtr<IMFAttributes> filter;
+  public:
+    Client(IMFDeviceTransform *deviceTransform, SimulatedCamera *simulatedCamera)
+        : transform(deviceTransform), camera(simulatedCamera)
     {
-        const FailingPlatform::Pause pause; // the pipeline's own call
-        EXPECT_HR(S_OK, MFCreateAttributes(&filter, 1));
-        EXPECT_HR(S_OK,
-                  filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL, static_cast<IMFTransform *>(camera)));
+        const FailingPlatform::Pause pause;
+        camera->SetFrameSink(this);
+        EXPECT_HR(S_OK, transform.As(&events));
+        EXPECT_HR(S_OK, transform.As(&control));
+        ComPtr<IMFRealTimeClientEx> client;
+        EXPECT_HR(S_OK, transform.As(&client));
+        EXPECT_HR(S_OK, client->SetWorkQueueEx(WorkQueue(), 0));
     }
-    HRESULT result = transform->InitializeTransform(filter.Get());
-    if (SUCCEEDED(result))
+    ~Client() override
     {
-        result = TurnOnFaceLogin(transform);
+        const FailingPlatform::Pause pause;
+        camera->SetFrameSink(nullptr);
+        camera->StopAll();
     }
-    for (const Change &change : {Change{kInfrared, DeviceStreamState_Run}, Change{kDepth, DeviceStreamState_Run},
-                                 Change{kInfrared, DeviceStreamState_Stop}, Change{kDepth, DeviceStreamState_Stop},
-                                 Change{kDepth, DeviceStreamState_Run}})
+    Client(const Client &) = delete;
+    Client &operator=(const Client &) = delete;
+
+    void OnFrame(DWORD, IMFSample *sample) override
     {
+        delivered = sample;
+    }
+
+    template <class Payload>
+    HRESULT Property(const GUID &set, ULONG id, ULONG flags, Payload payload)
+    {
+        KSPROPERTY property{};
+        property.Set = set;
+        property.Id = id;
+        property.Flags = flags;
+        ULONG returned = 0;
+        const HRESULT result = control->KsProperty(&property, sizeof(property), &payload, sizeof(payload), &returned);
+        Pump();
+        return result;
+    }
+    template <class Payload>
+    HRESULT SetUnit(ULONG id, Payload payload)
+    {
+        return Property(KSPROPERTYSETID_TARN_DEPTH_CONTROL, id, KSPROPERTY_TYPE_SET, payload);
+    }
+    template <class Payload>
+    HRESULT GetOwn(ULONG id, Payload payload)
+    {
+        return Property(KSPROPERTYSETID_TARN_DMFT_CONTROL, id, KSPROPERTY_TYPE_GET, payload);
+    }
+    template <class Payload>
+    HRESULT SetOwn(ULONG id, Payload payload)
+    {
+        return Property(KSPROPERTYSETID_TARN_DMFT_CONTROL, id, KSPROPERTY_TYPE_SET, payload);
+    }
+
+    HRESULT SetFaceLogin(bool on)
+    {
+        FaceLogin mode{};
+        mode.header.Flags = on ? KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_ALTERNATIVE_FRAME_ILLUMINATION
+                               : KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_DISABLED;
+        return Property(KSPROPERTYSETID_ExtendedCameraControl, KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE,
+                        KSPROPERTY_TYPE_SET, mode);
+    }
+
+    HRESULT Run(DWORD output, const Size &size)
+    {
+        const bool ran = IsRunning(output);
+        const HRESULT result = Change(output, size, DeviceStreamState_Run);
         if (SUCCEEDED(result))
         {
-            result = Apply(transform, change);
+            sizes.at(output) = size;
+        }
+        // What failed to start is reported stopped; what ran before may run on as it was.
+        EXPECT_TRUE(SUCCEEDED(result) ? IsRunning(output) : ran || !IsRunning(output));
+        return result;
+    }
+    HRESULT Stop(DWORD output)
+    {
+        const HRESULT result = Change(output, sizes.at(output), DeviceStreamState_Stop);
+        EXPECT_FALSE(IsRunning(output));
+        return result;
+    }
+    HRESULT Flush()
+    {
+        return transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0);
+    }
+
+    // Has the camera deliver frames and gives each to the transform. S_FALSE when one did not arrive: to a fault a
+    // frame may be lost, but not two.
+    HRESULT Stream(std::uint32_t frames)
+    {
+        std::uint32_t lost = 0;
+        for (std::uint32_t i = 0; i < frames; ++i)
+        {
+            const auto frame = NextFrame();
+            const HRESULT accepted = transform->ProcessInput(0, frame.Get(), 0);
+            lost += HasReachedAll(frame) ? 0 : 1;
+            if (FAILED(accepted))
+            {
+                return accepted;
+            }
+        }
+        EXPECT_LE(lost, 1u);
+        return lost == 0 ? S_OK : S_FALSE;
+    }
+
+    // What still runs, after whatever happened, gives frames.
+    void ExpectNoStall()
+    {
+        const FailingPlatform::Pause pause;
+        const FailingPlatform::Suspension suspension;
+        Pump();
+        if (!IsRunning(kDepth) && !IsRunning(kInfrared))
+        {
+            EXPECT_EQ(DeviceStreamState_Stop, camera->GetPinState(0));
+            // A camera whose own calls fail may refuse to forget the listener.
+            EXPECT_TRUE(camera->EventListenerCount() == 0 || !FailingPlatform::LeavesTheCameraAlone());
+        }
+        else
+        {
+            ASSERT_EQ(DeviceStreamState_Run, camera->GetPinState(0));
+            const auto frame = NextFrame();
+            EXPECT_HR(S_OK, transform->ProcessInput(0, frame.Get(), 0));
+            EXPECT_TRUE(HasReachedAll(frame));
         }
     }
-    ComPtr<IMFShutdown> shutdown;
-    EXPECT_HR(S_OK, transform.As(&shutdown));
-    const HRESULT ended = shutdown->Shutdown();
-    shutdown.Reset();
-    EXPECT_REFS(transform, 1);
-    return FAILED(result) ? result : ended;
+
+  private:
+    // One for all sessions: it is the pipeline's.
+    static DWORD WorkQueue()
+    {
+        static const DWORD queue = [] {
+            DWORD id = 0;
+            EXPECT_HR(S_OK, MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &id));
+            return id;
+        }();
+        return queue;
+    }
+
+    bool IsRunning(DWORD output)
+    {
+        const FailingPlatform::Pause pause;
+        DeviceStreamState state = DeviceStreamState_Disabled;
+        EXPECT_HR(S_OK, transform->GetOutputStreamState(output, &state));
+        return state == DeviceStreamState_Run;
+    }
+
+    HRESULT Change(DWORD output, const Size &size, DeviceStreamState state)
+    {
+        const HRESULT result = transform->SetOutputStreamState(output, FindType(output, size).Get(), state, 0);
+        Pump();
+        return result;
+    }
+
+    ComPtr<IMFMediaType> FindType(DWORD output, const Size &size)
+    {
+        const FailingPlatform::Pause pause;
+        ComPtr<IMFMediaType> type;
+        for (DWORD index = 0; SUCCEEDED(transform->GetOutputAvailableType(output, index, &type)); ++index)
+        {
+            mft_utils::MediaTypeData data;
+            EXPECT_HR(S_OK, mft_utils::MediaTypeParser::GetMediaTypeData(data, type.Get()));
+            if (data.width == size.width && data.height == size.height && data.FPS() == size.fps)
+            {
+                return type;
+            }
+            type.Reset();
+        }
+        ADD_FAILURE() << "no type " << size.width << "x" << size.height << "@" << size.fps;
+        return nullptr;
+    }
+
+    // Answers the transform's events.
+    void Pump()
+    {
+        ComPtr<IMFMediaEvent> event;
+        while (events->GetEvent(MF_EVENT_FLAG_NO_WAIT, event.ReleaseAndGetAddressOf()) == S_OK)
+        {
+            MediaEventType type = MEUnknown;
+            event->GetType(&type);
+            DeviceStreamState state = DeviceStreamState_Stop;
+            ComPtr<IMFMediaType> preferred;
+            if (type == METransformInputStreamStateChanged &&
+                SUCCEEDED(transform->GetInputStreamPreferredState(0, &state, &preferred)))
+            {
+                EXPECT_HR(S_OK, transform->SetInputStreamState(0, preferred.Get(), state, 0));
+                const FailingPlatform::Pause pause;
+                EXPECT_HR(S_OK, camera->SetPinState(0, state, preferred.Get()));
+            }
+        }
+    }
+
+    ComPtr<IMFSample> NextFrame()
+    {
+        const FailingPlatform::Suspension suspension; // the camera's own work
+        EXPECT_HR(S_OK, camera->Step(0, 1));
+        return std::exchange(delivered, nullptr);
+    }
+
+    // Takes what comes until the transform has let go of the frame: one sample for each output that runs.
+    bool HasReachedAll(const ComPtr<IMFSample> &frame)
+    {
+        const FailingPlatform::Pause pause;
+        std::array<int, 2> arrived{};
+        const ULONGLONG end = GetTickCount64() + 5000;
+        for (bool isDone = false; !isDone; std::this_thread::yield())
+        {
+            if (GetTickCount64() > end)
+            {
+                ADD_FAILURE() << "the transform does not let go of the frame";
+                return false;
+            }
+            isDone = tarn_test::ReferenceCount(frame) == 1;
+            for (const DWORD output : {kDepth, kInfrared})
+            {
+                MFT_OUTPUT_DATA_BUFFER buffer{};
+                buffer.dwStreamID = output;
+                DWORD status = 0;
+                transform->ProcessOutput(0, 1, &buffer, &status);
+                ComPtr<IMFSample> sample;
+                user_space_frameworks::TakeReference(sample, buffer.pSample);
+                if (sample)
+                {
+                    ++arrived.at(output);
+                    ExpectLength(output, sample);
+                }
+            }
+        }
+        EXPECT_LE(arrived[kDepth], IsRunning(kDepth) ? 1 : 0);
+        EXPECT_LE(arrived[kInfrared], IsRunning(kInfrared) ? 1 : 0);
+        return arrived[kDepth] == (IsRunning(kDepth) ? 1 : 0) && arrived[kInfrared] == (IsRunning(kInfrared) ? 1 : 0);
+    }
+
+    void ExpectLength(DWORD output, const ComPtr<IMFSample> &sample)
+    {
+        DWORD length = 0;
+        EXPECT_HR(S_OK, sample->GetTotalLength(&length));
+        const DWORD pixels = sizes.at(output).width * sizes.at(output).height;
+        // Depth with confidence keeps the buffer of both planes.
+        EXPECT_TRUE(length == pixels * (output == kDepth ? 2 : 1) || (output == kDepth && length == pixels * 4))
+            << "output " << output << ": " << length << " bytes";
+    }
+
+    const ComPtr<IMFDeviceTransform> transform;
+    SimulatedCamera *const camera;
+    ComPtr<IMFMediaEventGenerator> events;
+    ComPtr<IKsControl> control;
+    std::array<Size, 2> sizes{};
+    ComPtr<IMFSample> delivered;
+};
+
+// S_FALSE when a frame was lost on the way.
+HRESULT UseEverything(Client &client)
+{
+    EchoCommand echo{{tarn_sim::kOpcodeEcho, sizeof(EchoCommand::data), 1, 2, 3, 4}, {5, 6}};
+    const Size faceLogin{360, 360, 60};
+    const Size small{320, 240, 30};
+    const std::function<HRESULT()> steps[] = {
+        [&] { return client.GetOwn(KSPROPERTY_TARN_DMFT_CONTROL_API_VERSION, KSPROPERTY_TARN_API_VERSION{}); },
+        [&] { return client.SetOwn(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, UINT32{TARN_DEPTH_PRESET_CLOSE_UP}); },
+        [&] { return client.SetOwn(KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND, echo); },
+        [&] { return client.GetOwn(KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND, echo); },
+        [&] { return client.SetUnit(tarn_sim::kControlLaserPower, BYTE{3}); },
+        [&] { return client.SetFaceLogin(true); },
+        [&] { return client.Run(kInfrared, faceLogin); },
+        [&] { return client.Stream(1); },
+        [&] { return client.Run(kDepth, small); }, // ends face login
+        [&] { return client.Run(kInfrared, small); },
+        [&] { return client.Stream(2); },
+        [&] { return client.Flush(); },
+        [&] { return client.Stop(kInfrared); },
+        [&] { return client.SetOwn(KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP, UINT32{1}); },
+        [&] { return client.Stream(2); },
+        [&] { return client.SetOwn(KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP, UINT32{0}); },
+        [&] { return client.Stream(1); },
+        [&] { return client.Stop(kDepth); },
+        [&] { return client.Run(kDepth, small); }, // and shutdown while it runs
+    };
+    bool isFrameLost = false;
+    for (const auto &step : steps)
+    {
+        const HRESULT result = step();
+        if (FAILED(result))
+        {
+            return result;
+        }
+        isFrameLost = isFrameLost || result == S_FALSE;
+    }
+    return isFrameLost ? S_FALSE : S_OK;
 }
 
-ComPtr<SimulatedCamera> NewCamera()
+HRESULT UseBothOutputs(Client &client)
+{
+    const Size small{320, 240, 30};
+    EXPECT_HR(S_OK, client.Run(kDepth, small));
+    EXPECT_HR(S_OK, client.Run(kInfrared, small));
+    return client.Stream(1);
+}
+
+tarn_test::Session SessionThat(HRESULT (*use)(Client &client))
+{
+    return [use](SimulatedCamera *camera) {
+        return tarn_test::RunSession([] { return MakeCom<mft_core::TarnDepthDeviceMft>(); }, camera,
+                                     [&](IMFDeviceTransform *transform) {
+                                         Client client(transform, camera);
+                                         const HRESULT result = use(client);
+                                         client.ExpectNoStall();
+                                         return result;
+                                     });
+    };
+}
+
+const tarn_test::Sessions kSessions{SessionThat(UseEverything), SessionThat(UseBothOutputs)};
+
+ComPtr<SimulatedCamera> SteppedTarnDepth()
 {
     auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
     configuration.pacing = tarn_sim::Pacing::Stepped;
+    configuration.frameSource = std::make_shared<tarn_test::FlatScene>();
     return MakeCom<SimulatedCamera>(configuration);
 }
 
 TEST(DepthFailureTest, EveryPlatformCallMayFail)
 {
-    const auto camera = NewCamera();
-    int failures = 0;
-    for (int call = 1;; ++call)
-    {
-        bool failed = false;
-        {
-            const FailingPlatform platform(call);
-            const HRESULT result = Scenario(camera.Get());
-            failed = platform.HasFailed();
-            // A shutdown that cannot announce the pin's stop goes on.
-            EXPECT_TRUE(result == S_OK || (failed && result == E_OUTOFMEMORY))
-                << "call " << call << ": " << std::hex << result;
-            failures += FAILED(result) ? 1 : 0;
-        }
-        EXPECT_REFS(camera, 1);
-        if (!failed)
-        {
-            break;
-        }
-        if (call % 10 == 0)
-        {
-            EXPECT_HR(S_OK, Scenario(camera.Get())) << "after call " << call;
-        }
-    }
-    EXPECT_GT(failures, 30); // types, attributes and events
+    const auto camera = SteppedTarnDepth();
+    EXPECT_GT(tarn_test::FailEachInTurn(Failing::PlatformCall, camera.Get(), kSessions), 30);
 }
 
 TEST(DepthFailureTest, EveryAllocationMayFail)
 {
-    int failures = 0;
-    for (int allocation = 1;; ++allocation)
-    {
-        const auto camera = NewCamera();
-        bool failed = false;
-        HRESULT result = E_FAIL;
-        {
-            const tarn_test::FailingAllocation failing(allocation);
-            try
-            {
-                result = Scenario(camera.Get());
-            }
-            catch (const std::bad_alloc &)
-            {
-                result = E_OUTOFMEMORY; // while the test itself created the object
-            }
-            failed = failing.HasFailed();
-        }
-        EXPECT_REFS(camera, 1) << "allocation " << allocation;
-        EXPECT_TRUE(result == S_OK || (failed && result == E_OUTOFMEMORY))
-            << "allocation " << allocation << ": " << std::hex << result;
-        failures += FAILED(result) ? 1 : 0;
-        if (!failed)
-        {
-            break;
-        }
-    }
-    EXPECT_GT(failures, 100);
+    const auto camera = SteppedTarnDepth();
+    EXPECT_GT(tarn_test::FailEachInTurn(Failing::Allocation, camera.Get(), kSessions), 100);
 }
 
 TEST(DepthFailureTest, EveryKsCallMayFail)
 {
-    const auto camera = NewCamera();
-    int failures = 0;
-    int successes = 0;
-    for (std::uint32_t call = 1; call <= 120; ++call)
-    {
-        tarn_sim::FaultPlan plan;
-        plan.ksCall = {call, E_ABORT, false};
-        camera->SetFaultPlan(plan);
-        const HRESULT result = Scenario(camera.Get());
-        EXPECT_REFS(camera, 1);
-        EXPECT_TRUE(result == S_OK || result == E_ABORT || result == E_NOINTERFACE)
-            << "call " << call << ": " << std::hex << result;
-        ++(FAILED(result) ? failures : successes);
-    }
-    EXPECT_GT(failures, 20); // the unit, the record, the presets, the event
-    EXPECT_GT(successes, 0); // the last calls are never made
-    camera->SetFaultPlan({});
-    EXPECT_HR(S_OK, Scenario(camera.Get()));
+    const auto camera = SteppedTarnDepth();
+    EXPECT_GT(tarn_test::FailEachCameraCall(tarn_test::kKsCalls, camera.Get(), kSessions), 60);
+}
+
+TEST(DepthFailureTest, EveryCallOfTheCamerasFilterAndItsTopologyMayFail)
+{
+    const auto camera = SteppedTarnDepth();
+    EXPECT_GT(tarn_test::FailEachCameraCall(tarn_test::kTransformCalls, camera.Get(), kSessions), 10);
+    EXPECT_GT(tarn_test::FailEachCameraCall(tarn_test::kTopologyCalls, camera.Get(), kSessions), 0);
 }
 
 } // namespace

@@ -1,96 +1,368 @@
-// Starts, stops and properties at the same time, with frames on their way.
+// Random but legal sequences of calls, each over a new transform and camera and checked against a model after every
+// step. TARN_STRESS_SEED=n repeats the sequence that a failure names.
 #include <atomic>
-#include <future>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
 #include <random>
 #include <thread>
 
-#include "tests/device/DepthServer.h"
+#include "device/DepthPresetTable.h"
+#include "tarn/frame_metadata.h"
+#include "tarn/sample_attributes.h"
+#include "tests/device/DepthModel.h"
+#include "tests/device/FlatScene.h"
+#include "tests/support/HandleCount.h"
 
+using tarn_sim::Pacing;
+using tarn_sim::SimulatedCamera;
+using tarn_test::DepthModel;
 using tarn_test::DepthServer;
+using tarn_test::FlatScene;
+using tarn_test::FrameFormat;
 using tarn_test::kDepth;
 using tarn_test::kInfrared;
 
 namespace
 {
 
-struct Size
+constexpr unsigned kSequences = 2000;
+constexpr std::array<FrameFormat, 4> kDepthFormats{{{320, 240, 30}, {320, 240, 60}, {640, 480, 60}, {1280, 720, 30}}};
+constexpr std::array<FrameFormat, 4> kInfraredFormats{{{320, 240, 30}, {320, 240, 60}, {360, 360, 60}, {640, 480, 30}}};
+constexpr std::array<UINT32, 8> kPresets{0, 1, 2, 3, 4, 5, 6, 14};
+
+// Ends the program, and says where it hung, when a sequence does not end.
+class Watchdog
 {
-    UINT32 width;
-    UINT32 height;
-    UINT32 fps;
+  public:
+    ~Watchdog()
+    {
+        {
+            const std::scoped_lock guard(lock);
+            isOver = true;
+        }
+        changed.notify_all();
+        thread.join();
+    }
+    void Begin(unsigned sequence)
+    {
+        const std::scoped_lock guard(lock);
+        steps = "TARN_STRESS_SEED=" + std::to_string(sequence);
+        ++sequences;
+        changed.notify_all();
+    }
+    void Step(const std::string &step)
+    {
+        const std::scoped_lock guard(lock);
+        steps += "\n  " + step;
+    }
+    std::string Steps()
+    {
+        const std::scoped_lock guard(lock);
+        return steps;
+    }
+
+  private:
+    void Watch()
+    {
+        std::unique_lock guard(lock);
+        while (!isOver)
+        {
+            const unsigned watched = sequences;
+            if (!changed.wait_for(guard, std::chrono::seconds(30), [&] { return isOver || sequences != watched; }))
+            {
+                std::fprintf(stderr, "hangs: %s\n", steps.c_str());
+                std::fflush(stderr);
+                TerminateProcess(GetCurrentProcess(), 3);
+            }
+        }
+    }
+
+    std::mutex lock;
+    std::condition_variable changed;
+    std::string steps;
+    unsigned sequences = 0;
+    bool isOver = false;
+    std::thread thread{[this] { Watch(); }};
 };
 
-TEST(DepthStressTest, PropertiesFromAnotherThreadNeverLeaveAPinRunningOrAFrameOfTheWrongSize)
+// What the application does meanwhile, on its own thread.
+enum class Meanwhile
 {
-    const Size sizes[] = {{640, 480, 30}, {320, 240, 60}, {1280, 720, 30}};
-    const Size infraredSizes[] = {{640, 480, 30}, {320, 240, 60}, {360, 360, 60}};
-    auto configuration = DepthServer::SteppedTarnDepth();
-    configuration.pacing = tarn_sim::Pacing::RealTime;
-    DepthServer server(configuration);
-    ASSERT_HR(S_OK, server.initialized);
+    Nothing,
+    Reads,
+    Changes
+};
 
-    std::atomic<bool> finished{false};
-    const auto application = std::async(std::launch::async, [&] {
-        std::mt19937 random(2); // NOLINT: the same in every run
-        while (!finished)
-        {
-            UINT32 value = random() % 2;
-            server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP,
-                                KSPROPERTY_TYPE_SET, &value, sizeof(value));
-            server.SetFaceLogin(random() % 2 == 0);
-            value = random() % 8;
-            server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS,
-                                KSPROPERTY_TYPE_SET, &value, sizeof(value));
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    });
-
-    std::mt19937 random(1); // NOLINT: the same in every run
-    std::size_t expected[2] = {};
-    std::size_t frames = 0;
-    for (int round = 0; round < 300; ++round)
+class Sequence
+{
+  public:
+    Sequence(unsigned seed, Watchdog &dog) : random(seed), watchdog(dog)
     {
-        const DWORD output = random() % 2 == 0 ? kDepth : kInfrared;
-        if (random() % 3 != 0)
+        pacing = Chance(5) ? Pacing::AsFastAsTaken : Pacing::Stepped;
+        meanwhile = Chance(10) ? Meanwhile::Changes : Chance(4) ? Meanwhile::Reads : Meanwhile::Nothing;
+        auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
+        configuration.pacing = pacing;
+        configuration.buffersPerPin = pacing == Pacing::Stepped ? 64 : 4;
+        configuration.frameSource = std::make_shared<FlatScene>();
+        camera = user_space_frameworks::MakeCom<SimulatedCamera>(configuration);
+    }
+
+    void Play()
+    {
         {
-            const Size size = output == kDepth ? sizes[random() % 3] : infraredSizes[random() % 3];
-            if (SUCCEEDED(server.Run(output, size.width, size.height, size.fps)))
+            DepthServer transform(camera);
+            server = &transform;
+            ASSERT_HR(S_OK, server->initialized);
+            std::atomic<bool> isOver{false};
+            std::thread application([&] { UseProperties(isOver); });
+            for (unsigned left = 5 + random() % 11; left > 0 && !testing::Test::HasFailure(); --left)
             {
-                expected[output] = std::size_t{size.width} * size.height * (output == kDepth ? 2 : 1);
+                Step();
+                Check();
             }
+            isOver = true;
+            application.join();
+            CheckAfterChanges();
+        }
+        EXPECT_HR(S_OK, camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+        EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
+        EXPECT_EQ(0u, camera->EventListenerCount());
+    }
+
+  private:
+    bool Chance(unsigned one)
+    {
+        return random() % one == 0;
+    }
+    void Log(const std::string &step)
+    {
+        watchdog.Step(step);
+    }
+    bool IsExact() const
+    {
+        return meanwhile != Meanwhile::Changes;
+    }
+
+    void Step()
+    {
+        const DWORD output = Chance(2) ? kDepth : kInfrared;
+        const std::string name = output == kDepth ? "depth" : "infrared";
+        switch (const unsigned choice = random() % 16; choice)
+        {
+        default: // six of sixteen
+        {
+            const auto &formats = output == kDepth ? kDepthFormats : kInfraredFormats;
+            const FrameFormat format = formats.at(Chance(12) ? 3 : Chance(5) ? 2 : random() % 2);
+            Log("start " + name + ' ' + format.Text());
+            ExpectResult(model.Start(output, format), server->Run(output, format.width, format.height, format.fps));
+            break;
+        }
+        case 0:
+        case 1:
+        case 2:
+            Log("stop " + name);
+            ExpectResult(model.Stop(output), server->Stop(output));
+            break;
+        case 3:
+        case 4: {
+            const bool on = Chance(2);
+            Log(on ? "confidence map on" : "confidence map off");
+            ExpectResult(model.SetConfidenceMap(on), server->SetConfidenceMap(on));
+            break;
+        }
+        case 5: {
+            const bool on = !Chance(3);
+            Log(on ? "face login on" : "face login off");
+            ExpectResult(model.SetFaceLogin(on), server->SetFaceLogin(on));
+            break;
+        }
+        case 6: {
+            UINT32 preset = kPresets.at(random() % kPresets.size());
+            Log("preset " + std::to_string(preset));
+            model.preset = preset;
+            EXPECT_HR(S_OK, server->SetProperty(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, preset));
+            break;
+        }
+        case 7:
+            Log("flush");
+            EXPECT_HR(S_OK, server->transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0));
+            break;
+        case 8: // and leaves them where they are
+            Log("frames in flight");
+            DeliverFrames(1 + random() % 3);
+            break;
+        case 9:
+            Log("frames");
+            CollectFrames();
+            break;
+        }
+    }
+
+    void ExpectResult(HRESULT expected, HRESULT result)
+    {
+        if (IsExact())
+        {
+            EXPECT_HR(expected, result);
         }
         else
         {
-            EXPECT_HR(S_OK, server.Stop(output));
+            // What the application changed meanwhile decides.
+            EXPECT_TRUE(result == S_OK || result == E_FAIL || result == E_UNEXPECTED) << std::hex << result;
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(random() % 20));
-        for (const DWORD stream : {kDepth, kInfrared})
-        {
-            server.Pump();
-            for (const auto &sample : server.CollectAll(stream))
-            {
-                ++frames;
-                const std::size_t bytes = tarn_test::PixelsOf(sample).size();
-                // Depth with confidence keeps the buffer of both planes.
-                EXPECT_TRUE(bytes == expected[stream] || (stream == kDepth && bytes == 2 * expected[stream]))
-                    << "round " << round << " output " << stream << ": " << bytes << " bytes, " << expected[stream];
-            }
-        }
-        const bool anyRuns = server.OutputState(kDepth) == DeviceStreamState_Run ||
-                             server.OutputState(kInfrared) == DeviceStreamState_Run;
-        // A switch of the map stops the pin and runs it again; the second event may still be on its way.
-        EXPECT_TRUE(tarn_test::WaitUntil([&] {
-            server.Pump();
-            return anyRuns == (server.Pin() != "stopped");
-        })) << "round "
-            << round;
     }
-    finished = true;
-    application.wait();
-    EXPECT_GT(frames, 50u);
-    EXPECT_HR(S_OK, server.Stop(kDepth));
-    EXPECT_HR(S_OK, server.Stop(kInfrared));
-    EXPECT_EQ("stopped", server.Pin());
+
+    void Check()
+    {
+        for (const DWORD output : {kDepth, kInfrared})
+        {
+            EXPECT_EQ(model.running.at(output).has_value(), server->OutputState(output) == DeviceStreamState_Run);
+        }
+        EXPECT_EQ(model.isListening ? 1u : 0u, camera->EventListenerCount());
+        if (!IsExact())
+        {
+            return;
+        }
+        EXPECT_EQ(model.pin, server->Pin());
+        EXPECT_EQ(model.preset, server->CurrentPreset());
+        EXPECT_EQ(mft_core::FindDepthPreset(model.preset)->laserPower,
+                  camera->ControlValue(tarn_sim::kControlLaserPower));
+        EXPECT_EQ(model.confidenceMap, server->HasConfidenceMap());
+    }
+
+    std::uint32_t DeliverFrames(std::uint32_t frames)
+    {
+        if (pacing != Pacing::Stepped || server->Pin() == "stopped")
+        {
+            return 0;
+        }
+        const HRESULT delivered = camera->Step(0, frames);
+        EXPECT_HR(S_OK, delivered);
+        return frames;
+    }
+
+    // Every output that runs gives every frame, in order, as it was asked for; one that does not gives none.
+    void CollectFrames()
+    {
+        const std::uint64_t before = camera->Statistics(0).delivered;
+        const std::uint32_t frames = DeliverFrames(1 + random() % 3);
+        for (const DWORD output : {kDepth, kInfrared})
+        {
+            if (!model.running.at(output))
+            {
+                EXPECT_EQ(nullptr, server->Collect(output)) << "output " << output;
+                continue;
+            }
+            std::uint32_t arrived = 0;
+            EXPECT_TRUE(tarn_test::WaitUntil([&] {
+                while (const auto sample = server->Collect(output))
+                {
+                    arrived += CheckSample(output, sample) >= before ? 1 : 0;
+                }
+                // While the application switches formats frames of the former one are dropped.
+                return arrived >= frames || (!IsExact() && !isSettled);
+            })) << arrived
+                << " of " << frames << " frames on output " << output;
+        }
+    }
+
+    // The frame's number.
+    std::uint64_t CheckSample(DWORD output, const ComPtr<IMFSample> &sample)
+    {
+        TARN_FRAME_METADATA record{};
+        EXPECT_TRUE(tarn_test::HasBlob(sample, TARN_SAMPLE_FRAME_METADATA, record));
+        const std::vector<BYTE> bytes = tarn_test::PixelsOf(sample);
+        const std::size_t pixels = std::size_t{model.running.at(output)->width} * model.running.at(output)->height;
+        if (output == kDepth)
+        {
+            // With confidence the sample keeps the buffer of both planes.
+            const bool hasConfidence = std::memcmp(&record.formatFourCc, "INZC", 4) == 0;
+            EXPECT_EQ(pixels * (hasConfidence ? 4 : 2), bytes.size());
+            EXPECT_EQ(FlatScene::DepthByte(record.frameCounter), bytes.front());
+            EXPECT_EQ(FlatScene::DepthByte(record.frameCounter), bytes.at(pixels * 2 - 1));
+        }
+        else
+        {
+            EXPECT_EQ(pixels, bytes.size());
+            EXPECT_EQ(FlatScene::InfraredPixel(record.frameCounter), bytes.front());
+            EXPECT_EQ(FlatScene::InfraredPixel(record.frameCounter), bytes.back());
+        }
+        EXPECT_LT(lastNumber.at(output), static_cast<std::int64_t>(record.frameCounter));
+        lastNumber.at(output) = static_cast<std::int64_t>(record.frameCounter);
+        return record.frameCounter;
+    }
+
+    void UseProperties(const std::atomic<bool> &isOver)
+    {
+        std::mt19937 own(42); // NOLINT: the same in every run
+        while (!isOver && meanwhile != Meanwhile::Nothing)
+        {
+            server->CurrentPreset();
+            server->HasConfidenceMap();
+            if (meanwhile == Meanwhile::Changes)
+            {
+                server->SetProperty(KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP, static_cast<UINT32>(own() % 2));
+                server->SetFaceLogin(own() % 2 == 0);
+                server->SetProperty(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, kPresets.at(own() % 7));
+            }
+            std::this_thread::yield();
+        }
+    }
+
+    // What the application changed at the same time as the pipeline fits together once both have come to rest.
+    void CheckAfterChanges()
+    {
+        if (IsExact() || testing::Test::HasFailure())
+        {
+            return;
+        }
+        isSettled = true;
+        server->Pump();
+        const std::string map = server->HasConfidenceMap() ? "INZC " : "INVZ ";
+        const std::string pin = server->Pin();
+        EXPECT_EQ(model.AnyRuns(), pin != "stopped");
+        if (model.running[kDepth] && !model.running[kInfrared] && pin.rfind("INZI", 0) != 0)
+        {
+            EXPECT_EQ(map + model.running[kDepth]->Text(), pin);
+        }
+        CollectFrames();
+    }
+
+    std::mt19937 random;
+    Watchdog &watchdog;
+    Pacing pacing;
+    Meanwhile meanwhile;
+    ComPtr<SimulatedCamera> camera;
+    DepthServer *server = nullptr;
+    DepthModel model;
+    std::array<std::int64_t, 2> lastNumber{-1, -1};
+    bool isSettled = false; // the application has ended
+};
+
+TEST(DepthStressTest, RandomSequencesFollowTheModelAndLeaveNothingBehind)
+{
+    const char *const chosen = std::getenv("TARN_STRESS_SEED");
+    const unsigned first = chosen != nullptr ? static_cast<unsigned>(std::atoi(chosen)) : 1;
+    const unsigned last = chosen != nullptr ? first : kSequences;
+    Watchdog watchdog;
+    const std::size_t objects = user_space_frameworks::Object::LiveCount();
+    int handles = 0;
+    for (unsigned seed = first; seed <= last && !HasFailure(); ++seed)
+    {
+        watchdog.Begin(seed);
+        Sequence(seed, watchdog).Play();
+        EXPECT_TRUE(tarn_test::WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
+        EXPECT_FALSE(HasFailure()) << watchdog.Steps();
+        if (seed == 200) // by then the platform has made its own threads
+        {
+            handles = tarn_test::CountHandles();
+        }
+    }
+    // The platform's thread pool comes and goes by a few.
+    EXPECT_TRUE(last < kSequences || tarn_test::WaitUntil([&] { return tarn_test::CountHandles() <= handles + 12; }))
+        << handles << " -> " << tarn_test::CountHandles();
 }
 
 } // namespace

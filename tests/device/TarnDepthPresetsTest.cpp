@@ -47,16 +47,6 @@ class TarnDepthPresetsTest : public testing::Test
     std::shared_ptr<TarnDepthPresets> presets = std::make_shared<TarnDepthPresets>(device.unit.Get(), device.pipe);
 };
 
-TEST_F(TarnDepthPresetsTest, InitPutsTheDefaultIntoForce)
-{
-    ASSERT_HR(S_OK, presets->ApplyPreset(Types::HIGH_CONTRAST));
-    ASSERT_HR(S_OK, presets->Init());
-
-    EXPECT_EQ(Types::DEFAULT, presets->GetCurrentPreset());
-    EXPECT_EQ((std::vector<int>{16, 2, 9, 5, 3}), CameraState(device).controls);
-    EXPECT_FALSE(device.camera->FirmwareNow().hdrOn);
-}
-
 TEST_F(TarnDepthPresetsTest, EveryPresetIsTakenWholeByTheCamera)
 {
     ASSERT_HR(S_OK, presets->Init());

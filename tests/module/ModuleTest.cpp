@@ -11,13 +11,12 @@
 #include "tests/support/Expect.h"
 #include "tests/support/HandleCount.h"
 
+using tarn_test::kColorClass;
+using tarn_test::kDepthClass;
 using tarn_test::LoadedDll;
 
 namespace
 {
-
-constexpr CLSID kDepthClass = {0x7F9DF308, 0x0F2D, 0x432E, {0x8C, 0x8E, 0xD3, 0x6E, 0xD8, 0xF1, 0x2C, 0x90}};
-constexpr CLSID kColorClass = {0x01BC2102, 0x6449, 0x429F, {0x8F, 0x62, 0xB8, 0xD2, 0x3D, 0x1D, 0xE6, 0xD3}};
 
 std::wstring ReadString(const std::wstring &key, const wchar_t *value)
 {

@@ -1,0 +1,124 @@
+#include "tests/core/FailureSession.h"
+
+#include "platform/CameraAttributes.h"
+
+#include <new>
+#include <string>
+
+#include "tests/support/Expect.h"
+
+using tarn_sim::FaultPlan;
+using tarn_sim::Method;
+using tarn_sim::SimulatedCamera;
+
+namespace tarn_test
+{
+
+namespace
+{
+// A session after which nobody holds the camera or one of its frames.
+HRESULT RunClean(SimulatedCamera *camera, const Session &session)
+{
+    HRESULT result = E_FAIL;
+    try
+    {
+        result = session(camera);
+    }
+    catch (const std::bad_alloc &)
+    {
+        result = E_OUTOFMEMORY; // while the test itself created the object
+    }
+    const FailingPlatform::Pause pause;
+    EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(camera) == 1; })) << ReferenceCount(camera) << " references";
+    EXPECT_HR(S_OK, camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+    return result;
+}
+
+std::uint64_t CountOf(const CameraCalls &calls, const SimulatedCamera &camera)
+{
+    std::uint64_t count = 0;
+    for (auto method = static_cast<int>(calls.first); method <= static_cast<int>(calls.last); ++method)
+    {
+        count += camera.Calls(static_cast<Method>(method));
+    }
+    return count;
+}
+} // namespace
+
+HRESULT RunSession(const std::function<ComPtr<IMFDeviceTransform>()> &create, SimulatedCamera *camera,
+                   const std::function<HRESULT(IMFDeviceTransform *transform)> &body)
+{
+    const ComPtr<IMFDeviceTransform> transform = create();
+    ComPtr<IMFAttributes> filter;
+    {
+        const FailingPlatform::Pause pause; // the pipeline's own call
+        EXPECT_HR(S_OK, MFCreateAttributes(&filter, 1));
+        EXPECT_HR(S_OK,
+                  filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL, static_cast<IMFTransform *>(camera)));
+    }
+    HRESULT result = transform->InitializeTransform(filter.Get());
+    if (SUCCEEDED(result))
+    {
+        result = body(transform.Get());
+    }
+    ComPtr<IMFShutdown> shutdown;
+    EXPECT_HR(S_OK, transform.As(&shutdown));
+    const HRESULT ended = shutdown->Shutdown();
+    shutdown.Reset();
+    const FailingPlatform::Pause pause;
+    EXPECT_REFS(transform, 1);
+    return FAILED(result) ? result : ended;
+}
+
+int FailEachInTurn(Failing kind, SimulatedCamera *camera, const Sessions &sessions)
+{
+    EXPECT_HR(S_OK, RunClean(camera, sessions.failing)); // what is made once and kept is made now
+    int calls = 0;
+    {
+        const FailingPlatform counting(kind, 0);
+        EXPECT_HR(S_OK, RunClean(camera, sessions.failing));
+        calls = counting.Calls();
+    }
+    int failures = 0;
+    for (int call = 1; call <= calls && !testing::Test::HasFailure(); ++call)
+    {
+        SCOPED_TRACE("call " + std::to_string(call));
+        {
+            const FailingPlatform failing(kind, call);
+            const HRESULT result = RunClean(camera, sessions.failing);
+            EXPECT_TRUE(SUCCEEDED(result) || (failing.HasFailed() && result == E_OUTOFMEMORY)) << std::hex << result;
+            failures += FAILED(result) ? 1 : 0;
+            EXPECT_TRUE(camera->EventListenerCount() == 0 || !FailingPlatform::LeavesTheCameraAlone());
+        }
+        EXPECT_HR(S_OK, RunClean(camera, sessions.next)) << "the session after it";
+    }
+    return failures;
+}
+
+int FailEachCameraCall(const CameraCalls &calls, SimulatedCamera *camera, const Sessions &sessions)
+{
+    const std::uint64_t before = CountOf(calls, *camera);
+    EXPECT_HR(S_OK, RunClean(camera, sessions.failing));
+    const std::uint64_t positions = CountOf(calls, *camera) - before;
+    int failures = 0;
+    for (std::uint32_t call = 1; call <= positions && !testing::Test::HasFailure(); ++call)
+    {
+        for (const bool allFollowing : {false, true})
+        {
+            SCOPED_TRACE("call " + std::to_string(call) + (allFollowing ? " and all that follow" : ""));
+            FaultPlan plan;
+            plan.*calls.fault = {call, E_ABORT, allFollowing};
+            camera->SetFaultPlan(plan);
+            const HRESULT result = RunClean(camera, sessions.failing);
+            EXPECT_TRUE(SUCCEEDED(result) || result == E_ABORT || result == E_NOINTERFACE) << std::hex << result;
+            failures += FAILED(result) ? 1 : 0;
+            camera->SetFaultPlan({});
+            const std::uint32_t listeners = camera->EventListenerCount(); // one that it refused to forget stays
+            EXPECT_HR(S_OK, RunClean(camera, sessions.next)) << "the session after it";
+            EXPECT_EQ(listeners, camera->EventListenerCount());
+        }
+    }
+    return failures;
+}
+
+} // namespace tarn_test

@@ -1,0 +1,154 @@
+// What the depth transform must look like after any sequence of calls, kept beside it by the tests.
+#pragma once
+
+#include "platform/MediaFoundation.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+
+#include "tarn/depth_presets.h"
+#include "tests/device/DepthServer.h"
+
+namespace tarn_test
+{
+
+struct FrameFormat
+{
+    UINT32 width = 0;
+    UINT32 height = 0;
+    UINT32 fps = 0;
+    bool operator==(const FrameFormat &) const = default;
+
+    std::string Text() const
+    {
+        return std::to_string(width) + 'x' + std::to_string(height) + '@' + std::to_string(fps);
+    }
+};
+
+// Each call returns what the transform must answer, and changes nothing where that is a failure. The camera is
+// CameraConfiguration::TarnDepth().
+class DepthModel
+{
+  public:
+    HRESULT Start(DWORD output, const FrameFormat &format)
+    {
+        if (running.at(output) == format)
+        {
+            return S_OK; // unchanged: the topology stays, whatever it is
+        }
+        const auto &other = running.at(1 - output);
+        const bool isFaceLogin = output == kInfrared && !other && faceLogin && format == FrameFormat{360, 360, 60};
+        std::string next;
+        if (output == kDepth && !other)
+        {
+            next = (confidenceMap ? "INZC " : "INVZ ") + format.Text();
+        }
+        else if (isFaceLogin)
+        {
+            next = "PAIR 640x480@60";
+        }
+        else if (const auto closest = Closest(format, other.value_or(format)))
+        {
+            next = "INZI " + closest->Text();
+        }
+        else
+        {
+            return E_FAIL;
+        }
+        EndTopology();
+        pin = next;
+        isDepthAlone = output == kDepth && !other;
+        if (isFaceLogin)
+        {
+            presetBefore = preset;
+            preset = TARN_DEPTH_PRESET_FACE_LOGIN;
+        }
+        isListening = isListening || !running.at(output);
+        running.at(output) = format;
+        hasStopped.at(output) = false;
+        return S_OK;
+    }
+
+    HRESULT Stop(DWORD output)
+    {
+        isListening = isListening && hasStopped.at(output); // a second stop changes nothing
+        hasStopped.at(output) = true;
+        running.at(output).reset();
+        if (!AnyRuns())
+        {
+            EndTopology();
+            pin = "stopped";
+        }
+        return S_OK;
+    }
+
+    HRESULT SetConfidenceMap(bool on)
+    {
+        if (on == confidenceMap)
+        {
+            return S_OK;
+        }
+        if (running[kInfrared])
+        {
+            return E_UNEXPECTED;
+        }
+        confidenceMap = on;
+        if (running[kDepth])
+        {
+            isDepthAlone = true;
+            pin = (on ? "INZC " : "INVZ ") + running[kDepth]->Text();
+        }
+        return S_OK;
+    }
+
+    HRESULT SetFaceLogin(bool on)
+    {
+        if (AnyRuns())
+        {
+            return E_FAIL;
+        }
+        faceLogin = on;
+        return S_OK;
+    }
+
+    bool AnyRuns() const
+    {
+        return running[kDepth] || running[kInfrared];
+    }
+
+    std::array<std::optional<FrameFormat>, 2> running;
+    std::string pin = "stopped"; // as DepthServer::Pin tells it
+    bool isDepthAlone = false;   // the topology of depth alone
+    bool confidenceMap = false;
+    bool faceLogin = false;
+    UINT32 preset = TARN_DEPTH_PRESET_DEFAULT;
+    bool isListening = false; // to the camera's auto-update event
+
+  private:
+    // The smallest infrared-and-depth frame that serves both.
+    static std::optional<FrameFormat> Closest(const FrameFormat &one, const FrameFormat &other)
+    {
+        constexpr std::array<FrameFormat, 5> kByCloseness{
+            {{320, 240, 30}, {320, 240, 60}, {640, 480, 30}, {640, 480, 60}, {1280, 720, 30}}};
+        const auto *const found =
+            std::find_if(kByCloseness.begin(), kByCloseness.end(), [&](const FrameFormat &format) {
+                return format.width >= std::max(one.width, other.width) &&
+                       format.height >= std::max(one.height, other.height) &&
+                       format.fps >= std::max(one.fps, other.fps);
+            });
+        return found == kByCloseness.end() ? std::nullopt : std::optional(*found);
+    }
+
+    void EndTopology()
+    {
+        isDepthAlone = false;
+        preset = std::exchange(presetBefore, std::nullopt).value_or(preset);
+    }
+
+    std::optional<UINT32> presetBefore; // while face login runs
+    std::array<bool, 2> hasStopped{};
+};
+
+} // namespace tarn_test
