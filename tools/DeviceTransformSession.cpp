@@ -14,6 +14,8 @@ namespace tarn_host
 namespace
 {
 
+constexpr GUID kMarker{0x5B0E3C4D, 0x7A11, 0x4F6E, {0x9D, 0x52, 0x0C, 0xE8, 0x31, 0x7F, 0xB4, 0x26}};
+
 const char *NameOf(DeviceStreamState state)
 {
     switch (state)
@@ -95,6 +97,13 @@ std::vector<ComPtr<IMFMediaType>> DeviceTransformSession::OutputTypes(DWORD outp
     }
 }
 
+ComPtr<IKsControl> DeviceTransformSession::KsControl() const
+{
+    ComPtr<IKsControl> control;
+    ThrowIfFailed(transform.As(&control), "asking the transform for IKsControl");
+    return control;
+}
+
 void DeviceTransformSession::SendMessage(MFT_MESSAGE_TYPE message) const
 {
     ThrowIfFailed(transform->ProcessMessage(message, 0), "ProcessMessage");
@@ -117,6 +126,24 @@ void DeviceTransformSession::WaitForInputs(DeviceStreamState state, std::size_t 
     {
         throw HostError("the transform did not bring " + std::to_string(count) + " input(s) to state " + NameOf(state) +
                         " in time");
+    }
+    if (failure)
+    {
+        throw HostError(*failure);
+    }
+}
+
+// An event of our own runs through the transform's queue behind what is there.
+void DeviceTransformSession::Synchronise(std::chrono::milliseconds limit)
+{
+    std::unique_lock hold(lock);
+    const std::uint64_t mine = ++markersQueued;
+    hold.unlock();
+    ThrowIfFailed(events->QueueEvent(MEExtendedType, kMarker, S_OK, nullptr), "QueueEvent");
+    hold.lock();
+    if (!changed.wait_for(hold, limit, [&] { return failure.has_value() || markersSeen >= mine; }))
+    {
+        throw HostError("the transform's events were not answered in time");
     }
     if (failure)
     {
@@ -171,6 +198,13 @@ HRESULT DeviceTransformSession::HandleEvent(IMFMediaEvent &event)
         return FAILED(status) ? status : E_FAIL;
     }
 
+    if (type == MEExtendedType && IsEqualGUID(extendedType, kMarker))
+    {
+        const std::scoped_lock hold(lock);
+        ++markersSeen;
+        changed.notify_all();
+        return S_OK;
+    }
     const bool streamCreated = type == MEUnknown && IsEqualGUID(extendedType, MEDeviceStreamCreated);
     {
         const std::scoped_lock hold(lock);

@@ -73,12 +73,18 @@ class DeviceTransformSession
     // The types that an output offers, in its order. Throws HostError.
     std::vector<ComPtr<IMFMediaType>> OutputTypes(DWORD outputId) const;
 
+    // What applications send properties through. Throws HostError.
+    ComPtr<IKsControl> KsControl() const;
+
     void SendMessage(MFT_MESSAGE_TYPE message) const;
     // Throws HostError when the transform refuses.
     void SetOutputState(DWORD outputId, DeviceStreamState state, IMFMediaType *type);
     // Waits until the transform has asked for `state` on as many inputs and the pins followed. Throws HostError when
     // that takes longer than `limit`.
     void WaitForInputs(DeviceStreamState state, std::size_t count, std::chrono::milliseconds limit);
+    // Waits until every event that the transform has raised so far has been answered. Throws HostError when that takes
+    // longer than `limit`.
+    void Synchronise(std::chrono::milliseconds limit);
     HRESULT ProcessInput(DWORD inputId, IMFSample *sample) const;
 
     // The first failure of the event loop.
@@ -112,6 +118,8 @@ class DeviceTransformSession
     std::map<DWORD, DeviceStreamState> inputStates; // guarded by lock
     std::optional<std::string> failure;             // guarded by lock
     SessionCounters counters;                       // guarded by lock
+    std::uint64_t markersQueued = 0;                // guarded by lock
+    std::uint64_t markersSeen = 0;                  // guarded by lock
 };
 
 } // namespace tarn_host

@@ -48,6 +48,10 @@ LevelRange LevelRange::OfGrey(const std::vector<Thumbnail> &frames)
     {
         return {0, 255};
     }
+    if (!frames.empty() && frames.front().pixels == PixelKind::Confidence8)
+    {
+        return {0, 15};
+    }
     const std::vector<std::uint16_t> levels = SortedLevels(frames);
     return {0, levels.empty() ? 1 : AtPercent(levels, 99)};
 }

@@ -185,8 +185,9 @@ void NodeChain::AddCopy(const std::string &text, std::string_view value)
     {
         Refuse(text, "does not end at a row");
     }
-    steps.push_back(
-        {text, [=](NodePtr next) { return std::make_shared<SampleCopyTopologyNode>(next, offset, length, "Copy"); }});
+    steps.push_back({text, [=](const NodePtr &next) {
+                         return std::make_shared<SampleCopyTopologyNode>(next, offset, length, "Copy");
+                     }});
     size.height = static_cast<std::uint32_t>(std::max(rows, 0.0));
 }
 
@@ -201,19 +202,19 @@ void NodeChain::AddSized(const std::string &text, std::string_view name, std::st
     size.height = height;
     if (name == "crop")
     {
-        steps.push_back({text, [=](NodePtr next) {
+        steps.push_back({text, [=](const NodePtr &next) {
                              return std::make_shared<Crop16BitTopologyNode>(next, in.width, in.height, width, height);
                          }});
     }
     else if (name == "resize")
     {
-        steps.push_back({text, [=](NodePtr next) {
+        steps.push_back({text, [=](const NodePtr &next) {
                              return std::make_shared<ImageResizeTopologyNode>(next, in.width, in.height, width, height);
                          }});
     }
     else
     {
-        steps.push_back({text, [=](NodePtr next) {
+        steps.push_back({text, [=](const NodePtr &next) {
                              return std::make_shared<CropMmTopologyNode>(next, static_cast<std::int32_t>(in.width),
                                                                          static_cast<std::int32_t>(in.height), width,
                                                                          height);
@@ -230,7 +231,7 @@ void NodeChain::AddInPlaceSize(const std::string &text, std::string_view name, s
     {
         const auto threshold = ParseNumber<std::uint16_t>(text, value, "a value from 0 to 65535");
         const ImageFrame in{size.width, size.height, 16, {}};
-        steps.push_back({text, [=](NodePtr next) {
+        steps.push_back({text, [=](const NodePtr &next) {
                              return std::make_shared<ImageThresholdTopologyNode>(next, in.width, in.height, threshold);
                          }});
         return;
@@ -242,7 +243,7 @@ void NodeChain::AddInPlaceSize(const std::string &text, std::string_view name, s
     if (name == "sharpen")
     {
         steps.push_back(
-            {text, [=](NodePtr next) { return std::make_shared<SharpeningTopologyNode>(next, width, height); }});
+            {text, [=](const NodePtr &next) { return std::make_shared<SharpeningTopologyNode>(next, width, height); }});
     }
     else if (name == "confidence")
     {
@@ -251,15 +252,16 @@ void NodeChain::AddInPlaceSize(const std::string &text, std::string_view name, s
             Refuse(text, "needs an even height");
         }
         const auto config = std::make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
-        steps.push_back({text, [=](NodePtr next) {
+        steps.push_back({text, [=](const NodePtr &next) {
                              return std::make_shared<TarnConfidenceMapTopologyNode>(next, width, height / 2, config);
                          }});
         size.height /= 2;
     }
     else
     {
-        steps.push_back(
-            {text, [=](NodePtr next) { return std::make_shared<TarnIr10to8TopologyNode>(next, width, height); }});
+        steps.push_back({text, [=](const NodePtr &next) {
+                             return std::make_shared<TarnIr10to8TopologyNode>(next, width, height);
+                         }});
         size.bits = 8;
     }
 }

@@ -3,27 +3,16 @@
 namespace tarn_host
 {
 
-namespace
-{
-
-constexpr std::int64_t kNoTime = -1;
-
-std::int64_t SampleTime(IMFSample &sample)
-{
-    LONGLONG time = kNoTime;
-    return SUCCEEDED(sample.GetSampleTime(&time)) ? time : kNoTime;
-}
-
-} // namespace
-
 OutputCollector::OutputCollector(DWORD streamId, FrameFormat streamFormat, std::size_t framesToShow)
-    : id(streamId), format(std::move(streamFormat)), keepsFrames(framesToShow > 0), gallery(framesToShow)
+    : id(streamId), format(std::move(streamFormat)), keepsFrames(framesToShow > 0), gallery(framesToShow),
+      maps(framesToShow)
 {
 }
 
 void OutputCollector::FrameIn(IMFSample &sample)
 {
-    const std::int64_t time = SampleTime(sample);
+    LONGLONG time = -1;
+    sample.GetSampleTime(&time);
     const std::scoped_lock hold(lock);
     statistics.FrameIn(time, StreamStatistics::Clock::now());
 }
@@ -34,46 +23,59 @@ void OutputCollector::FrameRefused()
     statistics.FrameRefused();
 }
 
-HRESULT OutputCollector::FrameOut(IMFSample &sample)
+bool OutputCollector::Expects(std::int64_t sampleTime100ns) const
 {
-    const StreamStatistics::Clock::time_point now = StreamStatistics::Clock::now();
-    const std::int64_t time = SampleTime(sample);
-    std::uint64_t number = 0;
-    bool wanted = false;
-    {
-        const std::scoped_lock hold(lock);
-        number = statistics.FramesOut();
-        statistics.FrameOut(time, now);
-        wanted = keepsFrames && gallery.Wants(number);
-    }
-    return wanted ? KeepThumbnail(sample, time, number) : S_OK;
+    const std::scoped_lock hold(lock);
+    return statistics.Expects(sampleTime100ns);
 }
 
-HRESULT OutputCollector::KeepThumbnail(IMFSample &sample, std::int64_t sampleTime100ns, std::uint64_t frameNumber)
+void OutputCollector::CutOff()
 {
-    ComPtr<IMFMediaBuffer> buffer;
-    HRESULT result = sample.ConvertToContiguousBuffer(&buffer);
-    if (FAILED(result))
+    const std::scoped_lock hold(lock);
+    statistics.CutOff();
+}
+
+std::uint64_t OutputCollector::FrameOut(const SampleDetails &details)
+{
+    const StreamStatistics::Clock::time_point now = StreamStatistics::Clock::now();
+    const std::scoped_lock hold(lock);
+    const std::uint64_t number = statistics.FramesOut();
+    statistics.FrameOut(details.time100ns, now);
+    attachments.records += details.record ? 1 : 0;
+    attachments.intrinsics += details.intrinsics.empty() ? 0 : 1;
+    attachments.confidenceMaps += details.confidence.empty() ? 0 : 1;
+    attachments.illuminated += details.isIlluminated.value_or(false) ? 1 : 0;
+    return number;
+}
+
+bool OutputCollector::WantsPixels(std::uint64_t frameNumber) const
+{
+    const std::scoped_lock hold(lock);
+    return keepsFrames && gallery.Wants(frameNumber);
+}
+
+void OutputCollector::Keep(std::uint64_t frameNumber, const LockedFrame &frame, const SampleDetails &details)
+{
+    KeepIn(gallery, frame.Bytes(), format, frameNumber, details.time100ns);
+    if (!details.confidence.empty())
     {
-        return result;
+        FrameFormat mapFormat = format;
+        mapFormat.pixels = PixelKind::Confidence8;
+        KeepIn(maps, std::as_bytes(std::span(details.confidence)), mapFormat, frameNumber, details.time100ns);
     }
-    BYTE *bytes = nullptr;
-    DWORD length = 0;
-    result = buffer->Lock(&bytes, nullptr, &length);
-    if (FAILED(result))
-    {
-        return result;
-    }
-    auto thumbnail = Thumbnail::Of(std::as_bytes(std::span(bytes, length)), format, kThumbnailWidth);
-    buffer->Unlock();
+}
+
+void OutputCollector::KeepIn(FrameGallery &kept, std::span<const std::byte> pixels, const FrameFormat &pixelFormat,
+                             std::uint64_t frameNumber, std::int64_t sampleTime100ns)
+{
+    auto thumbnail = Thumbnail::Of(pixels, pixelFormat, kThumbnailWidth);
     if (thumbnail)
     {
         thumbnail->sampleTime100ns = sampleTime100ns;
         thumbnail->frameNumber = frameNumber;
         const std::scoped_lock hold(lock);
-        gallery.Keep(std::move(*thumbnail));
+        kept.Keep(std::move(*thumbnail));
     }
-    return S_OK;
 }
 
 std::uint64_t OutputCollector::FramesIn() const
@@ -100,10 +102,22 @@ StreamSummary OutputCollector::Summary() const
     return statistics.Summary();
 }
 
+AttachmentCounts OutputCollector::Attachments() const
+{
+    const std::scoped_lock hold(lock);
+    return attachments;
+}
+
 std::vector<Thumbnail> OutputCollector::Frames() const
 {
     const std::scoped_lock hold(lock);
     return gallery.Selection();
+}
+
+std::vector<Thumbnail> OutputCollector::ConfidenceMaps() const
+{
+    const std::scoped_lock hold(lock);
+    return maps.Selection();
 }
 
 } // namespace tarn_host

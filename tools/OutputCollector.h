@@ -9,10 +9,21 @@
 
 #include "tools/FrameFormat.h"
 #include "tools/FrameGallery.h"
+#include "tools/LockedFrame.h"
+#include "tools/SampleDetails.h"
 #include "tools/StreamStatistics.h"
 
 namespace tarn_host
 {
+
+// How many of the delivered frames carried what.
+struct AttachmentCounts
+{
+    std::uint64_t records = 0;
+    std::uint64_t intrinsics = 0;
+    std::uint64_t confidenceMaps = 0;
+    std::uint64_t illuminated = 0;
+};
 
 // Fed by the capture thread (in) and the event loop (out). Thread-safe.
 class OutputCollector
@@ -32,25 +43,38 @@ class OutputCollector
 
     void FrameIn(IMFSample &sample);
     void FrameRefused();
-    // Counts the frame in any case; fails when its pixels cannot be read for the picture.
-    HRESULT FrameOut(IMFSample &sample);
+    // A frame of this time went in and has not come out.
+    bool Expects(std::int64_t sampleTime100ns) const;
+    // The output has been stopped or restarted: what is still on its way need not come out.
+    void CutOff();
+
+    // Counts the frame and returns its number, from 0.
+    std::uint64_t FrameOut(const SampleDetails &details);
+    bool WantsPixels(std::uint64_t frameNumber) const;
+    // For the pictures: the frame and its confidence map.
+    void Keep(std::uint64_t frameNumber, const LockedFrame &frame, const SampleDetails &details);
 
     std::uint64_t FramesIn() const;
     std::uint64_t FramesOut() const;
     std::size_t InFlight() const;
     StreamSummary Summary() const;
+    AttachmentCounts Attachments() const;
     std::vector<Thumbnail> Frames() const;
+    std::vector<Thumbnail> ConfidenceMaps() const;
 
   private:
-    HRESULT KeepThumbnail(IMFSample &sample, std::int64_t sampleTime100ns, std::uint64_t frameNumber);
+    void KeepIn(FrameGallery &kept, std::span<const std::byte> pixels, const FrameFormat &pixelFormat,
+                std::uint64_t frameNumber, std::int64_t sampleTime100ns);
 
     const DWORD id;
     const FrameFormat format;
     const bool keepsFrames;
 
     mutable std::mutex lock;
-    StreamStatistics statistics; // guarded by lock
-    FrameGallery gallery;        // guarded by lock
+    StreamStatistics statistics;  // guarded by lock
+    AttachmentCounts attachments; // guarded by lock
+    FrameGallery gallery;         // guarded by lock
+    FrameGallery maps;            // guarded by lock
 };
 
 } // namespace tarn_host

@@ -3,12 +3,11 @@
 #include <CLI/CLI.hpp>
 
 #include <iostream>
-#include <map>
 
-#include "tools/LoadedModule.h"
+#include "tools/Choice.h"
+#include "tools/ContactSheet.h"
 #include "tools/PlatformSession.h"
-#include "tools/RegisterModule.h"
-#include "tools/StreamRun.h"
+#include "tools/ScenarioPlayer.h"
 #include "tools/Text.h"
 
 namespace tarn_host
@@ -17,124 +16,134 @@ namespace tarn_host
 namespace
 {
 
-constexpr const char *kPictureName = "contact-sheet.png";
 constexpr double kLongestSeconds = 86'400;
+constexpr VideoSize kFaceLoginSize{360, 360, 60};
+constexpr const char *kSizeHelp = "WxH@FPS";
 
-// An option whose value is one of a few words.
-template <class Choice>
-void AddChoice(CLI::App &app, const std::string &name, Choice &value, const std::map<std::string, Choice> &choices,
-               const std::string &help)
+std::vector<ContactSheetSection> SectionsOf(const std::vector<PhasePictures> &pictures)
 {
-    std::string words;
-    for (const auto &choice : choices)
+    std::vector<ContactSheetSection> sections;
+    for (const PhasePictures &one : pictures)
     {
-        words += (words.empty() ? "" : "|") + choice.first;
-    }
-    const auto choose = [&value, choices, name, words](const std::string &word) {
-        const auto found = choices.find(word);
-        if (found == choices.end())
+        sections.push_back(one.frames);
+        if (!one.confidenceMaps.frames.empty())
         {
-            throw CLI::ValidationError(name, "'" + word + "' is not one of " + words);
+            sections.push_back(one.confidenceMaps);
         }
-        value = found->second;
-    };
-    app.add_option_function<std::string>(name, choose, help)->type_name(words);
-}
-
-void RequireFolder(const std::filesystem::path &folder, const char *option)
-{
-    std::error_code error;
-    if (!std::filesystem::is_directory(folder, error))
-    {
-        throw UsageError(std::string(option) + ": no such folder: " + ToText(folder));
     }
+    return sections;
 }
 
 } // namespace
 
 void StreamCommand::AddOptions(CLI::App &app)
 {
-    AddChoice<TransformKind>(app, "--transform", options.transform,
+    AddChoice<TransformKind>(app, "--transform", transform,
                              {{"depth", TransformKind::Depth}, {"color", TransformKind::Color}},
                              "which transform of the module (default depth)");
-    app.add_option("--frames", frames, "folder of recorded PNG frames (default: a generated scene)")->type_name("DIR");
-    CLI::Option *count = app.add_option("--count", options.count, "frames per camera pin (default: each picture once)")
-                             ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}))
-                             ->type_name("N");
-    app.add_option("--seconds", options.seconds, "stream for so long, instead of a count")
+    app.add_option("--depth", depth, "run the depth output (the default, at the first type offered)")
+        ->type_name(kSizeHelp);
+    app.add_option("--ir", infrared, "run the infrared output, alone or beside --depth")->type_name(kSizeHelp);
+    app.add_option("--color", color, "type of the color output (default: the first type offered)")
+        ->type_name(kSizeHelp);
+    app.add_flag("--confidence", confidenceMap, "switch the confidence map on before depth starts");
+    app.add_flag("--face-login", faceLogin, "switch face login on; without --ir the output is 360x360@60");
+    CLI::Option *frameCount = app.add_option("--count", count, "frames of each camera pin (default: each picture once)")
+                                  ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}))
+                                  ->type_name("N");
+    app.add_option("--seconds", seconds, "stream for so long, instead of a count")
         ->check(CLI::Range(0.1, kLongestSeconds))
         ->type_name("S")
-        ->excludes(count);
-    app.add_option("--size", size, "frame size in pixels and rate (default: the first type offered)")
-        ->type_name("WxH@FPS");
-    app.add_option("--format", options.format, "subtype of the output, for example D16 or L16")->type_name("NAME");
-    AddChoice<Pace>(app, "--pace", options.pace, {{"realtime", Pace::RealTime}, {"fast", Pace::Fast}},
-                    "by the frame rate, or as fast as frames are taken (default realtime)");
-    AddChoice<InputReference>(app, "--input-reference", options.inputReference,
-                              {{"keep", InputReference::Keep}, {"consumed", InputReference::Consumed}},
-                              "who owns the reference given to ProcessInput (default keep)");
-    app.add_option("--out", outFolder, std::string("folder for ") + kPictureName + " (default: no picture)")
-        ->type_name("DIR");
-    app.add_option("--dll", module, "the module (default: tarn_dmft.dll beside this program)")->type_name("PATH");
-    app.add_flag("--no-register", dontRegister, "use the module as it is registered already");
-    app.add_flag("--json", options.json, "result as JSON on stdout instead of a table");
-    app.add_flag("--quiet", options.quiet, "no progress on stderr");
+        ->excludes(frameCount);
+    app.add_flag("--save-frames", saveFrames, "save every frame (PGM) and its metadata (frames.jsonl) to --out");
+    runOptions.AddTo(app);
 }
 
-void StreamCommand::ReadOptions()
+Scenario StreamCommand::MakeScenario() const
 {
-    options.registerModule = !dontRegister;
-    options.module = module.empty() ? DefaultModulePath() : ToPath(module);
-    if (!frames.empty())
+    Phase phase;
+    phase.frames = count;
+    phase.seconds = seconds;
+    if (transform == TransformKind::Color)
     {
-        options.frames = ToPath(frames);
-        RequireFolder(options.frames, "--frames");
+        if (!depth.empty() || !infrared.empty() || confidenceMap || faceLogin)
+        {
+            throw UsageError("--depth, --ir, --confidence and --face-login belong to --transform depth");
+        }
+        phase.caption = "color";
+        phase.start.push_back({0, color.empty() ? std::nullopt : std::optional(VideoSize::Parse(color))});
     }
-    if (!size.empty())
+    else
     {
-        options.size = VideoSize::Parse(size);
+        AddDepthOutputs(phase);
     }
-    if (!outFolder.empty())
+    return {"stream", transform, {phase}};
+}
+
+void StreamCommand::AddDepthOutputs(Phase &phase) const
+{
+    if (!color.empty())
     {
-        options.outFolder = ToPath(outFolder);
-        std::error_code error;
-        std::filesystem::create_directories(options.outFolder, error);
-        RequireFolder(options.outFolder, "--out");
+        throw UsageError("--color belongs to --transform color");
     }
+    const bool runsInfrared = !infrared.empty() || faceLogin;
+    const bool runsDepth = !depth.empty() || !runsInfrared;
+    if (confidenceMap && runsInfrared)
+    {
+        throw UsageError("--confidence: the camera has no confidence map while infrared runs");
+    }
+    if (confidenceMap)
+    {
+        phase.confidenceMap = true;
+    }
+    if (faceLogin)
+    {
+        phase.faceLogin = true;
+    }
+    if (runsDepth)
+    {
+        phase.start.push_back({kDepthOutput, depth.empty() ? std::nullopt : std::optional(VideoSize::Parse(depth))});
+    }
+    if (runsInfrared)
+    {
+        phase.start.push_back({kInfraredOutput, infrared.empty() ? kFaceLoginSize : VideoSize::Parse(infrared)});
+    }
+    phase.caption = std::string(runsDepth ? "depth" : "") + (runsDepth && runsInfrared ? " and " : "") +
+                    (runsInfrared ? "infrared" : "") + (confidenceMap ? " with confidence map" : "") +
+                    (faceLogin ? ", face login" : "");
 }
 
 ExitCode StreamCommand::Run()
 {
-    ReadOptions();
+    RunOptions options = runOptions.Read();
+    options.saveFrames = saveFrames;
+    if (saveFrames && options.outFolder.empty())
+    {
+        throw UsageError("--save-frames needs --out");
+    }
+    options.framesToShow = options.outFolder.empty() ? 0 : kThumbnailsPerSection;
+    const Scenario scenario = MakeScenario();
+
     const PlatformSession platform;
-    if (options.registerModule)
-    {
-        RegisterModule(options.module);
-    }
-
-    const LoadedModule loaded(options.module);
-    StreamRun run(options);
-    StreamReport report = run.Run();
-    report.module = ToText(loaded.LoadedFrom());
-    report.leftovers.canUnload = loaded.CanUnloadNow();
-    CoFreeUnusedLibrariesEx(0, 0);
-    report.leftovers.unloaded = !loaded.IsLoaded();
-
-    if (!options.outFolder.empty())
-    {
-        const std::filesystem::path picture = options.outFolder / kPictureName;
-        run.DrawFrames("Tarn " + report.transform + " transform, " + report.source).SavePng(picture);
-        report.picture = ToText(picture);
-    }
+    const PlayedScenario played = Play(scenario, options);
     if (options.json)
     {
-        report.WriteJson(std::cout);
+        std::cout << played.report.ToJson() << '\n';
     }
     else
     {
-        report.WriteTable(std::cout);
+        played.report.WriteTable(std::cout);
+        StreamReport::WriteLegend(std::cout);
     }
-    return report.Problems().empty() ? ExitCode::Success : ExitCode::Failure;
+    if (!options.outFolder.empty())
+    {
+        const std::filesystem::path picture = options.outFolder / kPictureName;
+        DrawContactSheet("Tarn " + played.report.transform + " transform, " + played.report.source,
+                         SectionsOf(played.pictures))
+            .SavePng(picture);
+        std::cerr << "picture: " << ToText(picture) << '\n';
+    }
+    return played.report.Problems().empty() ? ExitCode::Success : ExitCode::Failure;
 }
 
 } // namespace tarn_host

@@ -1,11 +1,12 @@
 // "tarn-host stream": plays frames through a transform, tells how it went and shows what came out.
 #pragma once
 
-#include <memory>
+#include <cstdint>
 #include <string>
 
 #include "tools/Command.h"
-#include "tools/StreamOptions.h"
+#include "tools/RunOptions.h"
+#include "tools/Scenario.h"
 
 namespace tarn_host
 {
@@ -26,15 +27,20 @@ class StreamCommand final : public Command
     ExitCode Run() override;
 
   private:
-    void ReadOptions();
+    Scenario MakeScenario() const;
+    void AddDepthOutputs(Phase &phase) const;
 
-    StreamOptions options;
-    // As typed; paths and sizes are converted once the whole line has been read.
-    std::string module;
-    std::string frames;
-    std::string outFolder;
-    std::string size;
-    bool dontRegister = false;
+    RunOptionsLine runOptions;
+    TransformKind transform = TransformKind::Depth;
+    // As typed; empty for what was not asked for.
+    std::string depth;
+    std::string infrared;
+    std::string color;
+    bool confidenceMap = false;
+    bool faceLogin = false;
+    bool saveFrames = false;
+    std::uint64_t count = 0; // 0: each picture of the source once
+    double seconds = 0;      // 0: limited by count
 };
 
 } // namespace tarn_host

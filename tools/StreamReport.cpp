@@ -11,6 +11,8 @@ namespace tarn_host
 namespace
 {
 
+using Json = nlohmann::ordered_json;
+
 template <class... Values>
 std::string Format(const char *format, Values... values)
 {
@@ -31,22 +33,57 @@ std::string ResultText(HRESULT result)
                                : Format("0x%08lX", static_cast<unsigned long>(result));
 }
 
+Json JsonOf(const OutputReport &output)
+{
+    const StreamSummary &s = output.summary;
+    const AttachmentCounts &carried = output.attachments;
+    return {{"id", output.id},
+            {"name", output.name},
+            {"type", output.format},
+            {"in", s.framesIn},
+            {"out", s.framesOut},
+            {"cutOff", s.cutOff},
+            {"dropped", s.dropped},
+            {"reordered", s.reordered},
+            {"unexpected", s.unexpected},
+            {"framesPerSecond", s.framesPerSecond},
+            {"latencyMs", {{"p50", s.latencyP50Ms}, {"p99", s.latencyP99Ms}, {"max", s.latencyMaxMs}}},
+            {"records", carried.records},
+            {"intrinsics", carried.intrinsics},
+            {"confidenceMaps", carried.confidenceMaps},
+            {"illuminated", carried.illuminated}};
+}
+
+// Problems of one output during one phase.
+void AddProblems(std::vector<std::string> &problems, const PhaseReport &phase, const OutputReport &output)
+{
+    const StreamSummary &summary = output.summary;
+    const std::string where = phase.caption + ": output " + output.name;
+    if (!summary.Complete())
+    {
+        problems.push_back(where + Format(": %llu frames lost, %llu reordered, %llu unexpected", Wide(summary.dropped),
+                                          Wide(summary.reordered), Wide(summary.unexpected)));
+    }
+    if (summary.framesOut == 0)
+    {
+        problems.push_back(where + " delivered nothing");
+    }
+    else if (output.confidenceMapIsOn && output.attachments.confidenceMaps == 0)
+    {
+        problems.push_back(where + " delivered no confidence map");
+    }
+}
+
 } // namespace
 
 std::vector<std::string> StreamReport::Problems() const
 {
     std::vector<std::string> problems;
-    for (const OutputReport &output : outputs)
+    for (const PhaseReport &phase : phases)
     {
-        const StreamSummary &summary = output.summary;
-        if (!summary.Complete())
+        for (const OutputReport &output : phase.outputs)
         {
-            problems.push_back(Format("output %lu: %llu frames lost, %llu reordered, %llu unexpected", output.id,
-                                      Wide(summary.dropped), Wide(summary.reordered), Wide(summary.unexpected)));
-        }
-        if (summary.framesOut == 0)
-        {
-            problems.push_back(Format("output %lu delivered nothing", output.id));
+            AddProblems(problems, phase, output);
         }
     }
     for (const PinReport &pin : pins)
@@ -83,16 +120,26 @@ std::vector<std::string> StreamReport::Problems() const
 
 void StreamReport::WriteTable(std::ostream &output) const
 {
-    output << transform << " transform, " << source << "\nmodule " << module << "\n\n"
-           << "output  type                     in     out  dropped  reordered     fps   p50 ms   p99 ms   max ms\n";
-    for (const OutputReport &one : outputs)
+    output << title << "\n"
+           << transform << " transform, " << source << "\nmodule " << module << "\n\n"
+           << "  output    type               in    out  cut off  lost  reordered    fps  p50 ms  p99 ms  max ms"
+              "  records  lenses  maps  lit\n";
+    for (const PhaseReport &phase : phases)
     {
-        const StreamSummary &s = one.summary;
-        output << Format("%-6lu  %-20s %6llu  %6llu  %7llu  %9llu  %6.1f  %7.3f  %7.3f  %7.3f\n", one.id,
-                         one.format.c_str(), Wide(s.framesIn), Wide(s.framesOut), Wide(s.dropped), Wide(s.reordered),
-                         s.framesPerSecond, s.latencyP50Ms, s.latencyP99Ms, s.latencyMaxMs);
+        output << phase.caption << "   (camera: " << phase.pin << ")\n";
+        for (const OutputReport &one : phase.outputs)
+        {
+            const StreamSummary &s = one.summary;
+            output << Format("  %-8s  %-15s %5llu  %5llu  %7llu  %4llu  %9llu  %5.1f  %6.2f  %6.2f  %6.2f",
+                             one.name.c_str(), one.format.c_str(), Wide(s.framesIn), Wide(s.framesOut), Wide(s.cutOff),
+                             Wide(s.dropped), Wide(s.reordered), s.framesPerSecond, s.latencyP50Ms, s.latencyP99Ms,
+                             s.latencyMaxMs)
+                   << Format("  %7llu  %6llu  %4llu  %3llu\n", Wide(one.attachments.records),
+                             Wide(one.attachments.intrinsics), Wide(one.attachments.confidenceMaps),
+                             Wide(one.attachments.illuminated));
+        }
     }
-    output << "Latency from ProcessInput to delivery.\n\n";
+    output << '\n';
     for (const PinReport &pin : pins)
     {
         output << Format("camera pin %lu   %llu frames delivered, %llu dropped by the camera, %llu failed\n", pin.id,
@@ -104,12 +151,7 @@ void StreamReport::WriteTable(std::ostream &output) const
            << Format("left behind    %lu references on the transform, %lu on the camera, %u frames\n",
                      leftovers.transformReferences, leftovers.cameraReferences, static_cast<unsigned>(leftovers.frames))
            << "unloading      DllCanUnloadNow " << ResultText(leftovers.canUnload)
-           << (leftovers.unloaded ? ", module unloaded\n" : ", module still loaded\n");
-    if (!picture.empty())
-    {
-        output << "picture        " << picture << '\n';
-    }
-    output << '\n';
+           << (leftovers.unloaded ? ", module unloaded\n" : ", module still loaded\n") << '\n';
     const std::vector<std::string> problems = Problems();
     if (problems.empty())
     {
@@ -121,27 +163,28 @@ void StreamReport::WriteTable(std::ostream &output) const
     }
 }
 
-void StreamReport::WriteJson(std::ostream &output) const
+void StreamReport::WriteLegend(std::ostream &output)
 {
-    using Json = nlohmann::ordered_json;
+    output << "Latency from ProcessInput to delivery. Cut off: on their way when the output was stopped or restarted.\n"
+              "Samples with metadata record, camera intrinsics (lenses), confidence map, and lit by the laser.\n";
+}
+
+std::string StreamReport::ToJson() const
+{
     Json report;
+    report["title"] = title;
     report["transform"] = transform;
     report["module"] = module;
     report["source"] = source;
-    report["outputs"] = Json::array();
-    for (const OutputReport &one : outputs)
+    report["phases"] = Json::array();
+    for (const PhaseReport &phase : phases)
     {
-        const StreamSummary &s = one.summary;
-        report["outputs"].push_back(
-            {{"id", one.id},
-             {"type", one.format},
-             {"in", s.framesIn},
-             {"out", s.framesOut},
-             {"dropped", s.dropped},
-             {"reordered", s.reordered},
-             {"unexpected", s.unexpected},
-             {"framesPerSecond", s.framesPerSecond},
-             {"latencyMs", {{"p50", s.latencyP50Ms}, {"p99", s.latencyP99Ms}, {"max", s.latencyMaxMs}}}});
+        Json outputs = Json::array();
+        for (const OutputReport &one : phase.outputs)
+        {
+            outputs.push_back(JsonOf(one));
+        }
+        report["phases"].push_back({{"caption", phase.caption}, {"pin", phase.pin}, {"outputs", outputs}});
     }
     report["cameraPins"] = Json::array();
     for (const PinReport &pin : pins)
@@ -160,10 +203,9 @@ void StreamReport::WriteJson(std::ostream &output) const
                             {"frames", leftovers.frames},
                             {"dllCanUnloadNow", ResultText(leftovers.canUnload)},
                             {"unloaded", leftovers.unloaded}};
-    report["picture"] = picture;
     report["problems"] = Problems();
     // A path of the file system may hold what is not valid UTF-8.
-    output << report.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    return report.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
 } // namespace tarn_host

@@ -9,16 +9,27 @@
 
 #include "sim/FrameSink.h"
 #include "tools/DeviceTransformSession.h"
-#include "tools/StreamStatistics.h"
+#include "tools/OutputCollector.h"
 
 namespace tarn_host
 {
 
+// One output during one phase.
 struct OutputReport
 {
     DWORD id = 0;
+    std::string name;
     std::string format;
     StreamSummary summary;
+    AttachmentCounts attachments;
+    bool confidenceMapIsOn = false;
+};
+
+struct PhaseReport
+{
+    std::string caption;
+    std::string pin; // what the camera delivered, for example "INZI 640x480@30"
+    std::vector<OutputReport> outputs;
 };
 
 struct PinReport
@@ -40,21 +51,24 @@ struct Leftovers
 // Value.
 struct StreamReport
 {
+    std::string title;
     std::string transform;
     std::string module;
     std::string source;
-    std::vector<OutputReport> outputs;
+    std::vector<PhaseReport> phases;
     std::vector<PinReport> pins;
     SessionCounters events;
     bool stalled = false; // The run was given up because no frame came any more.
     Leftovers leftovers;
-    std::string picture; // Empty when none was asked for.
 
     // One line per thing that was not as it has to be; empty after a good run.
     std::vector<std::string> Problems() const;
 
     void WriteTable(std::ostream &output) const;
-    void WriteJson(std::ostream &output) const;
+    // What the table's columns mean.
+    static void WriteLegend(std::ostream &output);
+    // An object, for a document of its own or as part of one.
+    std::string ToJson() const;
 };
 
 } // namespace tarn_host

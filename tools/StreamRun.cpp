@@ -7,8 +7,8 @@
 #include "sim/CameraConfiguration.h"
 #include "sim/GeneratedScene.h"
 #include "sim/RecordedFrames.h"
-#include "tools/ContactSheet.h"
 #include "tools/ExitCode.h"
+#include "tools/KsClient.h"
 #include "tools/Text.h"
 #include "utils/ComObject.h"
 
@@ -22,13 +22,9 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using user_space_frameworks::MakeCom;
 
-constexpr CLSID kDepthTransform{0x7F9DF308, 0x0F2D, 0x432E, {0x8C, 0x8E, 0xD3, 0x6E, 0xD8, 0xF1, 0x2C, 0x90}};
-constexpr CLSID kColorTransform{0x01BC2102, 0x6449, 0x429F, {0x8F, 0x62, 0xB8, 0xD2, 0x3D, 0x1D, 0xE6, 0xD3}};
-
-constexpr auto kStateLimit = 10s; // For the transform to bring its inputs into a state.
+constexpr auto kStateLimit = 10s; // For the transform's events to be answered.
 constexpr auto kStallLimit = 10s; // Without any frame coming out.
 constexpr auto kReturnLimit = 2s; // For frames to come back to the camera.
-constexpr VideoSize kDefaultSize{640, 480, 30};
 
 std::shared_ptr<tarn_sim::IFrameSource> MakeSource(const std::filesystem::path &folder)
 {
@@ -46,26 +42,11 @@ std::shared_ptr<tarn_sim::IFrameSource> MakeSource(const std::filesystem::path &
     }
 }
 
-tarn_sim::CameraConfiguration MakeConfiguration(const StreamOptions &options)
-{
-    if (options.transform == TransformKind::Color)
-    {
-        return tarn_sim::CameraConfiguration::TarnColor();
-    }
-    const VideoSize size = options.size.value_or(kDefaultSize);
-    return tarn_sim::CameraConfiguration::GenericDepth16(size.width, size.height, size.framesPerSecond);
-}
-
-bool Fits(const FrameFormat &format, const StreamOptions &options)
-{
-    return (!options.size || format.size == *options.size) &&
-           (options.format.empty() || format.subtypeName == options.format);
-}
-
 } // namespace
 
-StreamRun::StreamRun(const StreamOptions &streamOptions)
-    : options(streamOptions), session(*this, streamOptions.inputReference)
+StreamRun::StreamRun(const Scenario &playedScenario, const RunOptions &runOptions)
+    : scenario(playedScenario), options(runOptions), session(*this, runOptions.inputReference),
+      books(runOptions.framesToShow)
 {
 }
 
@@ -80,16 +61,25 @@ StreamRun::~StreamRun()
 
 StreamReport StreamRun::Run()
 {
+    if (options.saveFrames)
+    {
+        writer.emplace(options.outFolder);
+    }
     CreateCamera();
-    session.Open(options.transform == TransformKind::Depth ? kDepthTransform : kColorTransform,
-                 static_cast<IMFTransform *>(camera.Get()));
-    ChooseTypes();
-    StartOutputs();
-    WaitForFrames();
+    session.Open(ClassOf(scenario.transform), static_cast<IMFTransform *>(camera.Get()));
+    camera->SetFrameSink(this);
+    session.SendMessage(MFT_MESSAGE_NOTIFY_BEGIN_STREAMING);
+    session.SendMessage(MFT_MESSAGE_NOTIFY_START_OF_STREAM);
+    for (std::size_t index = 0; index < scenario.phases.size() && !stalled; ++index)
+    {
+        Enter(index);
+        Play(index);
+    }
     StopOutputs();
 
     StreamReport report;
-    report.transform = options.transform == TransformKind::Depth ? "depth" : "color";
+    report.title = scenario.title;
+    report.transform = NameOf(scenario.transform);
     report.source = sourceText;
     LetGo(report);
     return report;
@@ -97,95 +87,140 @@ StreamReport StreamRun::Run()
 
 void StreamRun::CreateCamera()
 {
-    tarn_sim::CameraConfiguration configuration = MakeConfiguration(options);
+    auto configuration = scenario.transform == TransformKind::Depth ? tarn_sim::CameraConfiguration::TarnDepth()
+                                                                    : tarn_sim::CameraConfiguration::TarnColor();
     configuration.frameSource = MakeSource(options.frames);
     configuration.pacing = options.pace == Pace::Fast ? tarn_sim::Pacing::AsFastAsTaken : tarn_sim::Pacing::RealTime;
-    const std::uint64_t pictures = configuration.frameSource->PictureCount();
-    frameLimit = options.seconds > 0 ? 0 : options.count > 0 ? options.count : pictures;
+    // Exactly so many frames can only be asked of the camera when nothing restarts it.
+    const Phase &first = scenario.phases.front();
+    if (scenario.phases.size() == 1 && first.seconds == 0)
+    {
+        frameLimit = first.frames != 0 ? first.frames : configuration.frameSource->PictureCount();
+    }
     configuration.frameLimit = frameLimit;
     std::transform(configuration.pins.begin(), configuration.pins.end(), std::back_inserter(pinIds),
                    [](const tarn_sim::PinConfiguration &pin) { return pin.streamId; });
     sourceText = options.frames.empty() ? "generated scene"
-                                        : std::to_string(pictures) + " recorded frames from " + ToText(options.frames);
+                                        : std::to_string(configuration.frameSource->PictureCount()) +
+                                              " recorded frames from " + ToText(options.frames);
     camera = MakeCom<tarn_sim::SimulatedCamera>(std::move(configuration));
 }
 
-void StreamRun::ChooseTypes()
+void StreamRun::Enter(std::size_t index)
 {
-    const std::size_t framesToShow = options.outFolder.empty() ? 0 : kThumbnailsPerSection;
-    for (std::size_t index = 0; index < session.OutputIds().size(); ++index)
+    const Phase &phase = scenario.phases[index];
+    const bool restartsAll = phase.faceLogin || phase.confidenceMap || !phase.start.empty();
+    // Nothing of an earlier topology can come then: the first frame counts already.
+    const bool countsAtOnce = running.empty() && phase.start.size() == 1;
+    books.BeginChange(restartsAll, phase.stop);
+    for (const DWORD id : phase.stop)
     {
-        const DWORD id = session.OutputIds()[index];
-        std::string offered;
-        std::unique_ptr<Output> output;
-        for (const ComPtr<IMFMediaType> &type : session.OutputTypes(id))
+        session.SetOutputState(id, DeviceStreamState_Stop, running.at(id).Get());
+        running.erase(id);
+        books.Remove(id);
+    }
+    SwitchModes(phase);
+    for (const OutputChoice &choice : phase.start)
+    {
+        const ComPtr<IMFMediaType> type = ChooseType(choice);
+        running[choice.outputId] = type;
+        books.Add(choice.outputId, InputOf(choice.outputId), FrameFormat::Of(*type.Get()));
+        if (countsAtOnce)
         {
-            FrameFormat format = FrameFormat::Of(*type.Get());
-            offered += (offered.empty() ? "" : ", ") + format.ToText();
-            if (!output && Fits(format, options))
-            {
-                output.reset(new Output{OutputCollector(id, std::move(format), framesToShow), type, InputOf(index)});
-            }
+            books.Begin(choice.outputId, index, ConfidenceMapComes());
         }
-        if (!output)
-        {
-            throw UsageError("output " + std::to_string(id) + " offers no such type; it offers " + offered);
-        }
-        outputs.push_back(std::move(output));
+        session.SetOutputState(choice.outputId, DeviceStreamState_Run, type.Get());
+    }
+    session.Synchronise(kStateLimit);
+    books.EndChange(index, ConfidenceMapComes());
+    pinTexts.push_back(PinText());
+}
+
+void StreamRun::SwitchModes(const Phase &phase)
+{
+    if (!phase.faceLogin && !phase.confidenceMap)
+    {
+        return;
+    }
+    const KsClient controls(session.KsControl());
+    if (phase.faceLogin)
+    {
+        controls.SetFaceLogin(*phase.faceLogin);
+    }
+    if (phase.confidenceMap)
+    {
+        controls.SetConfidenceMap(*phase.confidenceMap);
+        confidenceMapIsOn = *phase.confidenceMap;
     }
 }
 
-DWORD StreamRun::InputOf(std::size_t outputIndex) const
+bool StreamRun::ConfidenceMapComes() const
+{
+    return confidenceMapIsOn && running.size() == 1 && running.begin()->first == kDepthOutput;
+}
+
+ComPtr<IMFMediaType> StreamRun::ChooseType(const OutputChoice &choice) const
+{
+    std::string offered;
+    for (const ComPtr<IMFMediaType> &type : session.OutputTypes(choice.outputId))
+    {
+        const FrameFormat format = FrameFormat::Of(*type.Get());
+        if (!choice.size || format.size == *choice.size)
+        {
+            return type;
+        }
+        offered += (offered.empty() ? "" : ", ") + format.ToText();
+    }
+    throw UsageError(std::string("output ") + NameOfOutput(scenario.transform, choice.outputId) +
+                     " offers no such type; it offers " + offered);
+}
+
+DWORD StreamRun::InputOf(DWORD outputId) const
 {
     const std::vector<DWORD> &inputs = session.InputIds();
-    if (inputs.empty() || (inputs.size() > 1 && inputs.size() != session.OutputIds().size()))
+    const std::vector<DWORD> &outputs = session.OutputIds();
+    if (inputs.size() == 1)
+    {
+        return inputs.front();
+    }
+    if (inputs.empty() || inputs.size() != outputs.size())
     {
         throw HostError("cannot tell which of " + std::to_string(inputs.size()) + " inputs feeds which output");
     }
-    return inputs.size() == 1 ? inputs.front() : inputs[outputIndex];
+    const auto place = std::find(outputs.begin(), outputs.end(), outputId) - outputs.begin();
+    return inputs[static_cast<std::size_t>(place)];
 }
 
-std::size_t StreamRun::ExpectedInputs() const
+void StreamRun::Play(std::size_t index)
 {
-    return std::min(session.InputIds().size(), outputs.size());
-}
-
-void StreamRun::StartOutputs()
-{
-    camera->SetFrameSink(this);
-    session.SendMessage(MFT_MESSAGE_NOTIFY_BEGIN_STREAMING);
-    session.SendMessage(MFT_MESSAGE_NOTIFY_START_OF_STREAM);
-    for (const auto &output : outputs)
-    {
-        session.SetOutputState(output->collector.Id(), DeviceStreamState_Run, output->type.Get());
-    }
-    session.WaitForInputs(DeviceStreamState_Run, ExpectedInputs(), kStateLimit);
-}
-
-void StreamRun::WaitForFrames()
-{
+    const Phase &phase = scenario.phases[index];
+    const bool isLast = index + 1 == scenario.phases.size();
     ProgressLine progress(options.quiet);
     const auto startedAt = Clock::now();
     const auto endsAt =
-        startedAt + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds));
+        startedAt + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(phase.seconds));
     bool feeding = true;
     std::uint64_t seen = 0;
     auto seenAt = startedAt;
     for (;;)
     {
         ThrowOnFailure();
-        progress.Show(ProgressText());
+        progress.Show(ProgressText(phase));
         const auto now = Clock::now();
-        if (feeding && (frameLimit == 0 ? now >= endsAt : AllFramesIn()))
+        if (feeding && (phase.seconds > 0 ? now >= endsAt : AllFramesIn(phase)))
         {
+            if (!isLast)
+            {
+                return; // the next change finds frames on their way
+            }
             camera->SetFrameSink(nullptr);
             feeding = false;
         }
-        if (!feeding && FramesInFlight() == 0)
+        if (!feeding && books.FramesInFlight() == 0)
         {
             return;
         }
-        const std::uint64_t framesOut = FramesOut();
+        const std::uint64_t framesOut = books.FramesOut();
         if (framesOut != seen)
         {
             seen = framesOut;
@@ -202,45 +237,40 @@ void StreamRun::WaitForFrames()
     }
 }
 
-bool StreamRun::AllFramesIn() const
+bool StreamRun::AllFramesIn(const Phase &phase) const
 {
-    return std::all_of(outputs.begin(), outputs.end(), [this](const auto &output) {
-        const tarn_sim::PinStatistics pin = camera->Statistics(output->inputId);
-        return output->collector.FramesIn() + pin.dropped + pin.failed >= frameLimit;
+    if (frameLimit == 0)
+    {
+        return books.AllHaveFramesIn(phase.frames);
+    }
+    return std::all_of(pinIds.begin(), pinIds.end(), [&](DWORD id) {
+        const tarn_sim::PinStatistics pin = camera->Statistics(id);
+        return pin.delivered + pin.dropped + pin.failed >= frameLimit;
     });
 }
 
-std::size_t StreamRun::FramesInFlight() const
+std::string StreamRun::ProgressText(const Phase &phase) const
 {
-    std::size_t frames = 0;
-    for (const auto &output : outputs)
-    {
-        frames += output->collector.InFlight();
-    }
-    return frames;
-}
-
-std::uint64_t StreamRun::FramesOut() const
-{
-    std::uint64_t frames = 0;
-    for (const auto &output : outputs)
-    {
-        frames += output->collector.FramesOut();
-    }
-    return frames;
-}
-
-std::string StreamRun::ProgressText() const
-{
-    std::string text;
-    for (const auto &output : outputs)
-    {
-        const StreamSummary summary = output->collector.Summary();
+    std::string text = phase.caption + ":";
+    books.ForEachRunning([&](const PhaseBooks::Stretch &stretch) {
+        const StreamSummary summary = stretch.collector.Summary();
         char part[96];
-        std::snprintf(part, sizeof part, "%soutput %lu: %llu in, %llu out, %.1f fps", text.empty() ? "" : "   ",
-                      output->collector.Id(), static_cast<unsigned long long>(summary.framesIn),
+        std::snprintf(part, sizeof part, "   %s %llu in, %llu out, %.1f fps",
+                      NameOfOutput(scenario.transform, stretch.collector.Id()),
+                      static_cast<unsigned long long>(summary.framesIn),
                       static_cast<unsigned long long>(summary.framesOut), summary.framesPerSecond);
         text += part;
+    });
+    return text;
+}
+
+std::string StreamRun::PinText() const
+{
+    const std::scoped_lock hold(lock);
+    std::string text;
+    for (const auto &pin : pinFormats)
+    {
+        text += (text.empty() ? "" : ", ") + pin.second;
     }
     return text;
 }
@@ -249,11 +279,11 @@ void StreamRun::StopOutputs()
 {
     session.SendMessage(MFT_MESSAGE_NOTIFY_END_OF_STREAM);
     session.SendMessage(MFT_MESSAGE_COMMAND_DRAIN);
-    for (const auto &output : outputs)
+    for (const auto &[id, type] : running)
     {
-        session.SetOutputState(output->collector.Id(), DeviceStreamState_Stop, output->type.Get());
+        session.SetOutputState(id, DeviceStreamState_Stop, type.Get());
     }
-    session.WaitForInputs(DeviceStreamState_Stop, ExpectedInputs(), kStateLimit);
+    session.WaitForInputs(DeviceStreamState_Stop, std::min(session.InputIds().size(), running.size()), kStateLimit);
     session.SendMessage(MFT_MESSAGE_COMMAND_FLUSH);
     session.SendMessage(MFT_MESSAGE_NOTIFY_END_STREAMING);
     ThrowOnFailure();
@@ -271,43 +301,83 @@ void StreamRun::LetGo(StreamReport &report)
         report.pins.push_back({id, camera->Statistics(id)});
         report.leftovers.frames += report.pins.back().statistics.outstanding;
     }
+    running.clear();
     report.leftovers.cameraReferences = camera.Detach()->Release();
-    for (const auto &output : outputs)
+    for (std::size_t index = 0; index < pinTexts.size(); ++index)
     {
-        const OutputCollector &collector = output->collector;
-        report.outputs.push_back({collector.Id(), collector.Format().ToText(), collector.Summary()});
-        output->type.Reset();
+        report.phases.push_back({scenario.phases[index].caption, pinTexts[index], {}});
+    }
+    for (const auto &stretch : books.Stretches())
+    {
+        const OutputCollector &collector = stretch->collector;
+        report.phases[stretch->phase].outputs.push_back(
+            {collector.Id(), NameOfOutput(scenario.transform, collector.Id()), collector.Format().ToText(),
+             collector.Summary(), collector.Attachments(), stretch->confidenceMapIsOn});
     }
 }
 
-Picture StreamRun::DrawFrames(const std::string &title) const
+std::vector<PhasePictures> StreamRun::Pictures() const
 {
-    std::vector<ContactSheetSection> sections;
-    for (const auto &output : outputs)
+    std::vector<PhasePictures> pictures;
+    for (const auto &stretch : books.Stretches())
     {
-        const OutputCollector &collector = output->collector;
-        sections.push_back({"output " + std::to_string(collector.Id()) + "   " + collector.Format().ToText() + "   " +
-                                std::to_string(collector.FramesOut()) + " frames",
-                            collector.Frames()});
+        const OutputCollector &collector = stretch->collector;
+        const std::string title =
+            std::string(NameOfOutput(scenario.transform, collector.Id())) + " " + collector.Format().ToText();
+        pictures.push_back({stretch->phase,
+                            collector.Id(),
+                            {title, collector.Frames()},
+                            {title + ", confidence map", collector.ConfidenceMaps()}});
     }
-    return DrawContactSheet(title, sections);
+    return pictures;
 }
 
 HRESULT StreamRun::OnInputState(DWORD inputId, DeviceStreamState state, IMFMediaType *type)
 {
+    if (state == DeviceStreamState_Run && type != nullptr)
+    {
+        const std::string format = FrameFormat::Of(*type).ToText();
+        const std::scoped_lock hold(lock);
+        pinFormats[inputId] = format;
+    }
     return camera->SetPinState(inputId, state, type);
 }
 
 void StreamRun::OnOutputSample(DWORD outputId, IMFSample *sample)
 {
-    for (const auto &output : outputs)
+    try
     {
-        if (output->collector.Id() == outputId && FAILED(output->collector.FrameOut(*sample)))
-        {
-            std::fprintf(stderr, "tarn-host: a frame of output %lu cannot be read for the picture\n", outputId);
-        }
+        CollectSample(outputId, *sample);
+    }
+    catch (const std::exception &error)
+    {
+        Fail(error.what());
     }
     progressed.notify_all();
+}
+
+void StreamRun::CollectSample(DWORD outputId, IMFSample &sample)
+{
+    const SampleDetails details = SampleDetails::Of(sample);
+    OutputCollector *const collector = books.CollectorOf(outputId, details);
+    if (collector == nullptr)
+    {
+        return;
+    }
+    const std::uint64_t number = collector->FrameOut(details);
+    if (writer || collector->WantsPixels(number))
+    {
+        const LockedFrame frame(sample);
+        if (collector->WantsPixels(number))
+        {
+            collector->Keep(number, frame, details);
+        }
+        if (writer)
+        {
+            writer->Write(NameOfOutput(scenario.transform, outputId), number, collector->Format(), frame.Bytes(),
+                          details);
+        }
+    }
 }
 
 void StreamRun::OnSessionFailure()
@@ -317,37 +387,34 @@ void StreamRun::OnSessionFailure()
 
 void StreamRun::OnFrame(DWORD streamId, IMFSample *sample)
 {
-    for (const auto &output : outputs)
-    {
-        if (output->inputId == streamId)
-        {
-            output->collector.FrameIn(*sample);
-        }
-    }
+    const std::vector<OutputCollector *> enteredIn = books.FrameIn(streamId, *sample);
     const HRESULT result = session.ProcessInput(streamId, sample);
-    if (SUCCEEDED(result))
+    if (FAILED(result) && !books.FrameRefused(enteredIn))
     {
-        return;
+        Fail(HostError("ProcessInput", result).what());
     }
-    for (const auto &output : outputs)
-    {
-        if (output->inputId == streamId)
-        {
-            output->collector.FrameRefused();
-        }
-    }
+}
+
+void StreamRun::Fail(const std::string &reason)
+{
     const std::scoped_lock hold(lock);
-    inputFailure = FAILED(inputFailure) ? inputFailure : result;
+    if (!failure)
+    {
+        failure = reason;
+    }
 }
 
 void StreamRun::ThrowOnFailure() const
 {
-    if (const auto failure = session.Failure())
+    if (const auto sessionFailure = session.Failure())
+    {
+        throw HostError(*sessionFailure);
+    }
+    const std::scoped_lock hold(lock);
+    if (failure)
     {
         throw HostError(*failure);
     }
-    const std::scoped_lock hold(lock);
-    ThrowIfFailed(inputFailure, "ProcessInput");
 }
 
 } // namespace tarn_host

@@ -1,38 +1,51 @@
-// One run of "tarn-host stream": camera, session and collectors from the first reference to the last.
+// One scenario from the first reference to the last: camera, session and collectors.
 #pragma once
 
 #include "platform/MediaFoundation.h"
 
 #include <condition_variable>
 #include <map>
-#include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "sim/SimulatedCamera.h"
+#include "tools/ContactSheet.h"
 #include "tools/DeviceTransformSession.h"
-#include "tools/OutputCollector.h"
+#include "tools/FrameWriter.h"
+#include "tools/PhaseBooks.h"
 #include "tools/ProgressLine.h"
-#include "tools/StreamOptions.h"
+#include "tools/RunOptions.h"
+#include "tools/Scenario.h"
 #include "tools/StreamReport.h"
 
 namespace tarn_host
 {
+
+// Pictures of one output during one phase.
+struct PhasePictures
+{
+    std::size_t phase = 0;
+    DWORD outputId = 0;
+    ContactSheetSection frames;
+    ContactSheetSection confidenceMaps; // without frames when the output has none
+};
 
 // Between camera and transform: takes frames on the capture thread, samples and pin states on the event loop thread.
 // Run is confined; it needs a PlatformSession around it.
 class StreamRun final : private SessionListener, private tarn_sim::IFrameSink
 {
   public:
-    // `streamOptions` outlive the run.
-    explicit StreamRun(const StreamOptions &streamOptions);
+    // Both outlive the run.
+    StreamRun(const Scenario &playedScenario, const RunOptions &runOptions);
     ~StreamRun() override;
 
-    // Streams, stops, and lets go of everything. Throws UsageError for sizes and formats that are not offered and
-    // for unusable frames, HostError when a step fails. Lost frames are told in the report.
+    // Plays every phase, stops, and lets go of everything. Throws UsageError for types that are not offered and for
+    // unusable frames, HostError when a step fails. Lost frames are told in the report.
     StreamReport Run();
-    // The frames kept of each output. Call after Run.
-    Picture DrawFrames(const std::string &title) const;
+    // Call after Run.
+    std::vector<PhasePictures> Pictures() const;
 
   private:
     HRESULT OnInputState(DWORD inputId, DeviceStreamState state, IMFMediaType *type) override;
@@ -41,39 +54,42 @@ class StreamRun final : private SessionListener, private tarn_sim::IFrameSink
     void OnFrame(DWORD streamId, IMFSample *sample) override;
 
     void CreateCamera();
-    void ChooseTypes();
-    void StartOutputs();
-    void WaitForFrames();
+    void Enter(std::size_t index);
+    void SwitchModes(const Phase &phase);
+    void Play(std::size_t index);
+    bool AllFramesIn(const Phase &phase) const;
     void StopOutputs();
     void LetGo(StreamReport &report);
-    bool AllFramesIn() const;
-    std::size_t FramesInFlight() const;
-    std::uint64_t FramesOut() const;
-    std::string ProgressText() const;
-    void ThrowOnFailure() const;
+    void CollectSample(DWORD outputId, IMFSample &sample);
+
+    ComPtr<IMFMediaType> ChooseType(const OutputChoice &choice) const;
     // The input that feeds an output: the one in the same place, or the only one.
-    DWORD InputOf(std::size_t outputIndex) const;
-    std::size_t ExpectedInputs() const;
+    DWORD InputOf(DWORD outputId) const;
+    // The confidence map accompanies depth, and only when no infrared runs.
+    bool ConfidenceMapComes() const;
+    std::string ProgressText(const Phase &phase) const;
+    std::string PinText() const;
+    void ThrowOnFailure() const;
+    void Fail(const std::string &reason);
 
-    struct Output
-    {
-        OutputCollector collector;
-        ComPtr<IMFMediaType> type;
-        DWORD inputId = 0;
-    };
-
-    const StreamOptions &options;
-    std::uint64_t frameLimit = 0; // Frames per pin; 0: until the time is over.
+    const Scenario &scenario;
+    const RunOptions &options;
+    std::uint64_t frameLimit = 0; // after which the camera falls silent; 0: it goes on
     std::string sourceText;
     bool stalled = false; // No frame came for too long while there should have been some.
+    bool confidenceMapIsOn = false;
+    std::optional<FrameWriter> writer;
     ComPtr<tarn_sim::SimulatedCamera> camera;
     DeviceTransformSession session;
-    std::vector<std::unique_ptr<Output>> outputs; // Fixed before the first frame.
+    PhaseBooks books;
+    std::map<DWORD, ComPtr<IMFMediaType>> running; // by output
     std::vector<DWORD> pinIds;
+    std::vector<std::string> pinTexts; // of each phase
 
     mutable std::mutex lock;
     std::condition_variable progressed;
-    HRESULT inputFailure = S_OK; // guarded by lock; the first one
+    std::map<DWORD, std::string> pinFormats; // guarded by lock
+    std::optional<std::string> failure;      // guarded by lock; the first one
 };
 
 } // namespace tarn_host

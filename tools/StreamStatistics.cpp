@@ -56,6 +56,17 @@ void StreamStatistics::FrameOut(std::int64_t sampleTime100ns, Clock::time_point 
     pending.erase(found);
 }
 
+bool StreamStatistics::Expects(std::int64_t sampleTime100ns) const noexcept
+{
+    return std::any_of(pending.begin(), pending.end(),
+                       [&](const Pending &frame) { return frame.sampleTime100ns == sampleTime100ns; });
+}
+
+void StreamStatistics::CutOff() noexcept
+{
+    isCutOff = true;
+}
+
 std::uint64_t StreamStatistics::FramesIn() const noexcept
 {
     return framesIn;
@@ -68,7 +79,7 @@ std::uint64_t StreamStatistics::FramesOut() const noexcept
 
 std::size_t StreamStatistics::InFlight() const noexcept
 {
-    return pending.size();
+    return isCutOff ? 0 : pending.size();
 }
 
 StreamSummary StreamStatistics::Summary() const
@@ -79,7 +90,7 @@ StreamSummary StreamStatistics::Summary() const
     StreamSummary summary;
     summary.framesIn = framesIn;
     summary.framesOut = framesOut;
-    summary.dropped = pending.size();
+    (isCutOff ? summary.cutOff : summary.dropped) = pending.size();
     summary.reordered = reordered;
     summary.unexpected = unexpected;
     summary.latencyP50Ms = Percentile(sorted, 0.50);

@@ -14,6 +14,7 @@ struct StreamSummary
     std::uint64_t framesIn = 0;
     std::uint64_t framesOut = 0;
     std::uint64_t dropped = 0;    // Went in and had not come out when the summary was made.
+    std::uint64_t cutOff = 0;     // The same, but the output was stopped or restarted meanwhile.
     std::uint64_t reordered = 0;  // Came out after a frame that went in later.
     std::uint64_t unexpected = 0; // Came out without having gone in, or came out twice.
     double framesPerSecond = 0;   // 0 with fewer than two frames.
@@ -38,9 +39,13 @@ class StreamStatistics
     // The transform refused the frame that was announced last; it does not count as captured.
     void FrameRefused();
     void FrameOut(std::int64_t sampleTime100ns, Clock::time_point now);
+    bool Expects(std::int64_t sampleTime100ns) const noexcept;
+    // From now on what is still expected need not come.
+    void CutOff() noexcept;
 
     std::uint64_t FramesIn() const noexcept;
     std::uint64_t FramesOut() const noexcept;
+    // Frames that have to come yet.
     std::size_t InFlight() const noexcept;
     StreamSummary Summary() const;
 
@@ -59,6 +64,7 @@ class StreamStatistics
     std::uint64_t reordered = 0;
     std::uint64_t unexpected = 0;
     std::uint64_t nextNumber = 0; // Lowest number that is still in order.
+    bool isCutOff = false;
     Clock::time_point firstOutAt{};
     Clock::time_point lastOutAt{};
 };

@@ -15,6 +15,7 @@ std::size_t BytesNeeded(PixelKind pixels, std::size_t width, std::size_t height)
     switch (pixels)
     {
     case PixelKind::Grey8:
+    case PixelKind::Confidence8:
         return width * height;
     case PixelKind::Nv12:
         return width * height + (width + 1) / 2 * 2 * ((height + 1) / 2);
@@ -57,7 +58,7 @@ class PixelReader
 
     std::uint16_t Level(std::size_t x, std::size_t y) const
     {
-        if (pixels == PixelKind::Grey8)
+        if (pixels == PixelKind::Grey8 || pixels == PixelKind::Confidence8)
         {
             return Byte(y * width + x);
         }
@@ -96,7 +97,8 @@ class PixelReader
 
 bool HasLevels(PixelKind pixels)
 {
-    return pixels == PixelKind::Depth16 || pixels == PixelKind::Grey8 || pixels == PixelKind::Grey16;
+    return pixels == PixelKind::Depth16 || pixels == PixelKind::Grey8 || pixels == PixelKind::Grey16 ||
+           pixels == PixelKind::Confidence8;
 }
 
 } // namespace

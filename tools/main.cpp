@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "tools/CommandLine.h"
+#include "tools/DemoCommand.h"
+#include "tools/KsCommand.h"
 #include "tools/NodeCommand.h"
 #include "tools/StreamCommand.h"
 #include "tools/Text.h"
@@ -25,6 +27,8 @@ int wmain(int argumentCount, wchar_t **arguments)
     }
     std::vector<std::unique_ptr<tarn_host::Command>> commands;
     commands.push_back(std::make_unique<tarn_host::StreamCommand>());
+    commands.push_back(std::make_unique<tarn_host::DemoCommand>());
+    commands.push_back(std::make_unique<tarn_host::KsCommand>());
     commands.push_back(std::make_unique<tarn_host::NodeCommand>());
     const auto code = tarn_host::CommandLine(std::move(commands)).Run(std::move(texts), std::cout, std::cerr);
     return static_cast<int>(code);

@@ -8,17 +8,26 @@
 namespace
 {
 
+using tarn_host::OutputReport;
 using tarn_host::StreamReport;
+
+OutputReport &OutputOf(StreamReport &report)
+{
+    return report.phases.front().outputs.front();
+}
 
 StreamReport GoodReport()
 {
     StreamReport report;
     report.transform = "depth";
     report.module = "Z:\\tarn_dmft.dll";
-    report.outputs.push_back({3, "D16 640x480@30", {}});
-    report.outputs.front().summary.framesIn = 58;
-    report.outputs.front().summary.framesOut = 58;
-    report.outputs.front().summary.latencyP99Ms = 1.25;
+    OutputReport output{3, "depth", "D16 640x480@30", {}, {}, true};
+    output.summary.framesIn = 58;
+    output.summary.framesOut = 58;
+    output.summary.cutOff = 2; // no fault
+    output.summary.latencyP99Ms = 1.25;
+    output.attachments.confidenceMaps = 58;
+    report.phases.push_back({"depth", "INZC 640x480@30", {output}});
     report.pins.push_back({0, {}});
     return report;
 }
@@ -36,10 +45,11 @@ TEST(StreamReportTest, GoodRunHasNoProblems)
 TEST(StreamReportTest, EachThingThatIsNotAsItHasToBeIsAProblem)
 {
     void (*const faults[])(StreamReport &) = {
-        [](StreamReport &report) { report.outputs.front().summary.dropped = 1; },
-        [](StreamReport &report) { report.outputs.front().summary.reordered = 1; },
-        [](StreamReport &report) { report.outputs.front().summary.unexpected = 1; },
-        [](StreamReport &report) { report.outputs.front().summary.framesOut = 0; },
+        [](StreamReport &report) { OutputOf(report).summary.dropped = 1; },
+        [](StreamReport &report) { OutputOf(report).summary.reordered = 1; },
+        [](StreamReport &report) { OutputOf(report).summary.unexpected = 1; },
+        [](StreamReport &report) { OutputOf(report).summary.framesOut = 0; },
+        [](StreamReport &report) { OutputOf(report).attachments.confidenceMaps = 0; },
         [](StreamReport &report) { report.pins.front().statistics.failed = 1; },
         [](StreamReport &report) { report.stalled = true; },
         [](StreamReport &report) { report.leftovers.transformReferences = 1; },
@@ -64,17 +74,15 @@ TEST(StreamReportTest, EachThingThatIsNotAsItHasToBeIsAProblem)
 TEST(StreamReportTest, JsonCarriesTheNumbersAndSurvivesAnOddPath)
 {
     StreamReport report = GoodReport();
-    report.picture = "Z:\\not\xFFutf8.png";
-    report.outputs.front().summary.dropped = 2;
+    report.source = "Z:\\not\xFFutf8";
+    OutputOf(report).summary.dropped = 2;
 
-    std::ostringstream text;
-    report.WriteJson(text);
-
-    const auto json = nlohmann::json::parse(text.str());
-    EXPECT_EQ(json["outputs"][0]["id"], 3);
-    EXPECT_EQ(json["outputs"][0]["in"], 58);
-    EXPECT_EQ(json["outputs"][0]["dropped"], 2);
-    EXPECT_EQ(json["outputs"][0]["latencyMs"]["p99"], 1.25);
+    const auto json = nlohmann::json::parse(report.ToJson());
+    const auto &output = json["phases"][0]["outputs"][0];
+    EXPECT_EQ(output["id"], 3);
+    EXPECT_EQ(output["in"], 58);
+    EXPECT_EQ(output["dropped"], 2);
+    EXPECT_EQ(output["latencyMs"]["p99"], 1.25);
     EXPECT_EQ(json["leftBehind"]["dllCanUnloadNow"], "S_OK");
     EXPECT_EQ(json["problems"].size(), 1U);
 }
