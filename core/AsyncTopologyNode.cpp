@@ -24,7 +24,9 @@ AsyncTopologyNode::AsyncTopologyNode(std::shared_ptr<ITopologyNode> successor, c
 HRESULT AsyncTopologyNode::ProcessSample(IMFSample *sample)
 {
     CHECK_POINTER(sample);
-    TraceLoggingActivity activity("mft_core::AsyncTopologyNode::ProcessSample");
+    // Names are part of the interface.
+    TraceLoggingActivity activity("Tracelogging Activity Wrapper",
+                                  {TraceField::String("ActivityTopoNodeId", GetName())});
 
     // The item is put under the lock, so that the order of the list is the order of the items and a flush sees both
     // or neither. The call only hands the item over: it runs no callback and waits for none.
@@ -53,9 +55,17 @@ HRESULT AsyncTopologyNode::ProcessSample(IMFSample *sample)
     return S_OK;
 }
 
-HRESULT AsyncTopologyNode::GetParameters(DWORD *, DWORD *)
+HRESULT AsyncTopologyNode::GetParameters(DWORD *flags, DWORD *queue)
 {
-    return E_NOTIMPL; // the item was put on its queue explicitly
+    CHECK_POINTER(flags);
+    CHECK_POINTER(queue);
+    if (!wqParams.isSet)
+    {
+        return E_NOTIMPL; // the platform's default
+    }
+    *flags = 0;
+    *queue = wqParams.workQueueId;
+    return S_OK;
 }
 
 HRESULT AsyncTopologyNode::Invoke(IMFAsyncResult *pAsyncResult)
@@ -97,7 +107,7 @@ void AsyncTopologyNode::HandOnReadySamples()
     handingOn = true;
     while (!pending.empty() && pending.front().itemHasRun)
     {
-        const ComPtr<IMFSample> sample = std::move(pending.front().sample);
+        ComPtr<IMFSample> sample = std::move(pending.front().sample);
         pending.pop_front();
         guard.unlock();
         for (const auto &node : NextNodes())
@@ -107,6 +117,7 @@ void AsyncTopologyNode::HandOnReadySamples()
                 node->Process(sample.Get());
             }
         }
+        sample.Reset(); // may be the last reference: not under the lock
         guard.lock();
     }
     handingOn = false;

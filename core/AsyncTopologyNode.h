@@ -45,6 +45,7 @@ class AsyncTopologyNode : public ITopologyNode,
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
 
+    // The node's work queue; E_NOTIMPL, which stands for the default, when the pipeline has chosen none.
     HRESULT STDMETHODCALLTYPE GetParameters(DWORD *flags, DWORD *queue) override;
     HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *pAsyncResult) override;
 

@@ -98,8 +98,11 @@ HRESULT DeviceMft::RedirectCallToOutputStream(DWORD streamId, const std::functio
 HRESULT DeviceMft::GetInputAvailableType(DWORD dwInputStreamID, DWORD dwTypeIndex, IMFMediaType **ppMediaType)
 {
     return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR(RedirectCallToInputStream(
-            dwInputStreamID, [&](InputStream &stream) { return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); }));
+        CHECK_HR_AS("RedirectCallToInputStream(dwInputStreamID, [&](InputStream &stream) { return "
+                    "stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); })",
+                    RedirectCallToInputStream(dwInputStreamID, [&](InputStream &stream) {
+                        return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType);
+                    }));
         return S_OK;
     });
 }
@@ -107,8 +110,10 @@ HRESULT DeviceMft::GetInputAvailableType(DWORD dwInputStreamID, DWORD dwTypeInde
 HRESULT DeviceMft::GetInputCurrentType(DWORD dwInputStreamID, IMFMediaType **ppMediaType)
 {
     return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR(RedirectCallToInputStream(
-            dwInputStreamID, [&](InputStream &stream) { return stream.GetCurrentMediaType(ppMediaType); }));
+        CHECK_HR_AS("RedirectCallToInputStream(dwInputStreamID, [&](InputStream &stream) { return "
+                    "stream.GetCurrentMediaType(ppMediaType); })",
+                    RedirectCallToInputStream(
+                        dwInputStreamID, [&](InputStream &stream) { return stream.GetCurrentMediaType(ppMediaType); }));
         return S_OK;
     });
 }
@@ -125,8 +130,11 @@ HRESULT DeviceMft::GetInputStreamAttributes(DWORD dwInputStreamID, IMFAttributes
 HRESULT DeviceMft::GetOutputAvailableType(DWORD dwOutputStreamID, DWORD dwTypeIndex, IMFMediaType **ppMediaType)
 {
     return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR(RedirectCallToOutputStream(
-            dwOutputStreamID, [&](OutputStream &stream) { return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); }));
+        CHECK_HR_AS("RedirectCallToOutputStream(dwOutputStreamID, [&](OutputStream &stream) { return "
+                    "stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); })",
+                    RedirectCallToOutputStream(dwOutputStreamID, [&](OutputStream &stream) {
+                        return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType);
+                    }));
         return S_OK;
     });
 }
@@ -134,8 +142,11 @@ HRESULT DeviceMft::GetOutputAvailableType(DWORD dwOutputStreamID, DWORD dwTypeIn
 HRESULT DeviceMft::GetOutputCurrentType(DWORD dwOutputStreamID, IMFMediaType **ppMediaType)
 {
     return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR(RedirectCallToOutputStream(
-            dwOutputStreamID, [&](OutputStream &stream) { return stream.GetCurrentMediaType(ppMediaType); }));
+        CHECK_HR_AS("RedirectCallToOutputStream(dwOutputStreamID, [&](OutputStream &stream) { return "
+                    "stream.GetCurrentMediaType(ppMediaType); })",
+                    RedirectCallToOutputStream(dwOutputStreamID, [&](OutputStream &stream) {
+                        return stream.GetCurrentMediaType(ppMediaType);
+                    }));
         return S_OK;
     });
 }
@@ -276,11 +287,12 @@ HRESULT DeviceMft::SetInputStreamState(DWORD dwStreamID, IMFMediaType *pMediaTyp
         {
             CHECK_POINTER(pMediaType);
         }
-        return RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) -> HRESULT {
+        CHECK_HR(RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) -> HRESULT {
             CHECK_HR(stream.SetCurrentMediaType(pMediaType));
             CHECK_HR(stream.SetState(state));
             return S_OK;
-        });
+        }));
+        return S_OK;
     });
 }
 
@@ -289,10 +301,11 @@ HRESULT DeviceMft::GetInputStreamState(DWORD dwStreamID, DeviceStreamState *valu
     return EntryPoint(GetName(), [&]() -> HRESULT {
         DeviceStreamState *const state = value;
         CHECK_POINTER(state);
-        return RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) -> HRESULT {
+        CHECK_HR(RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) -> HRESULT {
             *state = stream.GetState();
             return S_OK;
-        });
+        }));
+        return S_OK;
     });
 }
 
@@ -301,18 +314,23 @@ HRESULT DeviceMft::GetOutputStreamState(DWORD dwStreamID, DeviceStreamState *val
     return EntryPoint(GetName(), [&]() -> HRESULT {
         DeviceStreamState *const state = value;
         CHECK_POINTER(state);
-        return RedirectCallToOutputStream(dwStreamID, [&](OutputStream &stream) -> HRESULT {
+        CHECK_HR(RedirectCallToOutputStream(dwStreamID, [&](OutputStream &stream) -> HRESULT {
             *state = stream.GetState();
             return S_OK;
-        });
+        }));
+        return S_OK;
     });
 }
 
 HRESULT DeviceMft::GetInputStreamPreferredState(DWORD dwStreamID, DeviceStreamState *value, IMFMediaType **ppMediaType)
 {
     return EntryPoint(GetName(), [&]() -> HRESULT {
-        return RedirectCallToInputStream(
-            dwStreamID, [&](InputStream &stream) { return stream.GetPreferredState(value, ppMediaType); });
+        DeviceStreamState *const state = value;
+        CHECK_HR_AS("RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) { return "
+                    "stream.GetPreferredState(state, ppMediaType); })",
+                    RedirectCallToInputStream(
+                        dwStreamID, [&](InputStream &stream) { return stream.GetPreferredState(state, ppMediaType); }));
+        return S_OK;
     });
 }
 

@@ -14,8 +14,8 @@ namespace mft_core
 class InputStream : public Stream
 {
   public:
-    // Throws std::runtime_error or ComException: "Failed to init media types list",
-    // "Failed to init frame source types".
+    // Throws ComException: "Failed to init media types list", "Failed to init frame source types",
+    // "Failed to init attributes".
     InputStream(UINT32 streamId, MediaEventGenerator *generator, IMFTransform *sourceTransform,
                 const std::vector<GUID> &excludedSubtypes, const std::string &parentName);
 

@@ -128,12 +128,17 @@ HRESULT OutputStream::Flush()
 {
     std::list<ComPtr<IMFSample>> dropped; // released outside the lock
     const std::scoped_lock guard(lock);
-    dropped.swap(samples);
-    if (!dropped.empty())
-    {
-        TRACE_INFO("%s: %zu samples flushed", GetName(), dropped.size());
-    }
+    TakeSamples(dropped);
     return S_OK;
+}
+
+void OutputStream::TakeSamples(std::list<ComPtr<IMFSample>> &taken)
+{
+    taken.swap(samples);
+    if (!taken.empty())
+    {
+        TRACE_INFO("%s: %zu samples flushed", GetName(), taken.size());
+    }
 }
 
 HRESULT OutputStream::ProcessSample(IMFSample *sample)
@@ -193,6 +198,7 @@ HRESULT OutputStream::ProcessOutput(MFT_OUTPUT_DATA_BUFFER &buffer)
 
 HRESULT OutputStream::SetState(DeviceStreamState theState)
 {
+    std::list<ComPtr<IMFSample>> dropped; // released outside the lock
     const std::scoped_lock guard(lock);
     const DeviceStreamState previous = state;
     CHECK_HR(Stream::SetState(theState));
@@ -207,7 +213,7 @@ HRESULT OutputStream::SetState(DeviceStreamState theState)
     }
     TRACE_INFO("%s: measured input %.1f fps, output %.1f fps", GetName(), inputRateMonitor.FPS(),
                outputRateMonitor.FPS());
-    CHECK_HR(Flush());
+    TakeSamples(dropped);
     return S_OK;
 }
 

@@ -13,8 +13,8 @@ namespace mft_core
 class OutputStream : public Stream
 {
   public:
-    // Throws std::invalid_argument("stream must have media types") or ComException("invalid output stream attributes
-    // store") or ComException("Failed to init frame source types").
+    // Throws std::invalid_argument("stream must have media types") or ComException: "Failed to init media types list",
+    // "Failed to init frame source types", "invalid output stream attributes store".
     OutputStream(UINT32 streamId, MediaEventGenerator *generator, const OutputStreamConfiguration &configuration);
 
     // Empties the queue.
@@ -38,6 +38,7 @@ class OutputStream : public Stream
     HRESULT AddIntrinsicsToStreamAttributes(const CameraBlob &intrinsics);
     HRESULT AddDepthAttributes(const std::optional<DepthDescription> &depth);
     HRESULT AnnounceRun();
+    void TakeSamples(std::list<ComPtr<IMFSample>> &taken); // call under lock
 
     std::list<ComPtr<IMFSample>> samples; // guarded by lock; a list: emptying it needs no memory
 };

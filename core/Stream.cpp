@@ -103,7 +103,7 @@ HRESULT Stream::GetMediaTypeAt(DWORD index, IMFMediaType **ppMediaType) const
     *ppMediaType = nullptr;
     if (index >= supportedMediaTypes.size())
     {
-        return MF_E_NO_MORE_TYPES; // how an enumeration ends: not worth a log line
+        return MF_E_NO_MORE_TYPES; // how an enumeration ends
     }
     return supportedMediaTypes[index].CopyTo(ppMediaType);
 }
@@ -230,6 +230,8 @@ HRESULT Stream::InitFrameSourceTypes()
         CHECK_HR(type->GetGUID(MF_MT_SUBTYPE, &subType));
         supportedFrameSourceTypes |= static_cast<UINT32>(FrameSourceOf(subType));
     }
+    TRACE_INFO("%s: frame source %s (0x%X)", GetName(), mft_utils::FrameSourceName(supportedFrameSourceTypes),
+               supportedFrameSourceTypes);
     return S_OK;
 }
 

@@ -28,7 +28,7 @@ struct FrameSize
     bool operator==(const FrameSize &) const = default;
 };
 
-// "Intrinsics Media types subset": each frame size once.
+// Each frame size once.
 std::vector<FrameSize> DistinctFrameSizes(const MediaTypeList &mtList)
 {
     std::vector<FrameSize> sizes;
@@ -111,8 +111,10 @@ CameraBlob TarnCalibration::CreateIntrinsics(const MediaTypeList &mtList) const
     }
     std::vector<MFPinholeCameraIntrinsic_IntrinsicModel> models;
     models.reserve(sizes.size());
+    TRACE_INFO("Intrinsics Media types subset");
     for (const FrameSize &size : sizes)
     {
+        TRACE_INFO("  %ux%u", size.width, size.height);
         models.push_back(ModelOf(*table, size));
     }
     const auto count = static_cast<UINT32>(models.size());

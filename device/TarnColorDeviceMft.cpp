@@ -30,7 +30,9 @@ HRESULT TarnColorDeviceMft::InitializeMembers()
 HRESULT TarnColorDeviceMft::RegisterKsControlHandlres()
 {
     CHECK_HR_AS("PassThroughDeviceMft::RegisterKsControlHandlres()", PassThroughDeviceMft::RegisterKsControlHandlres());
-    CHECK_HR(RegisterKsPropertyHandler(make_shared<CompleteSetPropsHandler>(deviceXuKsControl.Get(), deviceXuSetId)));
+    CHECK_HR_AS(
+        "RegisterKsPropertyHandler(make_shared<CompleteSetPropsHandler>(deviceXuKsControl, deviceXuSetId))",
+        RegisterKsPropertyHandler(make_shared<CompleteSetPropsHandler>(deviceXuKsControl.Get(), deviceXuSetId)));
     return S_OK;
 }
 

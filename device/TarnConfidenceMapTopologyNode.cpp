@@ -38,7 +38,8 @@ HRESULT TarnConfidenceMapTopologyNode::ProcessSample(IMFSample *sample)
         const mft_utils::MediaBufferWrapper buffer(sample);
         if (buffer.length < 2 * planeSize)
         {
-            TRACE_ERROR("%s: sample of %lu bytes handed on unchanged", GetName(), buffer.length);
+            // Every frame while the map is off: the camera then sends depth alone.
+            TRACE_VERBOSE("%s: sample of %lu bytes handed on unchanged", GetName(), buffer.length);
         }
         else
         {

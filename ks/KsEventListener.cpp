@@ -60,7 +60,8 @@ HRESULT KsEventListener::Start()
         }
         if (state != State::Initialized)
         {
-            TRACE_ERROR("%s: not ready to start, state %u", GetName(), static_cast<unsigned>(state));
+            // The transform starts it with every output; the caller knows whether this is an error.
+            TRACE_INFO("%s: not ready to start, state %u", GetName(), static_cast<unsigned>(state));
             return E_UNEXPECTED;
         }
         state = State::Started;
@@ -71,7 +72,14 @@ HRESULT KsEventListener::Start()
     if (enabled)
     {
         const std::scoped_lock guard(lock);
-        result = state == State::Started ? WaitAsyncForNotification() : E_ABORT;
+        result = [&]() -> HRESULT {
+            if (state != State::Started)
+            {
+                return E_ABORT;
+            }
+            CHECK_HR(WaitAsyncForNotification());
+            return S_OK;
+        }();
         if (SUCCEEDED(result))
         {
             return S_OK;

@@ -12,7 +12,7 @@ std::size_t BufferConvertingTopologyNode::Fraction(std::size_t lengthBytes, doub
     return static_cast<std::size_t>(static_cast<double>(lengthBytes) * coefficient);
 }
 
-// The texts are what support tools search for; they name variables of an older form of this function.
+// The texts are what support tools search for, letter for letter.
 HRESULT BufferConvertingTopologyNode::Convert(IMFSample *inputSample, IMFSample **outputSample)
 {
     ComPtr<IMFSample> output;

@@ -36,7 +36,7 @@ UINT64 DepthValueUnitOf(IMFAttributes *outputStreamAttributes)
     return depthValueUnit;
 }
 
-// Nanometres in two steps, each truncated: published values depend on both.
+// Nanometres. In double precision a large product is rounded: other steps would give other values.
 UINT32 ToPixelUnits(std::uint32_t depth, UINT64 depthValueUnit)
 {
     const auto tens = static_cast<UINT64>(depth * 1000000.0);

@@ -27,6 +27,12 @@ HRESULT Log(const char *prettyFunction, const char *text, const char *detail, HR
 
 } // namespace
 
+bool IsEndOfSupply(HRESULT result) noexcept
+{
+    return result == MF_E_NO_EVENTS_AVAILABLE || result == MF_E_TRANSFORM_NEED_MORE_INPUT ||
+           result == MF_E_NO_MORE_TYPES;
+}
+
 HRESULT ResultOfCurrentException(const char *prettyFunction) noexcept
 {
     try

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/core/TestParts.h"
+#include "tests/utils/TraceLines.h"
 
 using mft_core::AsyncTopologyNode;
 using mft_core::WorkQueueParameters;
@@ -70,6 +71,11 @@ TEST(AsyncTopologyNodeTest, SamplesArriveInOrderAlthoughTheQueueIsParallel)
     const WorkQueue queue;
     const auto end = std::make_shared<RecordingNode>();
     const auto node = std::make_shared<AsyncTopologyNode>(end, "Test", queue.Parameters());
+    DWORD flags = 1;
+    DWORD reportedQueue = 0;
+    EXPECT_HR(S_OK, node->GetParameters(&flags, &reportedQueue));
+    EXPECT_EQ(0u, flags);
+    EXPECT_EQ(queue.Parameters().workQueueId, reportedQueue);
     constexpr int kSamples = 2000;
     for (int i = 0; i < kSamples; ++i)
     {
@@ -85,10 +91,15 @@ TEST(AsyncTopologyNodeTest, WithoutAUsableWorkQueueSamplesAreDropped)
 {
     const auto end = std::make_shared<RecordingNode>();
     const auto sample = MakeSample(1);
+    const tarn_test::TraceLines lines(mft_utils::TraceLevel::Error);
     const auto unset = std::make_shared<AsyncTopologyNode>(end, "Test", WorkQueueParameters{});
     EXPECT_HR(S_OK, unset->ProcessSample(sample.Get()));
     const auto invalid = std::make_shared<AsyncTopologyNode>(end, "Test", WorkQueueParameters{0x7777, 0, true});
     EXPECT_HR(S_OK, invalid->ProcessSample(sample.Get()));
+    ASSERT_EQ(2u, lines.lines.size());
+    EXPECT_EQ("event mft_core::AsyncTopologyNode::ProcessSample- Workqueue params not set", lines.Texts()[0]);
+    EXPECT_TRUE(
+        lines.Texts()[1].starts_with("event mft_core::AsyncTopologyNode::ProcessSample- faild to queue workitem"));
     EXPECT_HR(S_OK, invalid->Flush()); // nothing is believed to be queued
     EXPECT_REFS(sample, 1);
     EXPECT_TRUE(end->Times().empty());

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/TestFrameServer.h"
+#include "tests/utils/TraceLines.h"
 
 using mft_core::PassThroughDeviceMft;
 using tarn_sim::SimulatedCamera;
@@ -80,7 +81,18 @@ TEST_F(TransformSurfaceTest, NullArgumentsAndUnknownStreamsAreRefused)
     MFT_OUTPUT_DATA_BUFFER buffer{};
     EXPECT_HR(E_POINTER, transform->ProcessOutput(0, 1, &buffer, nullptr));
 
-    EXPECT_HR(E_FAIL, transform->GetInputAvailableType(5, 0, &type));
+    {
+        const tarn_test::TraceLines lines(mft_utils::TraceLevel::Error);
+        EXPECT_HR(E_FAIL, transform->GetInputAvailableType(5, 0, &type));
+        ASSERT_EQ(4u, lines.lines.size()); // the scan, the search, the call, the entry point
+        EXPECT_EQ("mft_core::DeviceMft::RedirectCallToInputStream: GetStream(stream, streamId, inputStreams) failed, "
+                  "hr 0x80004005",
+                  lines.Texts()[1]);
+        EXPECT_EQ("mft_core::DeviceMft::GetInputAvailableType: RedirectCallToInputStream(dwInputStreamID, "
+                  "[&](InputStream &stream) { return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); }) failed, "
+                  "hr 0x80004005",
+                  lines.Texts()[2]);
+    }
     EXPECT_HR(E_FAIL, transform->GetOutputStreamAttributes(5, &attributes));
     EXPECT_HR(E_FAIL, transform->SetOutputStreamState(5, server.OutputType(0).Get(), DeviceStreamState_Run, 0));
     EXPECT_HR(E_FAIL, transform->FlushOutputStream(5, 0));

@@ -45,7 +45,7 @@ struct DepthCamera
 class TraceText
 {
   public:
-    TraceText()
+    explicit TraceText(mft_utils::TraceLevel level = mft_utils::TraceLevel::Information)
     {
         mft_utils::DebugTraceSink::SetCallback(
             [](void *context, mft_utils::TraceLevel, const char *line) {
@@ -53,7 +53,7 @@ class TraceText
                 const std::scoped_lock guard(self->lock);
                 self->text.append(line).append("\n");
             },
-            this, mft_utils::TraceLevel::Information);
+            this, level);
     }
     ~TraceText()
     {
@@ -62,10 +62,14 @@ class TraceText
     TraceText(const TraceText &) = delete;
     TraceText &operator=(const TraceText &) = delete;
 
-    bool Contains(const std::string &part) const
+    std::string Text() const
     {
         const std::scoped_lock guard(lock);
-        return text.find(part) != std::string::npos;
+        return text;
+    }
+    bool Contains(const std::string &part) const
+    {
+        return Text().find(part) != std::string::npos;
     }
 
   private:

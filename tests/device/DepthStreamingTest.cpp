@@ -1,6 +1,7 @@
 // Frames through the three topologies, and the changes between them.
 #include "platform/CameraAttributes.h"
 
+#include "tests/device/DepthCamera.h"
 #include "tests/device/DepthServer.h"
 #include "tests/device/SceneComparison.h"
 
@@ -90,6 +91,17 @@ TEST(DepthStreamingTest, BothOutputsShareThePinWhicheverStartsFirst)
         EXPECT_HR(S_OK, infrared[2]->GetBlobSize(MFSampleExtension_PinholeCameraIntrinsics, &infraredSize));
         EXPECT_EQ(depthSize + sizeof(MFPinholeCameraIntrinsic_IntrinsicModel), infraredSize);
     }
+}
+
+TEST(DepthStreamingTest, OrdinaryFramesAreNoErrorsInTheTrace)
+{
+    DepthServer server;
+    const tarn_test::TraceText errors(mft_utils::TraceLevel::Error);
+    ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
+    server.StepAndCollect(kDepth, 2);
+    ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+    server.StepAndCollect(kInfrared, 2);
+    EXPECT_FALSE(errors.Contains("TopologyNode::")) << errors.Text();
 }
 
 TEST(DepthStreamingTest, FramesOfTheFormerFormatDoNotReachTheNewTopology)

@@ -13,6 +13,12 @@
 namespace tarn_test
 {
 
+inline constexpr GUID kTestSet = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+inline constexpr HRESULT kMoreData = HRESULT_FROM_WIN32(ERROR_MORE_DATA);
+inline constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+inline constexpr HRESULT kInvalidState = HRESULT_FROM_WIN32(ERROR_INVALID_STATE);
+inline constexpr HRESULT kBareSetNotFound = 0x492; // without severity and facility, by contract
+
 inline KSIDENTIFIER MakeRequest(const GUID &set, ULONG id, ULONG flags)
 {
     KSIDENTIFIER request{};

@@ -17,7 +17,6 @@ using user_space_frameworks::MakeCom;
 namespace
 {
 
-constexpr GUID kSet = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 constexpr ULONG kControl = 7;
 
 // The camera's end: keeps the last block and answers with its opcode and, as data, its first parameter in every byte.
@@ -40,12 +39,17 @@ class FirmwareCommandPipeTest : public testing::Test
             return getResult;
         };
     }
-    template <class T>
-    T Field(std::size_t offset) const
+    HRESULT Set(const BYTE *payload = nullptr, ULONG length = 0)
     {
-        T value;
-        std::memcpy(&value, &block[offset], sizeof(value));
-        return value;
+        return pipe.Set(1, payload, length, 0, 0, 0, 0);
+    }
+    HRESULT Get(BYTE *buffer, ULONG length, ULONG mark)
+    {
+        return pipe.Get(buffer, 59, length, mark, 0, 0, 0);
+    }
+    int BlockLength() const
+    {
+        return block[0] | block[1] << 8;
     }
 
     ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
@@ -54,7 +58,7 @@ class FirmwareCommandPipeTest : public testing::Test
     int echoError = 0;
     HRESULT setResult = S_OK;
     HRESULT getResult = S_OK;
-    FirmwareCommandPipe pipe{filter, kSet, kControl, "pipe"};
+    FirmwareCommandPipe pipe{filter, kTestSet, kControl, "pipe"};
 };
 
 } // namespace
@@ -71,82 +75,72 @@ TEST_F(FirmwareCommandPipeTest, CommandBlockIsLaidOutAsTheFirmwareReadsIt)
     ASSERT_EQ(2u, calls.size());
     for (const FilterCall &call : calls)
     {
-        EXPECT_TRUE(IsEqualGUID(kSet, call.request.Property.Set));
-        EXPECT_EQ(kControl, call.request.Property.Id);
+        const KSPROPERTY request =
+            MakeRequest(kTestSet, kControl, &call == &calls[0] ? KSPROPERTY_TYPE_SET : KSPROPERTY_TYPE_GET);
+        EXPECT_EQ(0, std::memcmp(&request, &call.request, sizeof(request)));
         EXPECT_EQ(24u, call.requestLength);
         EXPECT_EQ(1024u, call.dataLength);
     }
-    EXPECT_EQ(KSPROPERTY_TYPE_SET, calls[0].request.Property.Flags);
-    EXPECT_EQ(KSPROPERTY_TYPE_GET, calls[1].request.Property.Flags);
 }
 
 TEST_F(FirmwareCommandPipeTest, PayloadLimitsFromBothSides)
 {
     const std::vector<BYTE> payload(1001, 0x77);
-    EXPECT_HR(S_OK, pipe.Set(1, payload.data(), 1000, 0, 0, 0, 0));
-    EXPECT_EQ(1020, Field<std::uint16_t>(0));
+    EXPECT_HR(S_OK, Set(payload.data(), 1000));
+    EXPECT_EQ(1020, BlockLength());
     EXPECT_EQ(0x77, block[1023]);
-    EXPECT_HR(S_OK, pipe.Set(1, nullptr, 5000, 0, 0, 0, 0));
-    EXPECT_EQ(20, Field<std::uint16_t>(0));
-    EXPECT_HR(S_OK, pipe.Set(1, payload.data(), 0, 0, 0, 0, 0));
-    EXPECT_EQ(20, Field<std::uint16_t>(0));
+    EXPECT_HR(S_OK, Set(nullptr, 5000));
+    EXPECT_EQ(20, BlockLength());
+    EXPECT_HR(S_OK, Set(payload.data(), 0));
+    EXPECT_EQ(20, BlockLength());
 
     filter->Forget();
-    try
-    {
-        pipe.Set(1, payload.data(), 1001, 0, 0, 0, 0);
-        ADD_FAILURE() << "1001 bytes were taken";
-    }
-    catch (const std::invalid_argument &refusal)
-    {
-        EXPECT_STREQ("failed to copy data", refusal.what());
-    }
+    EXPECT_EQ("failed to copy data", ThrownText<std::invalid_argument>([&] { Set(payload.data(), 1001); }));
     EXPECT_TRUE(filter->Calls().empty());
-    EXPECT_HR(S_OK, pipe.Set(1, nullptr, 0, 0, 0, 0, 0)); // the lock was let go
+    EXPECT_HR(S_OK, Set()); // the lock was let go
 }
 
 TEST_F(FirmwareCommandPipeTest, AnswerLimitsFromBothSides)
 {
     std::vector<BYTE> buffer(1021, 0xEE);
-    EXPECT_HR(S_OK, pipe.Get(buffer.data(), 59, 1020, 0x31, 0, 0, 0));
-    EXPECT_EQ(20, Field<std::uint16_t>(0));
+    EXPECT_HR(S_OK, Get(buffer.data(), 1020, 0x31));
+    EXPECT_EQ(20, BlockLength());
     EXPECT_EQ(0x31, buffer[0]);
     EXPECT_EQ(0x31, buffer[1019]);
     EXPECT_EQ(0xEE, buffer[1020]);
     filter->Forget();
-    EXPECT_HR(E_INVALIDARG, pipe.Get(buffer.data(), 59, 1021, 0, 0, 0, 0));
-    EXPECT_HR(E_INVALIDARG, pipe.Get(buffer.data(), 59, 0xFFFFFFFF, 0, 0, 0, 0));
+    EXPECT_HR(E_INVALIDARG, Get(buffer.data(), 1021, 0));
+    EXPECT_HR(E_INVALIDARG, Get(buffer.data(), 0xFFFFFFFF, 0));
     EXPECT_TRUE(filter->Calls().empty());
 
     answerLength = 20;
-    EXPECT_HR(S_OK, pipe.Get(buffer.data(), 59, 16, 0x32, 0, 0, 0));
-    EXPECT_HR(E_FAIL, pipe.Get(buffer.data(), 59, 17, 0x33, 0, 0, 0));
+    EXPECT_HR(S_OK, Get(buffer.data(), 16, 0x32));
+    EXPECT_HR(E_FAIL, Get(buffer.data(), 17, 0x33));
     EXPECT_EQ(0x32, buffer[0]); // nothing of a short answer arrives
     answerLength = 3;
-    EXPECT_HR(E_FAIL, pipe.Set(1, nullptr, 0, 0, 0, 0, 0));
+    EXPECT_HR(E_FAIL, Set());
     answerLength = 4;
-    EXPECT_HR(S_OK, pipe.Set(1, nullptr, 0, 0, 0, 0, 0));
-    EXPECT_HR(S_OK, pipe.Get(nullptr, 59, 0, 0, 0, 0, 0));
+    EXPECT_HR(S_OK, Set());
+    EXPECT_HR(S_OK, Get(nullptr, 0, 0));
     answerLength = 1024;
-    EXPECT_HR(E_FAIL, pipe.Get(nullptr, 59, 1, 0, 0, 0, 0));
+    EXPECT_HR(E_FAIL, Get(nullptr, 1, 0));
 }
 
 TEST_F(FirmwareCommandPipeTest, RefusalsAndFailuresAreReported)
 {
     BYTE buffer[4] = {9, 9, 9, 9};
     echoError = 1;
-    EXPECT_HR(E_FAIL, pipe.Set(1, nullptr, 0, 0, 0, 0, 0));
-    EXPECT_HR(E_FAIL, pipe.Get(buffer, 1, 4, 0x55, 0, 0, 0));
+    EXPECT_HR(E_FAIL, Set());
+    EXPECT_HR(E_FAIL, Get(buffer, 4, 0x55));
     echoError = 0;
     getResult = E_ACCESSDENIED;
-    EXPECT_HR(E_ACCESSDENIED, pipe.Set(1, nullptr, 0, 0, 0, 0, 0));
+    EXPECT_HR(E_ACCESSDENIED, Set());
     setResult = HRESULT_FROM_WIN32(ERROR_GEN_FAILURE);
-    EXPECT_HR(setResult, pipe.Get(buffer, 1, 4, 0x55, 0, 0, 0));
-    EXPECT_EQ(FilterCall::Kind::Property, filter->Calls().back().kind);
+    EXPECT_HR(setResult, Get(buffer, 4, 0x55));
     EXPECT_EQ(KSPROPERTY_TYPE_SET, filter->Calls().back().request.Property.Flags); // no read after a failed write
     EXPECT_EQ(9, buffer[0]);
-    FirmwareCommandPipe unconnected(nullptr, kSet, kControl, "unconnected");
-    EXPECT_HR(E_POINTER, unconnected.Set(1, nullptr, 0, 0, 0, 0, 0));
+    EXPECT_HR(E_POINTER,
+              FirmwareCommandPipe(nullptr, kTestSet, kControl, "unconnected").Set(1, nullptr, 0, 0, 0, 0, 0));
 }
 
 TEST_F(FirmwareCommandPipeTest, EveryAnswerBelongsToItsCommandUnderEightThreads)

@@ -20,22 +20,16 @@ using user_space_frameworks::MakeCom;
 namespace
 {
 
-constexpr GUID kSet = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 constexpr GUID kOtherSet = {2, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
-constexpr HRESULT kBareSetNotFound = 0x492;
 
-// Answers with its own result and keeps the arguments.
+// Answers with its own number; throws for E_UNEXPECTED.
 class NumberHandler : public KsPropHandler
 {
   public:
     NumberHandler(const GUID &set, ULONG id, HRESULT answer) : KsPropHandler(set, id, "number"), result(answer) {}
     HRESULT Run(PKSPROPERTY, ULONG, LPVOID, ULONG, ULONG *) override
     {
-        if (result == E_UNEXPECTED)
-        {
-            throw std::runtime_error("handler");
-        }
-        return result;
+        return result == E_UNEXPECTED ? throw std::runtime_error("handler") : result;
     }
 
   private:
@@ -86,6 +80,10 @@ class KsControlsDispatcherTest : public testing::Test
         KSPROPERTY request = MakeRequest(set, id, flags);
         return device->KsProperty(&request, sizeof(request), nullptr, 0, nullptr);
     }
+    HRESULT Register(const GUID &set, ULONG id, HRESULT answer)
+    {
+        return device->RegisterKsPropertyHandler(std::make_shared<NumberHandler>(set, id, answer));
+    }
 
     ComPtr<TestDevice> device = MakeCom<TestDevice>();
     ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
@@ -95,36 +93,31 @@ class KsControlsDispatcherTest : public testing::Test
 
 TEST_F(KsControlsDispatcherTest, FirstMatchServesWhateverTheFlags)
 {
-    ASSERT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<NumberHandler>(kSet, 1, 11)));
-    ASSERT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<NumberHandler>(kSet, 2, 12)));
-    EXPECT_HR(E_FAIL, device->RegisterKsPropertyHandler(std::make_shared<NumberHandler>(kSet, 1, 13)));
+    ASSERT_HR(S_OK, Register(kTestSet, 1, 11));
+    EXPECT_HR(E_FAIL, Register(kTestSet, 1, 12));
     EXPECT_HR(E_INVALIDARG, device->RegisterKsPropertyHandler(nullptr));
     EXPECT_HR(E_INVALIDARG, device->RegisterKsPropertyDefaultHandler(nullptr));
-
-    EXPECT_HR(11, Property(kSet, 1, KSPROPERTY_TYPE_SET | KSPROPERTY_TYPE_TOPOLOGY));
-    EXPECT_HR(12, Property(kSet, 2, 0));
-    EXPECT_HR(kBareSetNotFound, Property(kSet, 3));
+    EXPECT_HR(11, Property(kTestSet, 1, KSPROPERTY_TYPE_SET | KSPROPERTY_TYPE_TOPOLOGY));
+    EXPECT_HR(kBareSetNotFound, Property(kTestSet, 3));
     EXPECT_HR(kBareSetNotFound, Property(kOtherSet, 1));
 
-    ASSERT_HR(S_OK, device->RegisterKsPropertyDefaultHandler(std::make_shared<NumberHandler>(GUID{}, 0, 14)));
-    ASSERT_HR(S_OK, device->RegisterKsPropertyDefaultHandler(std::make_shared<NumberHandler>(GUID{}, 0, 15)));
-    EXPECT_HR(15, Property(kSet, 3));
-    EXPECT_HR(11, Property(kSet, 1));
-}
-
-TEST_F(KsControlsDispatcherTest, CompleteSetShadowsLaterHandlersOfItsSet)
-{
-    ASSERT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<NumberHandler>(kSet, 7, 17)));
-    const auto complete = std::make_shared<CompleteSetPropsHandler>(filter, kSet);
+    // A complete set shadows the handlers of its set that come later.
+    const auto complete = std::make_shared<CompleteSetPropsHandler>(filter, kTestSet);
     ASSERT_HR(S_OK, device->RegisterKsPropertyHandler(complete));
-    ASSERT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<NumberHandler>(kSet, 8, 18)));
+    ASSERT_HR(S_OK, Register(kTestSet, 8, 18));
     filter->answer = [](const FilterCall &call) { return static_cast<HRESULT>(100 + call.request.Property.Id); };
-
-    EXPECT_HR(17, Property(kSet, 7));
-    EXPECT_HR(108, Property(kSet, 8));
+    EXPECT_HR(11, Property(kTestSet, 1));
+    EXPECT_HR(108, Property(kTestSet, 8));
     EXPECT_HR(kBareSetNotFound, Property(kOtherSet, 8));
-    EXPECT_TRUE(complete->IsSameSet(NumberHandler(kSet, 99, 0)));
+    EXPECT_TRUE(complete->IsSameSet(NumberHandler(kTestSet, 99, 0)));
     EXPECT_FALSE(complete->IsSameSet(NumberHandler(kOtherSet, 0, 0)));
+
+    for (const HRESULT number : {14, 15}) // the last default holds
+    {
+        ASSERT_HR(S_OK, device->RegisterKsPropertyDefaultHandler(std::make_shared<NumberHandler>(GUID{}, 0, number)));
+    }
+    EXPECT_HR(15, Property(kOtherSet, 3));
+    EXPECT_HR(11, Property(kTestSet, 1));
 }
 
 TEST_F(KsControlsDispatcherTest, DefaultHandlersPassEverythingOnUnchanged)
@@ -133,43 +126,46 @@ TEST_F(KsControlsDispatcherTest, DefaultHandlersPassEverythingOnUnchanged)
     ASSERT_HR(S_OK, device->RegisterKsMethodDefaultHandler(std::make_shared<PassthroughKsMethodsHandler>(filter)));
     ASSERT_HR(S_OK, device->RegisterKsEventDefaultHandler(std::make_shared<PassthroughKsEventsHandler>(filter)));
     KSP_NODE request{};
-    request.Property = MakeRequest(kSet, 5, KSPROPERTY_TYPE_GET | KSPROPERTY_TYPE_TOPOLOGY);
+    request.Property = MakeRequest(kTestSet, 5, KSPROPERTY_TYPE_GET | KSPROPERTY_TYPE_TOPOLOGY);
     request.NodeId = 9;
     char data[] = "abc";
     ULONG returned = 77;
 
-    for (const HRESULT result : {S_OK, S_FALSE, E_ACCESSDENIED, HRESULT{0x492}})
+    for (const HRESULT result : {S_OK, S_FALSE, E_ACCESSDENIED, kBareSetNotFound})
     {
+        filter->Forget();
         filter->answer = [&](const FilterCall &) { return result; };
         EXPECT_HR(result, device->KsProperty(&request.Property, sizeof(request), data, 3, &returned));
         EXPECT_HR(result, device->KsMethod(&request.Property, sizeof(request), data, 3, nullptr));
         EXPECT_HR(result, device->KsEvent(&request.Property, sizeof(request), nullptr, 0, &returned));
     }
     const auto calls = filter->Calls();
-    ASSERT_EQ(12u, calls.size());
-    EXPECT_EQ(FilterCall::Kind::Property, calls[0].kind);
-    EXPECT_EQ(FilterCall::Kind::Method, calls[1].kind);
-    EXPECT_EQ(FilterCall::Kind::Event, calls[2].kind);
-    EXPECT_EQ(0, std::memcmp(&request, &calls[0].request, sizeof(request)));
-    EXPECT_EQ(sizeof(request), calls[0].requestLength);
+    ASSERT_EQ(3u, calls.size());
+    for (const FilterCall &call : calls)
+    {
+        EXPECT_EQ(&call - calls.data(), static_cast<int>(call.kind));
+        EXPECT_EQ(0, std::memcmp(&request, &call.request, sizeof(request)));
+        EXPECT_EQ(sizeof(request), call.requestLength);
+    }
     EXPECT_EQ(data, calls[0].data);
+    EXPECT_EQ(3u, calls[1].dataLength);
+    EXPECT_EQ(nullptr, calls[2].data);
     EXPECT_EQ(&returned, calls[0].bytesReturned);
     EXPECT_EQ(nullptr, calls[1].bytesReturned);
-    EXPECT_EQ(nullptr, calls[2].data);
 }
 
 TEST_F(KsControlsDispatcherTest, IdentifiersThatCannotBeReadAreRefusedSilently)
 {
     const auto journal = std::make_shared<Journal>();
     ASSERT_HR(S_OK, device->RegisterKsControlsObserver(journal));
-    KSIDENTIFIER request = MakeRequest(kSet, 1, KSPROPERTY_TYPE_GET);
+    KSIDENTIFIER request = MakeRequest(kTestSet, 1, KSPROPERTY_TYPE_GET);
 
     EXPECT_HR(E_POINTER, device->KsProperty(nullptr, sizeof(request), nullptr, 0, nullptr));
     EXPECT_HR(E_POINTER, device->KsMethod(nullptr, 0, nullptr, 0, nullptr));
     EXPECT_HR(E_INVALIDARG, device->KsProperty(&request, sizeof(request) - 1, nullptr, 0, nullptr));
     EXPECT_HR(E_INVALIDARG, device->KsMethod(&request, 0, nullptr, 0, nullptr));
     EXPECT_HR(E_INVALIDARG, device->KsEvent(&request, sizeof(request) - 1, nullptr, 0, nullptr));
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), device->KsEvent(nullptr, 0, nullptr, 0, nullptr));
+    EXPECT_HR(kNotFound, device->KsEvent(nullptr, 0, nullptr, 0, nullptr));
     EXPECT_EQ("", journal->text);
 }
 
@@ -179,21 +175,21 @@ TEST_F(KsControlsDispatcherTest, ObserversHearEntryAndExitInOrder)
     ASSERT_HR(S_OK, device->RegisterKsControlsObserver(std::make_shared<ThrowingObserver>()));
     ASSERT_HR(S_OK, device->RegisterKsControlsObserver(journal));
     EXPECT_HR(E_INVALIDARG, device->RegisterKsControlsObserver(nullptr));
-    ASSERT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<NumberHandler>(kSet, 2, E_UNEXPECTED)));
+    ASSERT_HR(S_OK, Register(kTestSet, 2, E_UNEXPECTED));
     ASSERT_HR(S_OK, device->RegisterKsPropertyDefaultHandler(std::make_shared<PassthroughKsPropsHandler>(filter)));
     filter->answer = [](const FilterCall &call) {
         static_cast<char *>(call.data)[0] = 'X';
         *call.bytesReturned = 1;
         return S_FALSE;
     };
-    KSIDENTIFIER request = MakeRequest(kSet, 1, KSPROPERTY_TYPE_GET);
+    KSIDENTIFIER request = MakeRequest(kTestSet, 1, KSPROPERTY_TYPE_GET);
     char data[] = "ab";
     ULONG returned = 0;
 
     EXPECT_HR(S_FALSE, device->KsProperty(&request, sizeof(request), data, 2, &returned));
     EXPECT_HR(kBareSetNotFound, device->KsMethod(&request, sizeof(request), nullptr, 0, nullptr));
     EXPECT_HR(kBareSetNotFound, device->KsEvent(&request, sizeof(request), nullptr, 0, nullptr));
-    EXPECT_HR(E_FAIL, Property(kSet, 2)); // the handler throws
+    EXPECT_HR(E_FAIL, Property(kTestSet, 2)); // the handler throws
     EXPECT_EQ("entry1 id1 24 'ab' 0;exit1 id1 24 'Xb' 1;=1;"
               "entry2 id1 24 '' null;exit2 id1 24 '' null;=1170;"
               "entry0 id1 24 '' null;exit0 id1 24 '' null;=1170;"
@@ -202,7 +198,7 @@ TEST_F(KsControlsDispatcherTest, ObserversHearEntryAndExitInOrder)
 
     journal->text.clear();
     EXPECT_HR(S_OK, device->UnregisterKsControlsObserver(journal));
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), device->UnregisterKsControlsObserver(journal));
-    EXPECT_HR(E_FAIL, Property(kSet, 2));
+    EXPECT_HR(kNotFound, device->UnregisterKsControlsObserver(journal));
+    EXPECT_HR(E_FAIL, Property(kTestSet, 2));
     EXPECT_EQ("", journal->text);
 }

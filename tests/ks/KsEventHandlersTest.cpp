@@ -17,10 +17,6 @@ using user_space_frameworks::UniqueHandle;
 namespace
 {
 
-constexpr GUID kSet = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
-constexpr HRESULT kInvalidState = HRESULT_FROM_WIN32(ERROR_INVALID_STATE);
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-
 // Lets its subscriber end the subscription by address, as devices that keep the address do.
 class ResettableHandler : public RegularKsEventHandler
 {
@@ -48,7 +44,7 @@ class KsEventHandlersTest : public testing::Test
     }
     HRESULT Arm(KsEventHandler &handler, ULONG flags)
     {
-        KSEVENT request = MakeRequest(kSet, 1, flags);
+        KSEVENT request = MakeRequest(kTestSet, 1, flags);
         return handler.Run(&request, sizeof(request), &eventData, sizeof(eventData), nullptr);
     }
     bool Signalled() const
@@ -60,27 +56,33 @@ class KsEventHandlersTest : public testing::Test
     KSEVENTDATA eventData{};
 };
 
-template <class Handler>
-void ExpectBadArgumentsRefused(Handler &handler, ULONG armingFlags)
-{
-    KSEVENT request = MakeRequest(kSet, 1, armingFlags);
-    KSEVENTDATA data{};
-    EXPECT_HR(E_INVALIDARG, handler.Run(nullptr, 0, &data, sizeof(data), nullptr));
-    EXPECT_HR(E_INVALIDARG, handler.Run(&request, sizeof(request), nullptr, sizeof(data), nullptr));
-    EXPECT_HR(E_INVALIDARG, handler.Run(&request, sizeof(request), &data, sizeof(data) - 1, nullptr));
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE),
-              handler.Run(&request, sizeof(request), &data, sizeof(data), nullptr));
-    EXPECT_HR(kInvalidState, handler.Set());
-}
-
 } // namespace
+
+TEST_F(KsEventHandlersTest, UnusableSubscriptionsAreRefused)
+{
+    OneShotKsEventHandler oneShot(kTestSet, 1, "one shot", nullptr);
+    ResettableHandler regular(kTestSet, 1, "regular", nullptr);
+    KSEVENTDATA noHandle{};
+    const auto expectRefused = [&](KsEventHandler &handler, ULONG flags, ULONG otherFlags) {
+        KSEVENT request = MakeRequest(kTestSet, 1, flags);
+        constexpr ULONG kSize = sizeof(noHandle);
+        EXPECT_HR(E_INVALIDARG, handler.Run(nullptr, 0, &eventData, kSize, nullptr));
+        EXPECT_HR(E_INVALIDARG, handler.Run(&request, sizeof(request), nullptr, kSize, nullptr));
+        EXPECT_HR(E_INVALIDARG, handler.Run(&request, sizeof(request), &eventData, kSize - 1, nullptr));
+        EXPECT_HR(HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE),
+                  handler.Run(&request, sizeof(request), &noHandle, kSize, nullptr));
+        EXPECT_HR(E_NOTIMPL, Arm(handler, otherFlags));
+        EXPECT_HR(kNotFound, handler.AttemptToResetRegularEvent(&eventData));
+    };
+    expectRefused(oneShot, KSEVENT_TYPE_ONESHOT, KSEVENT_TYPE_ENABLE);
+    expectRefused(regular, KSEVENT_TYPE_ENABLE, KSEVENT_TYPE_ONESHOT);
+    EXPECT_HR(kInvalidState, oneShot.Set());
+    EXPECT_HR(kInvalidState, regular.Set());
+}
 
 TEST_F(KsEventHandlersTest, OneShotFiresOnceAndCanBeArmedAgain)
 {
-    OneShotKsEventHandler handler(kSet, 1, "one shot", nullptr);
-    ExpectBadArgumentsRefused(handler, KSEVENT_TYPE_ONESHOT);
-    EXPECT_HR(E_NOTIMPL, Arm(handler, KSEVENT_TYPE_ENABLE));
-
+    OneShotKsEventHandler handler(kTestSet, 1, "one shot", nullptr);
     for (int round = 0; round < 2; ++round)
     {
         ASSERT_HR(S_OK, Arm(handler, KSEVENT_TYPE_ONESHOT));
@@ -95,10 +97,7 @@ TEST_F(KsEventHandlersTest, OneShotFiresOnceAndCanBeArmedAgain)
 
 TEST_F(KsEventHandlersTest, RegularEndsWithItsSignalOrItsReset)
 {
-    ResettableHandler handler(kSet, 1, "regular", nullptr);
-    ExpectBadArgumentsRefused(handler, KSEVENT_TYPE_ENABLE);
-    EXPECT_HR(E_NOTIMPL, Arm(handler, KSEVENT_TYPE_ONESHOT));
-
+    ResettableHandler handler(kTestSet, 1, "regular", nullptr);
     ASSERT_HR(S_OK, Arm(handler, KSEVENT_TYPE_ENABLE));
     EXPECT_HR(kInvalidState, Arm(handler, KSEVENT_TYPE_ENABLE));
     EXPECT_HR(S_OK, handler.Set());
@@ -116,12 +115,13 @@ TEST_F(KsEventHandlersTest, RegularEndsWithItsSignalOrItsReset)
 TEST_F(KsEventHandlersTest, NullEventReachesTheFirstHandlerThatKnowsTheAddress)
 {
     const auto device = MakeCom<TestDevice>();
-    const auto oneShot = std::make_shared<OneShotKsEventHandler>(kSet, 1, "one shot", nullptr);
-    const auto regular = std::make_shared<ResettableHandler>(kSet, 2, "regular", nullptr);
+    const auto oneShot = std::make_shared<OneShotKsEventHandler>(kTestSet, 1, "one shot", nullptr);
+    const auto regular = std::make_shared<ResettableHandler>(kTestSet, 2, "regular", nullptr);
     ASSERT_HR(S_OK, device->RegisterKsEventHandler(oneShot));
     ASSERT_HR(S_OK, device->RegisterKsEventHandler(regular));
-    EXPECT_HR(E_FAIL, device->RegisterKsEventHandler(std::make_shared<ResettableHandler>(kSet, 2, "again", nullptr)));
-    KSEVENT request = MakeRequest(kSet, 2, KSEVENT_TYPE_ENABLE);
+    EXPECT_HR(E_FAIL,
+              device->RegisterKsEventHandler(std::make_shared<ResettableHandler>(kTestSet, 2, "again", nullptr)));
+    KSEVENT request = MakeRequest(kTestSet, 2, KSEVENT_TYPE_ENABLE);
     ASSERT_HR(S_OK, device->KsEvent(&request, sizeof(request), &eventData, sizeof(eventData), nullptr));
 
     // An address that cannot be read: it is only compared.
@@ -136,9 +136,9 @@ TEST_F(KsEventHandlersTest, DuplicatedHandlesAreClosedExceptWhereTheContractKeep
     const int before = CountHandles();
     const auto count = [&] { return CountHandles() - before; };
     {
-        OneShotKsEventHandler fired(kSet, 1, "fired", nullptr);
-        OneShotKsEventHandler forgotten(kSet, 1, "forgotten", nullptr);
-        ResettableHandler reset(kSet, 1, "reset", nullptr);
+        OneShotKsEventHandler fired(kTestSet, 1, "fired", nullptr);
+        OneShotKsEventHandler forgotten(kTestSet, 1, "forgotten", nullptr);
+        ResettableHandler reset(kTestSet, 1, "reset", nullptr);
         ASSERT_HR(S_OK, Arm(fired, KSEVENT_TYPE_ONESHOT));
         ASSERT_HR(S_OK, Arm(forgotten, KSEVENT_TYPE_ONESHOT));
         ASSERT_HR(S_OK, Arm(reset, KSEVENT_TYPE_ENABLE));
@@ -149,7 +149,7 @@ TEST_F(KsEventHandlersTest, DuplicatedHandlesAreClosedExceptWhereTheContractKeep
     }
     EXPECT_EQ(0, count());
     {
-        RegularKsEventHandler regular(kSet, 1, "regular", nullptr);
+        RegularKsEventHandler regular(kTestSet, 1, "regular", nullptr);
         ASSERT_HR(S_OK, Arm(regular, KSEVENT_TYPE_ENABLE));
         EXPECT_HR(S_OK, regular.Set());
     }

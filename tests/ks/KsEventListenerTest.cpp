@@ -1,6 +1,7 @@
 #include "ks/KsEventListener.h"
 
 #include <atomic>
+#include <cstring>
 #include <mutex>
 #include <thread>
 
@@ -17,6 +18,7 @@ namespace
 {
 
 constexpr ULONG kAutoUpdate = 1;
+constexpr HRESULT kTimedOut = HRESULT_FROM_WIN32(ERROR_TIMEOUT);
 
 class CountingObserver : public KsEventsObserver
 {
@@ -73,9 +75,8 @@ class EventCamera
             handle.Reset();
             return disableResult;
         }
-        EXPECT_TRUE(IsEqualGUID(KSEVENTSETID_VIDCAPTOSTI, call.request.Property.Set));
-        EXPECT_EQ(kAutoUpdate, call.request.Property.Id);
-        EXPECT_EQ(KSEVENT_TYPE_ENABLE, call.request.Property.Flags);
+        const KSEVENT expected = MakeRequest(KSEVENTSETID_VIDCAPTOSTI, kAutoUpdate, KSEVENT_TYPE_ENABLE);
+        EXPECT_EQ(0, std::memcmp(&expected, &call.request, sizeof(expected)));
         EXPECT_EQ(24u, call.requestLength);
         EXPECT_EQ(32u, call.dataLength);
         EXPECT_EQ(KSEVENTF_EVENT_HANDLE, data->NotificationType);
@@ -203,7 +204,7 @@ TEST_F(KsEventListenerTest, EverySignalReachesEveryObserverOnce)
     EXPECT_EQ(40, observer->events);
 
     ASSERT_HR(S_OK, listener->UnregisterObserver(observer));
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), listener->UnregisterObserver(observer));
+    EXPECT_HR(kNotFound, listener->UnregisterObserver(observer));
     ASSERT_HR(S_OK, listener->Start());
     camera.Signal();
     EXPECT_TRUE(WaitUntil([&] { return second->events == 41; }));
@@ -251,6 +252,10 @@ TEST_F(KsEventListenerTest, ThousandCyclesWithSignalsFromAnotherThread)
         for (int cycle = 0; cycle < count && !HasFailure(); ++cycle)
         {
             ASSERT_HR(S_OK, listener->Start());
+            if (const int heard = observer->events; cycle % 100 == 0) // on a busy machine the signals come late
+            {
+                EXPECT_TRUE(WaitUntil([&] { return observer->events > heard; }));
+            }
             ASSERT_HR(S_OK, listener->Stop());
         }
         done = true;
@@ -261,7 +266,6 @@ TEST_F(KsEventListenerTest, ThousandCyclesWithSignalsFromAnotherThread)
     cycles(1000);
     // The platform's pool grows and shrinks by a few threads; a handle left by each cycle would be a thousand.
     EXPECT_LT(CountHandles() - before, 50);
-    EXPECT_GT(observer->events, 0);
 }
 
 TEST_F(KsEventListenerTest, ReleasedByItsOwnerWhileACancelledWaitIsUnderWay)
@@ -280,9 +284,9 @@ TEST_F(KsEventListenerTest, StopThatTimesOutCanBeRepeated)
 {
     UseFaultyWait(20);
     ASSERT_HR(S_OK, listener->Start());
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Stop());
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Stop());
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Uninit());
+    EXPECT_HR(kTimedOut, listener->Stop());
+    EXPECT_HR(kTimedOut, listener->Stop());
+    EXPECT_HR(kTimedOut, listener->Uninit());
     EXPECT_HR(E_UNEXPECTED, listener->Start());
     EXPECT_TRUE(camera.Enabled()); // and nothing was given up
 
@@ -290,7 +294,7 @@ TEST_F(KsEventListenerTest, StopThatTimesOutCanBeRepeated)
     EXPECT_FALSE(camera.Enabled());
     EXPECT_HR(S_OK, listener->Stop());
     ASSERT_HR(S_OK, listener->Start());
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Stop()); // not the late completion of the first
+    EXPECT_HR(kTimedOut, listener->Stop()); // not the late completion of the first
     EXPECT_HR(S_OK, Answer(MF_E_OPERATION_CANCELLED));
 }
 
@@ -313,7 +317,7 @@ TEST_F(KsEventListenerTest, FailuresOfWaitAndCameraLeaveItStartable)
     EXPECT_HR(S_OK, Answer(S_OK));
     EXPECT_EQ(1, observer->events);
     wait->cancelResult = MF_E_NOT_FOUND; // the callback is on its way
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_TIMEOUT), listener->Stop());
+    EXPECT_HR(kTimedOut, listener->Stop());
     camera.disableResult = E_FAIL;
     EXPECT_HR(S_OK, Answer(S_OK));
     EXPECT_EQ(2, observer->events);

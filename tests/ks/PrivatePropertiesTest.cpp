@@ -23,10 +23,10 @@ using user_space_frameworks::MakeCom;
 namespace
 {
 
-constexpr HRESULT kMoreData = HRESULT_FROM_WIN32(ERROR_MORE_DATA);
-constexpr HRESULT kBareSetNotFound = 0x492;
 constexpr ULONG kGet = KSPROPERTY_TYPE_GET;
 constexpr ULONG kSet = KSPROPERTY_TYPE_SET;
+constexpr ULONG kSupport = KSPROPERTY_TYPE_BASICSUPPORT;
+constexpr ULONG kFaceAuth = KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE; // the others are of the private set
 
 class PrivatePropertiesTest : public testing::Test
 {
@@ -49,29 +49,25 @@ class PrivatePropertiesTest : public testing::Test
             return S_OK;
         };
     }
-    // A call on the private set; `returned` afterwards holds the size, or 99 when it was not touched.
-    HRESULT Call(ULONG id, ULONG flags, void *data, ULONG length, const GUID &set = KSPROPERTYSETID_TARN_DMFT_CONTROL)
+    // `returned` afterwards holds the size, or 99 when it was not touched.
+    HRESULT Call(ULONG id, ULONG flags, void *data, ULONG length)
     {
-        KSPROPERTY request = MakeRequest(set, id, flags);
+        KSPROPERTY request = MakeRequest(
+            id == kFaceAuth ? KSPROPERTYSETID_ExtendedCameraControl : KSPROPERTYSETID_TARN_DMFT_CONTROL, id, flags);
         returned = 99;
         filter->Forget();
         const HRESULT result = device->KsProperty(&request, sizeof(request), data, length, &returned);
-        if (set == KSPROPERTYSETID_TARN_DMFT_CONTROL && flags != kSet) // a null count must be survived as well
+        if (id != kFaceAuth && flags != kSet) // a null count must be survived as well
         {
             EXPECT_EQ(result, device->KsProperty(&request, sizeof(request), data, length, nullptr));
         }
         return result;
     }
-    HRESULT FaceAuth(ULONG flags, void *data, ULONG length)
-    {
-        return Call(KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE, flags, data, length,
-                    KSPROPERTYSETID_ExtendedCameraControl);
-    }
-    // A command with its buffer in one block.
-    static std::vector<BYTE> HwCommand(ULONG opCode, ULONG bufferLength, std::size_t blockSize)
+    // A command with its buffer in one block of 1100 bytes.
+    static std::vector<BYTE> HwCommand(ULONG opCode, ULONG bufferLength)
     {
         const KSPROPERTY_TARN_HW_COMMAND header{opCode, bufferLength, 1, 2, 3, 4};
-        std::vector<BYTE> block(std::max(blockSize, sizeof(header)), 0x33);
+        std::vector<BYTE> block(1100, 0x33);
         std::memcpy(block.data(), &header, sizeof(header));
         return block;
     }
@@ -91,22 +87,62 @@ class PrivatePropertiesTest : public testing::Test
 
 } // namespace
 
-TEST_F(PrivatePropertiesTest, ApiVersionIsReadOnly)
+// An application's length near the top of 32 bits wrapped to a small sum would send 4 GB of somebody's memory.
+TEST_F(PrivatePropertiesTest, EachCallIsServedOrRefusedWithTheSizeItNeeds)
 {
-    std::array<std::uint32_t, 2> version{1, 1};
-    EXPECT_HR(S_OK, Call(0, kGet, version.data(), 8));
-    EXPECT_EQ((std::array<std::uint32_t, 2>{0, 7}), version);
-    EXPECT_EQ(8u, returned);
-    EXPECT_HR(kMoreData, Call(0, kGet, version.data(), 7));
-    EXPECT_EQ(8u, returned);
-    EXPECT_HR(kMoreData, Call(0, kSet, nullptr, 0));
-    EXPECT_HR(E_UNEXPECTED, Call(0, kSet, version.data(), 8));
-    EXPECT_HR(E_INVALIDARG, Call(0, KSPROPERTY_TYPE_BASICSUPPORT, version.data(), 8));
-    EXPECT_HR(E_POINTER, Call(0, kGet, nullptr, 8));
+    const struct
+    {
+        ULONG id, flags, bufferLength; // the last one of a command only
+        bool hasData;
+        ULONG length;
+        HRESULT result;
+        ULONG returned;
+        std::size_t calls;
+    } rows[] = {
+        {0, kGet, 0, true, 8, S_OK, 8, 0},
+        {0, kGet, 0, true, 7, kMoreData, 8, 0},
+        {0, kSet, 0, false, 0, kMoreData, 8, 0},
+        {0, kSet, 0, true, 8, E_UNEXPECTED, 8, 0},
+        {0, kSupport, 0, true, 8, E_INVALIDARG, 8, 0},
+        {0, kGet, 0, false, 8, E_POINTER, 8, 0},
+        {2, kSet, 0, true, 3, kMoreData, 4, 0},
+        {2, kSet, 0, false, 4, E_POINTER, 4, 0},
+        {2, 0, 0, true, 4, E_INVALIDARG, 4, 0},
+        {3, kSupport, 8, true, 32, E_INVALIDARG, 32, 0},
+        {3, kGet, 8, false, 32, E_POINTER, 24, 0},
+        {3, kGet, 8, true, 23, kMoreData, 24, 0},
+        {3, kGet, 16, true, 24, kMoreData, 40, 0},
+        {3, kSet, 8, true, 31, kMoreData, 32, 0},
+        {3, kSet, 0xFFFFFFF0, true, 1100, kMoreData, 0xFFFFFFFF, 0},
+        {3, kGet, 0xFFFFFFE7, true, 1100, kMoreData, 0xFFFFFFFF, 0},
+        {3, kGet, 0xFFFFFFE6, true, 1100, kMoreData, 0xFFFFFFFE, 0},
+        {3, kSet, 0xFFFFFFFF, true, 0xFFFFFFFF, kMoreData, 0xFFFFFFFF, 0},
+        {3, kSet, 1000, true, 1024, S_OK, 1024, 2},
+        {3, kSet, 1001, true, 1025, E_FAIL, 1025, 0},
+        {3, kGet, 1020, true, 1044, S_OK, 1044, 4}, // called twice, see Call
+        {3, kGet, 1021, true, 1045, E_INVALIDARG, 1045, 0},
+        {3, kSet, 0, true, 24, S_OK, 24, 2},
+        {kFaceAuth, kGet, 0, true, 39, kMoreData, 40, 0},
+        {kFaceAuth, kSupport, 0, true, 40, E_INVALIDARG, 0, 0},
+        {kFaceAuth, kSet, 0, false, 40, E_POINTER, 0, 0},
+    };
+    for (const auto &row : rows)
+    {
+        SCOPED_TRACE(testing::Message() << "row " << &row - rows);
+        auto block = HwCommand(1, row.bufferLength);
+        EXPECT_HR(row.result, Call(row.id, row.flags, row.hasData ? block.data() : nullptr, row.length));
+        EXPECT_EQ(row.returned, returned);
+        EXPECT_EQ(row.calls, filter->Calls().size());
+    }
+    EXPECT_TRUE(applied.empty());
 }
 
 TEST_F(PrivatePropertiesTest, ConfidenceMapCallsTheTransformOnlyForChanges)
 {
+    std::array<std::uint32_t, 2> version{1, 1};
+    EXPECT_HR(S_OK, Call(0, kGet, version.data(), 8));
+    EXPECT_EQ((std::array<std::uint32_t, 2>{0, 7}), version);
+
     std::uint32_t value = 0;
     EXPECT_HR(S_OK, Call(2, kSet, &value, 4)); // off already
     EXPECT_TRUE(applied.empty());
@@ -124,10 +160,6 @@ TEST_F(PrivatePropertiesTest, ConfidenceMapCallsTheTransformOnlyForChanges)
     value = 0;
     EXPECT_HR(E_UNEXPECTED, Call(2, kSet, &value, 4));
     EXPECT_TRUE(confidenceMap->IsEnabled());
-    EXPECT_HR(kMoreData, Call(2, kSet, &value, 3));
-    EXPECT_EQ(4u, returned);
-    EXPECT_HR(E_POINTER, Call(2, kSet, nullptr, 4));
-    EXPECT_HR(E_INVALIDARG, Call(2, 0, &value, 4));
 
     TarnConfidenceMapConfig unbound(nullptr);
     KSPROPERTY request = MakeRequest(KSPROPERTYSETID_TARN_DMFT_CONTROL, 2, kSet);
@@ -137,105 +169,55 @@ TEST_F(PrivatePropertiesTest, ConfidenceMapCallsTheTransformOnlyForChanges)
 
 TEST_F(PrivatePropertiesTest, HwCommandTravelsThroughThePipe)
 {
-    auto block = HwCommand(0xD4, 8, 32);
+    auto block = HwCommand(0xD4, 8);
     ASSERT_HR(S_OK, Call(3, kSet, block.data(), 32));
-    EXPECT_EQ(32u, returned);
     const auto sent = filter->Calls().front().bytes;
     const BYTE expected[] = {28, 0, 0xAB, 0xCD, 0xD4, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 4, 0, 0, 0, 0x33};
     EXPECT_EQ(0, std::memcmp(expected, sent.data(), sizeof(expected)));
 
     ASSERT_HR(S_OK, Call(3, kGet, block.data(), 32));
-    EXPECT_EQ(0x5A, block[24]);
-    EXPECT_EQ(0x5A, block[31]);
-    EXPECT_EQ(0xD4, block[0]);
-    EXPECT_HR(E_INVALIDARG, Call(3, KSPROPERTY_TYPE_BASICSUPPORT, block.data(), 32));
-    EXPECT_EQ(32u, returned);
-    EXPECT_HR(E_POINTER, Call(3, kGet, nullptr, 32));
-    EXPECT_EQ(24u, returned);
-    EXPECT_HR(kMoreData, Call(3, kGet, block.data(), 23));
-    EXPECT_EQ(24u, returned);
-}
-
-// An application's length near the top of 32 bits wrapped to a small sum would send 4 GB of somebody's memory.
-TEST_F(PrivatePropertiesTest, HwCommandLengthsNeverWrapOrReachTheCamera)
-{
-    const struct
-    {
-        ULONG flags, bufferLength, dataLength;
-        HRESULT result;
-        ULONG returned;
-        std::size_t calls;
-    } rows[] = {
-        {kGet, 16, 24, kMoreData, 40, 0},
-        {kSet, 8, 31, kMoreData, 32, 0},
-        {kSet, 0xFFFFFFF0, 1100, kMoreData, 0xFFFFFFFF, 0},
-        {kGet, 0xFFFFFFE7, 1100, kMoreData, 0xFFFFFFFF, 0},
-        {kGet, 0xFFFFFFE6, 1100, kMoreData, 0xFFFFFFFE, 0},
-        {kSet, 0xFFFFFFFF, 0xFFFFFFFF, kMoreData, 0xFFFFFFFF, 0},
-        {kSet, 1000, 1024, S_OK, 1024, 2},
-        {kSet, 1001, 1025, E_FAIL, 1025, 0},
-        {kGet, 1020, 1044, S_OK, 1044, 4}, // called twice, see Call
-        {kGet, 1021, 1045, E_INVALIDARG, 1045, 0},
-        {kSet, 0, 24, S_OK, 24, 2},
-    };
-    for (const auto &row : rows)
-    {
-        SCOPED_TRACE(testing::Message() << "bufferLength " << row.bufferLength << " of " << row.dataLength);
-        auto block = HwCommand(1, row.bufferLength, 1100);
-        EXPECT_HR(row.result, Call(3, row.flags, block.data(), row.dataLength));
-        EXPECT_EQ(row.returned, returned);
-        EXPECT_EQ(row.calls, filter->Calls().size());
-    }
+    auto answered = HwCommand(0xD4, 8);
+    std::memset(&answered[24], 0x5A, 8);
+    EXPECT_EQ(answered, block);
 }
 
 TEST_F(PrivatePropertiesTest, FaceAuthModeChangesOnlyWhenItMay)
 {
     KSCAMERA_EXTENDEDPROP_HEADER block[2]; // 64 bytes, 40 used
     std::memset(block, 0xEE, sizeof(block));
-    ASSERT_HR(S_OK, FaceAuth(kGet, block, 40));
+    ASSERT_HR(S_OK, Call(kFaceAuth, kGet, block, 40));
     EXPECT_EQ(40u, returned);
-    EXPECT_EQ(1u, block[0].Version);
-    EXPECT_EQ(40u, block[0].Size);
-    EXPECT_EQ(1u, block[0].Flags);
-    EXPECT_EQ(3u, block[0].Capability);
-    EXPECT_EQ(0xEEEEEEEEu, block[0].PinId);
-    EXPECT_EQ(0xEEEEEEEEu, block[0].Result);
+    KSCAMERA_EXTENDEDPROP_HEADER expected = block[1]; // the fields that are not written stay the caller's
+    expected.Version = 1;
+    expected.Size = 40;
+    expected.Flags = 1;
+    expected.Capability = 3;
+    EXPECT_EQ(0, std::memcmp(&expected, block, sizeof(expected)));
     EXPECT_EQ(0xEEEEEEEEu, block[1].Version);
 
     block[0].Flags = 2;
-    EXPECT_HR(S_OK, FaceAuth(kSet, block, 40));
+    EXPECT_HR(S_OK, Call(kFaceAuth, kSet, block, 40));
     EXPECT_EQ(0u, returned);
     EXPECT_TRUE(faceAuth->faceAuthMode);
-    EXPECT_HR(S_OK, FaceAuth(kGet, block, 64));
+    EXPECT_HR(S_OK, Call(kFaceAuth, kGet, block, 64));
     EXPECT_EQ(2u, block[0].Flags);
     for (const ULONGLONG refused : {0ull, 3ull, 4ull, 0x100000001ull})
     {
         block[0].Flags = refused;
-        EXPECT_HR(E_INVALIDARG, FaceAuth(kSet, block, 40));
+        EXPECT_HR(E_INVALIDARG, Call(kFaceAuth, kSet, block, 40));
     }
     block[0].Flags = 1;
     faceAuth->canChangeMode = false;
-    EXPECT_HR(E_FAIL, FaceAuth(kSet, block, 40));
-    EXPECT_HR(S_OK, FaceAuth(kGet, block, 40));
+    EXPECT_HR(E_FAIL, Call(kFaceAuth, kSet, block, 40));
     EXPECT_TRUE(faceAuth->faceAuthMode);
     faceAuth->canChangeMode = true;
-    block[0].Flags = 1;
-    EXPECT_HR(S_OK, FaceAuth(kSet, block, 40));
+    EXPECT_HR(S_OK, Call(kFaceAuth, kSet, block, 40));
     EXPECT_FALSE(faceAuth->faceAuthMode);
-}
 
-TEST_F(PrivatePropertiesTest, FaceAuthRefusals)
-{
-    BYTE data[40] = {};
-    KSPROPERTY request = MakeRequest(KSPROPERTYSETID_ExtendedCameraControl, 35, kGet);
-    EXPECT_HR(kMoreData, FaceAuth(kGet, data, 39));
-    EXPECT_EQ(40u, returned);
-    EXPECT_HR(E_INVALIDARG, FaceAuth(KSPROPERTY_TYPE_BASICSUPPORT, data, 40));
-    EXPECT_EQ(0u, returned);
-    EXPECT_HR(E_POINTER, FaceAuth(kSet, nullptr, 40));
-    EXPECT_HR(E_POINTER, device->KsProperty(&request, sizeof(request), data, 40, nullptr));
-    EXPECT_HR(E_POINTER, faceAuth->Run(nullptr, 0, data, 40, &returned));
+    KSPROPERTY request = MakeRequest(KSPROPERTYSETID_ExtendedCameraControl, kFaceAuth, kGet);
+    EXPECT_HR(E_POINTER, device->KsProperty(&request, sizeof(request), block, 40, nullptr));
+    EXPECT_HR(E_POINTER, faceAuth->Run(nullptr, 0, block, 40, &returned));
     faceAuth->faceAuthSupported = false;
-    EXPECT_HR(kBareSetNotFound, FaceAuth(kGet, data, 39));
+    EXPECT_HR(kBareSetNotFound, Call(kFaceAuth, kGet, block, 39));
     EXPECT_EQ(0u, returned);
 }

@@ -111,13 +111,18 @@ BYTE *GuardedBuffer::Data() const
     return memory.End() - size;
 }
 
+static ComPtr<GuardedBuffer> BufferOf(const Bytes &bytes)
+{
+    auto buffer = user_space_frameworks::MakeCom<GuardedBuffer>(static_cast<DWORD>(bytes.size()));
+    std::copy(bytes.begin(), bytes.end(), buffer->Data());
+    return buffer;
+}
+
 ComPtr<IMFSample> MakeFrame(const Bytes &bytes)
 {
-    const auto buffer = user_space_frameworks::MakeCom<GuardedBuffer>(static_cast<DWORD>(bytes.size()));
-    std::copy(bytes.begin(), bytes.end(), buffer->Data());
     ComPtr<IMFSample> sample;
     EXPECT_HR(S_OK, MFCreateSample(&sample));
-    EXPECT_HR(S_OK, sample->AddBuffer(buffer.Get()));
+    EXPECT_HR(S_OK, sample->AddBuffer(BufferOf(bytes).Get()));
     EXPECT_HR(S_OK, sample->SetSampleTime(kTime100ns));
     EXPECT_HR(S_OK, sample->SetSampleDuration(kDuration100ns));
     EXPECT_HR(S_OK, sample->SetUINT32(kMark, kMarkValue));
@@ -129,27 +134,21 @@ ComPtr<IMFSample> MakeFrame(const Pixels &pixels)
     return MakeFrame(AsBytes(pixels));
 }
 
-Bytes Item(ULONG id, const Bytes &payload)
+Bytes Item(ULONG id, const Bytes &payload, std::optional<ULONG> announcedSize)
 {
-    return ItemOfSize(id, static_cast<ULONG>(sizeof(KSCAMERA_METADATA_ITEMHEADER) + payload.size()), payload);
-}
-
-Bytes ItemOfSize(ULONG id, ULONG announcedSize, const Bytes &payload)
-{
-    const KSCAMERA_METADATA_ITEMHEADER header{id, announcedSize};
-    Bytes bytes(sizeof(header) + payload.size());
+    const KSCAMERA_METADATA_ITEMHEADER header{
+        id, announcedSize.value_or(static_cast<ULONG>(sizeof(KSCAMERA_METADATA_ITEMHEADER) + payload.size()))};
+    Bytes bytes(sizeof(header));
     std::memcpy(bytes.data(), &header, sizeof(header));
-    std::copy(payload.begin(), payload.end(), bytes.begin() + sizeof(header));
+    bytes.insert(bytes.end(), payload.begin(), payload.end());
     return bytes;
 }
 
 ComPtr<IMFAttributes> AttachMetadata(IMFSample *sample, const Bytes &items)
 {
-    const auto buffer = user_space_frameworks::MakeCom<GuardedBuffer>(static_cast<DWORD>(items.size()));
-    std::copy(items.begin(), items.end(), buffer->Data());
     ComPtr<IMFAttributes> store;
     EXPECT_HR(S_OK, MFCreateAttributes(&store, 2));
-    EXPECT_HR(S_OK, store->SetUnknown(MF_CAPTURE_METADATA_FRAME_RAWSTREAM, buffer.Get()));
+    EXPECT_HR(S_OK, store->SetUnknown(MF_CAPTURE_METADATA_FRAME_RAWSTREAM, BufferOf(items).Get()));
     EXPECT_HR(S_OK, sample->SetUnknown(MFSampleExtension_CaptureMetadata, store.Get()));
     return store;
 }

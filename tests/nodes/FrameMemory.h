@@ -59,9 +59,8 @@ inline constexpr LONGLONG kDuration100ns = 333333;
 // A sample with time, duration and an attribute, over a guarded buffer that holds the bytes.
 ComPtr<IMFSample> MakeFrame(const Bytes &bytes);
 ComPtr<IMFSample> MakeFrame(const Pixels &pixels);
-// A metadata item as the driver frames it; the second form announces a size that need not be true.
-Bytes Item(ULONG id, const Bytes &payload);
-Bytes ItemOfSize(ULONG id, ULONG announcedSize, const Bytes &payload);
+// A metadata item as the driver frames it; the size it announces need not be true.
+Bytes Item(ULONG id, const Bytes &payload, std::optional<ULONG> announcedSize = std::nullopt);
 ComPtr<IMFAttributes> AttachMetadata(IMFSample *sample, const Bytes &items);
 Bytes BytesOf(IMFSample *sample);
 Pixels PixelsOf(IMFSample *sample);
@@ -87,5 +86,14 @@ class CollectingNode : public mft_core::ITopologyNode
     std::mutex lock;
     std::vector<ComPtr<IMFSample>> samples;
 };
+
+// What comes out of a node made with these arguments. Throws when the frame is dropped.
+template <class Node, class... Arguments>
+ComPtr<IMFSample> Converted(const ComPtr<IMFSample> &input, Arguments... arguments)
+{
+    const auto end = std::make_shared<CollectingNode>();
+    Node(end, arguments...).Process(input.Get());
+    return end->samples.at(0);
+}
 
 } // namespace tarn_test

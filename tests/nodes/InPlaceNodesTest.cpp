@@ -111,12 +111,17 @@ class ConfidenceTest : public InPlaceNodesTest
     TarnConfidenceMapTopologyNode node{end, 4, 3, config};
 };
 
-TEST_F(ConfidenceTest, EnabledMapSpansTheWholePlaneAndDepthMovesToTheFront)
+TEST_F(ConfidenceTest, DepthMovesToTheFrontAndTheEnabledMapSpansTheWholePlane)
 {
+    const auto disabled = Frame();
+    node.Process(disabled.Get());
+    ExpectHandedOn(disabled);
+    EXPECT_EQ(Bytes{}, Map(disabled.Get()));
+    ExpectDepthInFront(disabled.Get());
+
     Enable();
     const auto frame = Frame();
     node.Process(frame.Get());
-
     ExpectHandedOn(frame);
     Bytes expected{0, 0, 0, 1, 1, 2, 14, 15, 15, 15, 15, 15};
     expected.insert(expected.end(), content.begin() + kPixels, content.begin() + 2 * kPixels);
@@ -124,34 +129,21 @@ TEST_F(ConfidenceTest, EnabledMapSpansTheWholePlaneAndDepthMovesToTheFront)
     ExpectDepthInFront(frame.Get());
 }
 
-TEST_F(ConfidenceTest, DisabledMapLeavesDepthInFrontAndNoBlob)
-{
-    const auto frame = Frame();
-    node.Process(frame.Get());
-    ExpectHandedOn(frame);
-    EXPECT_EQ(Bytes{}, Map(frame.Get()));
-    ExpectDepthInFront(frame.Get());
-}
-
 TEST_F(ConfidenceTest, CameraSuppressesTheMapByItsFlagAlone)
 {
     Enable();
-    Bytes record(sizeof(TARN_FRAME_METADATA), 0xFF);
-    for (const bool suppressed : {true, false})
+    Bytes suppressing(sizeof(TARN_FRAME_METADATA), 0xFF);
+    suppressing[5] = 0x01;
+    Bytes silent(sizeof(TARN_FRAME_METADATA), 0xFF);
+    silent[5] = 0xFE;
+    for (const Bytes &record : {suppressing, silent, Bytes(5, 0xFF)}) // the last one ends before the flag
     {
-        record[5] = suppressed ? 0x01 : 0xFE;
         const auto frame = Frame();
         AttachMetadata(frame.Get(), Item(TARN_FRAME_METADATA_ITEM_ID, record));
         node.Process(frame.Get());
-        EXPECT_EQ(suppressed, Map(frame.Get()).empty());
+        EXPECT_EQ(record == suppressing, Map(frame.Get()).empty());
         ExpectDepthInFront(frame.Get());
     }
-    // A record that ends before the flag suppresses nothing.
-    const auto frame = Frame();
-    auto items = Item(TARN_FRAME_METADATA_ITEM_ID, {});
-    AttachMetadata(frame.Get(), items);
-    node.Process(frame.Get());
-    EXPECT_FALSE(Map(frame.Get()).empty());
 }
 
 TEST_F(ConfidenceTest, FrameOneByteShortStaysAndALockFailureDrops)
@@ -178,41 +170,37 @@ TEST_F(InPlaceNodesTest, IlluminationIsByte48OfTheRecordWhereThereIsOne)
     TarnIrIlluminationTopologyNode node(end);
     Bytes record(sizeof(TARN_FRAME_METADATA), 0xFF);
     record[48] = 0x81;
-    UINT64 illumination = 0;
-
-    const auto frame = MakeFrame(Bytes(4));
-    const auto store = AttachMetadata(frame.Get(), Item(TARN_FRAME_METADATA_ITEM_ID, record));
-    node.Process(frame.Get());
-    ExpectHandedOn(frame);
-    EXPECT_HR(S_OK, store->GetUINT64(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, &illumination));
-    EXPECT_EQ(0x81u, illumination);
-
-    record.resize(48);
-    const auto shortRecord = MakeFrame(Bytes(4));
-    const auto shortStore = AttachMetadata(shortRecord.Get(), Item(TARN_FRAME_METADATA_ITEM_ID, record));
-    node.Process(shortRecord.Get());
-    ExpectHandedOn(shortRecord);
-    EXPECT_HR(MF_E_ATTRIBUTENOTFOUND, shortStore->GetItem(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, nullptr));
-
+    for (const std::size_t length : {sizeof(TARN_FRAME_METADATA), std::size_t{48}})
+    {
+        record.resize(length);
+        const auto frame = MakeFrame(Bytes(4));
+        const auto store = AttachMetadata(frame.Get(), Item(TARN_FRAME_METADATA_ITEM_ID, record));
+        node.Process(frame.Get());
+        ExpectHandedOn(frame);
+        UINT64 illumination = 0;
+        EXPECT_HR(length > 48 ? S_OK : MF_E_ATTRIBUTENOTFOUND,
+                  store->GetUINT64(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, &illumination));
+        EXPECT_EQ(length > 48 ? 0x81u : 0u, illumination);
+    }
     const auto bare = MakeFrame(Bytes(4));
     node.Process(bare.Get());
     ExpectHandedOn(bare);
 }
 
-TEST_F(InPlaceNodesTest, DepthRangeIsInPixelUnits)
+TEST_F(InPlaceNodesTest, DepthRangeIsInPixelUnitsAndNeedsOne)
 {
-    struct Case
+    ComPtr<IMFAttributes> attributes;
+    ASSERT_HR(S_OK, MFCreateAttributes(&attributes, 1));
+    EXPECT_THROW(DepthRangeTopologyNode(end, attributes.Get(), 20, 150), mft_utils::ComException);
+    EXPECT_THROW(DepthRangeTopologyNode(end, nullptr, 20, 150), mft_utils::ComException);
+    ASSERT_HR(S_OK, attributes->SetUINT64(MF_MT_DEPTH_VALUE_UNIT, 0));
+    EXPECT_THROW(DepthRangeTopologyNode(end, attributes.Get(), 20, 150), std::invalid_argument);
+
+    const UINT32 cases[][5] = {{1000, 2, 3, 20000, 30000}, {3, 1, 2, 3333333, 6666666}, {125000, 20, 150, 1600, 12000}};
+    for (const auto &[unit, minDepth, maxDepth, expectedMinimum, expectedMaximum] : cases)
     {
-        UINT64 unit;
-        UINT32 minDepth, maxDepth, minimum, maximum;
-    };
-    for (const Case &values :
-         {Case{1000, 2, 3, 20000, 30000}, Case{3, 1, 2, 3333333, 6666666}, Case{125000, 20, 150, 1600, 12000}})
-    {
-        ComPtr<IMFAttributes> attributes;
-        ASSERT_HR(S_OK, MFCreateAttributes(&attributes, 1));
-        ASSERT_HR(S_OK, attributes->SetUINT64(MF_MT_DEPTH_VALUE_UNIT, values.unit));
-        DepthRangeTopologyNode node(end, attributes.Get(), values.minDepth, values.maxDepth);
+        ASSERT_HR(S_OK, attributes->SetUINT64(MF_MT_DEPTH_VALUE_UNIT, unit));
+        DepthRangeTopologyNode node(end, attributes.Get(), minDepth, maxDepth);
         const auto frame = MakeFrame(Bytes(4));
         node.Process(frame.Get());
         ExpectHandedOn(frame);
@@ -221,19 +209,9 @@ TEST_F(InPlaceNodesTest, DepthRangeIsInPixelUnits)
         UINT32 maximum = 0;
         EXPECT_HR(S_OK, frame->GetUINT32(MFSampleExtension_Depth_MinReliableDepth, &minimum));
         EXPECT_HR(S_OK, frame->GetUINT32(MFSampleExtension_Depth_MaxReliableDepth, &maximum));
-        EXPECT_EQ(values.minimum, minimum);
-        EXPECT_EQ(values.maximum, maximum);
+        EXPECT_EQ(expectedMinimum, minimum);
+        EXPECT_EQ(expectedMaximum, maximum);
     }
-}
-
-TEST_F(InPlaceNodesTest, DepthRangeNeedsAUnit)
-{
-    ComPtr<IMFAttributes> attributes;
-    ASSERT_HR(S_OK, MFCreateAttributes(&attributes, 1));
-    EXPECT_THROW(DepthRangeTopologyNode(end, attributes.Get(), 20, 150), mft_utils::ComException);
-    EXPECT_THROW(DepthRangeTopologyNode(end, nullptr, 20, 150), mft_utils::ComException);
-    ASSERT_HR(S_OK, attributes->SetUINT64(MF_MT_DEPTH_VALUE_UNIT, 0));
-    EXPECT_THROW(DepthRangeTopologyNode(end, attributes.Get(), 20, 150), std::invalid_argument);
 }
 
 } // namespace

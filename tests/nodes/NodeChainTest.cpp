@@ -1,9 +1,8 @@
 #include "tools/NodeChain.h"
 
-#include <gtest/gtest.h>
-
 #include <numeric>
 
+#include "tests/support/Expect.h"
 #include "tools/ExitCode.h"
 
 using tarn_host::ImageFrame;
@@ -49,15 +48,8 @@ TEST(NodeChainTest, WrongStepsAreNamed)
          {"", "blur", "crop", "crop:9", "crop:9x", "crop:9x9x9", "crop:9x8", "crop:-1x2", "resize:0x4", "median:8x8",
           "copy:0.5", "copy:0.5,0.6", "copy:0,0.3", "threshold:65536", "sharpen:3", "10to8 > sharpen", "sharpen >"})
     {
-        try
-        {
-            const NodeChain chain(text, 8, 8);
-            ADD_FAILURE() << text;
-        }
-        catch (const UsageError &error)
-        {
-            EXPECT_EQ(0u, std::string(error.what()).find("step '")) << error.what();
-        }
+        const auto error = tarn_test::ThrownText<UsageError>([&] { const NodeChain chain(text, 8, 8); });
+        EXPECT_EQ(0u, error.find("step '")) << text << ": " << error;
     }
 }
 

@@ -20,7 +20,8 @@ testing::AssertionResult SamePlane(const std::vector<std::uint8_t> &bytes, std::
     {
         const auto x = static_cast<std::uint32_t>(i % request.width);
         const auto y = static_cast<std::uint32_t>(i / request.width);
-        const std::uint32_t value = Value16(bytes, plane * pixels + i);
+        std::uint16_t value = 0;
+        std::memcpy(&value, bytes.data() + 2 * (plane * pixels + i), sizeof(value));
         if (value != expected(request, x, y))
         {
             return testing::AssertionFailure() << "frame " << request.number << " at " << x << "," << y << ": " << value
@@ -45,59 +46,38 @@ const Expected kConfidence = [](const FrameRequest &request, std::uint32_t x, st
     return std::uint32_t{at(index)} | std::uint32_t{at(index + 1)} << 8;
 };
 
-std::vector<ComPtr<IMFSample>> Capture(SimulatedCamera &camera, const GUID &subtype, UINT32 width, UINT32 height,
-                                       UINT32 fps, std::uint32_t frames)
+TEST(FrameLayoutTest, EachFormatHoldsTheScenesPlanesInOrder)
 {
-    KeepingSink sink;
-    camera.SetFrameSink(&sink);
-    const auto type = MakeVideoType(subtype, width, height, fps);
-    EXPECT_HR(S_OK, camera.SetPinState(0, DeviceStreamState_Run, type.Get()));
-    EXPECT_HR(S_OK, camera.Step(0, frames, kLongEnough));
-    EXPECT_HR(S_OK, camera.SetPinState(0, DeviceStreamState_Stop, nullptr));
-    camera.SetFrameSink(nullptr);
-    return sink.Take();
-}
-
-struct LayoutCase
-{
-    const char *name;
-    const GUID *subtype;
-    std::vector<const Expected *> planes;
-};
-
-class FrameLayoutTest : public testing::TestWithParam<LayoutCase>
-{
-};
-
-TEST_P(FrameLayoutTest, HoldsTheScenesPlanesInOrder)
-{
-    const auto &[name, subtype, planes] = GetParam();
-    auto configuration = CameraConfiguration::TarnDepth();
-    configuration.guardPages = true;
-    const auto camera = MakeCamera(configuration);
-
-    const bool isFaceLogin = IsEqualGUID(*subtype, kSubtypeFaceLogin) != FALSE;
-    const auto samples = Capture(*camera.Get(), *subtype, 640, 480, isFaceLogin ? 60 : 30, 3);
-
-    ASSERT_EQ(3U, samples.size());
-    for (std::uint32_t number = 0; number < samples.size(); ++number)
+    const struct
     {
-        const auto bytes = BytesOf(samples[number].Get());
-        ASSERT_EQ(planes.size() * 640 * 480 * 2, bytes.size());
-        const FrameRequest request{number, 640, 480, !isFaceLogin || number % 2 == 0};
-        for (std::size_t plane = 0; plane < planes.size(); ++plane)
+        const GUID &subtype;
+        std::vector<Expected> planes;
+        UINT32 fps;
+    } cases[] = {{kSubtypeDepth, {kDepth}, 30},
+                 {kSubtypeInfraredDepth, {kInfrared, kDepth}, 30},
+                 {kSubtypeConfidenceDepth, {kConfidence, kDepth}, 30},
+                 {kSubtypeFaceLogin, {kInfrared}, 60}};
+    for (const auto &[subtype, planes, fps] : cases)
+    {
+        auto configuration = CameraConfiguration::TarnDepth();
+        configuration.guardPages = true;
+        const auto camera = MakeCamera(configuration);
+        const auto samples = Capture(*camera.Get(), MakeVideoType(subtype, 640, 480, fps).Get(), 3);
+        camera->StopAll();
+
+        ASSERT_EQ(3U, samples.size());
+        for (std::uint32_t number = 0; number < samples.size(); ++number)
         {
-            EXPECT_TRUE(SamePlane(bytes, plane, request, *planes[plane]));
+            const auto bytes = BytesOf(samples[number].Get());
+            ASSERT_EQ(planes.size() * 640 * 480 * 2, bytes.size());
+            const FrameRequest request{number, 640, 480, fps == 30 || number % 2 == 0};
+            for (std::size_t plane = 0; plane < planes.size(); ++plane)
+            {
+                EXPECT_TRUE(SamePlane(bytes, plane, request, planes[plane])) << "plane " << plane;
+            }
         }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(Formats, FrameLayoutTest,
-                         testing::Values(LayoutCase{"INVZ", &kSubtypeDepth, {&kDepth}},
-                                         LayoutCase{"INZI", &kSubtypeInfraredDepth, {&kInfrared, &kDepth}},
-                                         LayoutCase{"INZC", &kSubtypeConfidenceDepth, {&kConfidence, &kDepth}},
-                                         LayoutCase{"PAIR", &kSubtypeFaceLogin, {&kInfrared}}),
-                         [](const auto &layoutCase) { return std::string(layoutCase.param.name); });
 
 TEST(GeneratedSceneTest, RedrawsOnlyTheBallAtAnySize)
 {
@@ -114,50 +94,24 @@ TEST(GeneratedSceneTest, RedrawsOnlyTheBallAtAnySize)
     }
 }
 
-TEST(GeneratedSceneTest, StandsWhereItsDescriptionSays)
-{
-    const FrameRequest request{0, 640, 480, true};
-
-    EXPECT_EQ(0, GeneratedScene::DepthMillimetres(request, 0, 100));
-    EXPECT_EQ(1200.0, GeneratedScene::DepthMillimetres(request, 400, 400));
-    EXPECT_NEAR(550.0, GeneratedScene::DepthMillimetres(request, 507, 240), 1.0); // centre of the ball
-    EXPECT_EQ(1023, GeneratedScene::Infrared(request, 507, 240));
-    EXPECT_LT(900.0, GeneratedScene::DepthMillimetres(request, 20, 240));
-}
-
 TEST(FrameMetadataTest, RecordTellsHowTheFrameWasTaken)
 {
     const auto camera = MakeCamera(CameraConfiguration::TarnDepth());
     camera->SetPrivacy(true);
     camera->SetConfidenceSuppressed(true);
-    camera->SetErrorCode(9);
+    const auto samples = Capture(*camera.Get(), MakeVideoType(kSubtypeFaceLogin, 640, 480, 60).Get(), 2);
+    camera->StopAll();
 
-    const auto samples = Capture(*camera.Get(), kSubtypeFaceLogin, 640, 480, 60, 4);
-
-    ASSERT_EQ(4U, samples.size());
-    LONGLONG lastTime = -1;
-    for (std::uint64_t number = 0; number < samples.size(); ++number)
-    {
-        LONGLONG time = 0;
-        LONGLONG duration = 0;
-        EXPECT_HR(S_OK, samples[number]->GetSampleTime(&time));
-        EXPECT_HR(S_OK, samples[number]->GetSampleDuration(&duration));
-        const auto record = RecordOf(samples[number].Get());
-        ASSERT_TRUE(record.has_value());
-        EXPECT_EQ(166666, duration);
-        EXPECT_GT(time, lastTime);
-        EXPECT_EQ(TARN_FRAME_METADATA_MAGIC, record->magic);
-        EXPECT_EQ(number, record->frameCounter);
-        EXPECT_EQ(time, record->timestamp100ns);
-        EXPECT_EQ(number % 2 == 0 ? 1 : 0, record->illumination);
-        EXPECT_EQ(TARN_FRAME_FLAG_CONFIDENCE_SUPPRESSED | TARN_FRAME_FLAG_PRIVACY, record->flags);
-        EXPECT_EQ(kSubtypeFaceLogin.Data1, record->formatFourCc);
-        EXPECT_EQ(9U, record->errorCode);
-        EXPECT_EQ(16, record->laserPower);
-        lastTime = time;
-    }
-    const auto items = MetadataItems(samples.front().Get());
-    // The places that are read by offset: our payload begins behind a foreign item of 24 bytes and its own header.
+    ASSERT_EQ(2U, samples.size());
+    LONGLONG time = 0;
+    EXPECT_HR(S_OK, samples[1]->GetSampleTime(&time));
+    const auto record = RecordOf(samples[1].Get());
+    ASSERT_TRUE(record.has_value());
+    EXPECT_EQ(1U, record->frameCounter);
+    EXPECT_EQ(time, record->timestamp100ns);
+    EXPECT_EQ(0, record->illumination);
+    // Two places are read by offset: the payload begins behind a foreign item of 24 bytes and its own header.
+    const auto items = MetadataItems(samples[0].Get());
     EXPECT_EQ(TARN_FRAME_FLAG_CONFIDENCE_SUPPRESSED | TARN_FRAME_FLAG_PRIVACY, items.at(32 + 5));
     EXPECT_EQ(1, items.at(32 + 48));
 }

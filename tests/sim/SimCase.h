@@ -27,19 +27,24 @@ inline ComPtr<SimulatedCamera> MakeCamera(CameraConfiguration configuration, Pac
     return user_space_frameworks::MakeCom<SimulatedCamera>(std::move(configuration));
 }
 
-// Keeps every sample; what else is to happen on the capture thread is `onFrame`.
-class KeepingSink : public IFrameSink
+// Keeps every sample unless told not to; what else is to happen on the capture thread is `onFrame`.
+class TestSink : public IFrameSink
 {
   public:
-    std::function<void(IMFSample *)> onFrame = [](IMFSample *) {};
+    explicit TestSink(bool keepSamples = true) : keep(keepSamples) {}
+
+    std::function<void()> onFrame = [] {};
+    std::atomic<std::uint64_t> frames{0};
 
     void OnFrame(DWORD, IMFSample *sample) override
     {
+        ++frames;
+        if (keep)
         {
             const std::scoped_lock guard(lock);
             kept.emplace_back(sample);
         }
-        onFrame(sample);
+        onFrame();
     }
     std::vector<ComPtr<IMFSample>> Take()
     {
@@ -48,41 +53,50 @@ class KeepingSink : public IFrameSink
     }
 
   private:
+    const bool keep;
     std::mutex lock;
     std::vector<ComPtr<IMFSample>> kept;
 };
 
-// Lets every sample go at once.
-class CountingSink : public IFrameSink
+// Runs the first pin of a stepped camera for so many frames.
+inline std::vector<ComPtr<IMFSample>> Capture(SimulatedCamera &camera, IMFMediaType *type, std::uint32_t frames)
 {
-  public:
-    std::function<void(IMFSample *)> onFrame = [](IMFSample *) {};
-    std::atomic<std::uint64_t> frames{0};
+    TestSink sink;
+    camera.SetFrameSink(&sink);
+    EXPECT_HR(S_OK, camera.SetPinState(0, DeviceStreamState_Run, type));
+    EXPECT_HR(S_OK, camera.Step(0, frames, kLongEnough));
+    EXPECT_HR(S_OK, camera.SetPinState(0, DeviceStreamState_Stop, nullptr));
+    camera.SetFrameSink(nullptr);
+    return sink.Take();
+}
 
-    void OnFrame(DWORD, IMFSample *sample) override
-    {
-        ++frames;
-        onFrame(sample);
-    }
-};
-
-inline std::vector<std::uint8_t> BytesOf(IMFSample *sample)
+// A property request addressed to a node.
+inline HRESULT NodeProperty(SimulatedCamera &camera, const GUID &set, ULONG id, ULONG flags, void *data, ULONG length,
+                            ULONG *returned, ULONG node = 3)
 {
-    ComPtr<IMFMediaBuffer> buffer;
+    KSP_NODE request{};
+    request.Property.Set = set;
+    request.Property.Id = id;
+    request.Property.Flags = flags | KSPROPERTY_TYPE_TOPOLOGY;
+    request.NodeId = node;
+    return camera.KsProperty(&request.Property, sizeof(request), data, length, returned);
+}
+
+inline std::vector<std::uint8_t> BytesOf(IMFMediaBuffer *buffer)
+{
     BYTE *bytes = nullptr;
     DWORD length = 0;
-    EXPECT_HR(S_OK, sample->ConvertToContiguousBuffer(&buffer));
     EXPECT_HR(S_OK, buffer->Lock(&bytes, nullptr, &length));
     std::vector<std::uint8_t> copy(bytes, bytes + length);
     EXPECT_HR(S_OK, buffer->Unlock());
     return copy;
 }
 
-inline std::uint16_t Value16(const std::vector<std::uint8_t> &bytes, std::size_t index)
+inline std::vector<std::uint8_t> BytesOf(IMFSample *sample)
 {
-    std::uint16_t value = 0;
-    std::memcpy(&value, bytes.data() + 2 * index, sizeof(value));
-    return value;
+    ComPtr<IMFMediaBuffer> buffer;
+    EXPECT_HR(S_OK, sample->ConvertToContiguousBuffer(&buffer));
+    return BytesOf(buffer.Get());
 }
 
 // The raw metadata items of the sample; none when it has no store or no items.
@@ -95,12 +109,7 @@ inline std::vector<std::uint8_t> MetadataItems(IMFSample *sample)
     {
         return {};
     }
-    BYTE *bytes = nullptr;
-    DWORD length = 0;
-    EXPECT_HR(S_OK, buffer->Lock(&bytes, nullptr, &length));
-    std::vector<std::uint8_t> copy(bytes, bytes + length);
-    EXPECT_HR(S_OK, buffer->Unlock());
-    return copy;
+    return BytesOf(buffer.Get());
 }
 
 // The record in our item, found by walking the items in order.
@@ -108,9 +117,9 @@ inline std::optional<TARN_FRAME_METADATA> RecordOf(IMFSample *sample)
 {
     const auto items = MetadataItems(sample);
     std::size_t offset = 0;
-    while (offset + sizeof(KSCAMERA_METADATA_ITEMHEADER) <= items.size())
+    KSCAMERA_METADATA_ITEMHEADER header{};
+    for (; offset + sizeof(header) <= items.size(); offset += header.Size)
     {
-        KSCAMERA_METADATA_ITEMHEADER header{};
         std::memcpy(&header, items.data() + offset, sizeof(header));
         EXPECT_EQ(0U, offset % 8);
         if (header.Size < sizeof(header) || header.Size > items.size() - offset)
@@ -123,7 +132,6 @@ inline std::optional<TARN_FRAME_METADATA> RecordOf(IMFSample *sample)
             std::memcpy(&record, items.data() + offset + sizeof(header), sizeof(record));
             return record;
         }
-        offset += header.Size;
     }
     return std::nullopt;
 }

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -30,6 +31,21 @@ template <class T>
 ULONG ReferenceCount(const ComPtr<T> &object)
 {
     return ReferenceCount(object.Get());
+}
+
+// The text of the exception of this type that the call throws; others pass through.
+template <class Exception, class Call>
+std::string ThrownText(const Call &call)
+{
+    try
+    {
+        call();
+    }
+    catch (const Exception &error)
+    {
+        return error.what();
+    }
+    return "nothing thrown";
 }
 
 // Polls for something that another thread brings about and nothing announces.

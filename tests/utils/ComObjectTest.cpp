@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <thread>
 #include <vector>
+
+#include "utils/Object.h"
 
 namespace
 {
@@ -12,53 +13,21 @@ namespace
 using user_space_frameworks::ComObject;
 using user_space_frameworks::MakeCom;
 
-class TestObject : public ComObject<IMFShutdown, IMFAsyncCallback>
+// clang-format off
+class TestObject : public ComObject<IMFShutdown, IMFAsyncCallback>, private user_space_frameworks::Object
 {
   public:
-    explicit TestObject(std::atomic<int> &liveCount) : live(liveCount)
-    {
-        ++live;
-    }
-    HRESULT STDMETHODCALLTYPE Shutdown() noexcept override
-    {
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetShutdownStatus(MFSHUTDOWN_STATUS *) noexcept override
-    {
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetParameters(DWORD *, DWORD *) noexcept override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *) noexcept override
-    {
-        return S_OK;
-    }
-
-  private:
-    ~TestObject() override
-    {
-        --live;
-    }
-
-    std::atomic<int> &live;
+    TestObject() : Object("Test object") {}
+    HRESULT STDMETHODCALLTYPE Shutdown() noexcept override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE GetShutdownStatus(MFSHUTDOWN_STATUS *) noexcept override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE GetParameters(DWORD *, DWORD *) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *) noexcept override { return S_OK; }
 };
+// clang-format on
 
-class ComObjectTest : public testing::Test
+TEST(ComObjectTest, EveryInterfaceLeadsToTheSameIdentity)
 {
-  protected:
-    void TearDown() override
-    {
-        EXPECT_EQ(0, live);
-    }
-
-    std::atomic<int> live{0};
-};
-
-TEST_F(ComObjectTest, EveryInterfaceLeadsToTheSameIdentity)
-{
-    const ComPtr<TestObject> object = MakeCom<TestObject>(live);
+    const ComPtr<TestObject> object = MakeCom<TestObject>();
     IUnknown *const identity = static_cast<IMFShutdown *>(object.Get());
     const IID interfaces[] = {__uuidof(IUnknown), __uuidof(IMFShutdown), __uuidof(IMFAsyncCallback),
                               __uuidof(IAgileObject), __uuidof(IMarshal)};
@@ -75,26 +44,28 @@ TEST_F(ComObjectTest, EveryInterfaceLeadsToTheSameIdentity)
         EXPECT_EQ(S_OK, face->QueryInterface(IID_PPV_ARGS(&unknown)));
         EXPECT_EQ(identity, unknown.Get());
     }
-    EXPECT_EQ(2u, object->AddRef());
-    EXPECT_EQ(1u, object->Release());
-}
-
-TEST_F(ComObjectTest, UnknownInterfaceAndNullAreRefused)
-{
-    const ComPtr<TestObject> object = MakeCom<TestObject>(live);
-    void *other = &live;
+    void *other = identity;
     EXPECT_EQ(E_NOINTERFACE, object->QueryInterface(__uuidof(IMFSample), &other));
     EXPECT_EQ(nullptr, other);
     EXPECT_EQ(E_POINTER, object->QueryInterface(__uuidof(IUnknown), nullptr));
+
+    // Other apartments unmarshal with the platform's free-threaded class, which hands out the pointer unchanged.
+    constexpr CLSID kInProcFreeMarshaler = {0x0000033A, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+    ComPtr<IMarshal> marshal;
+    CLSID unmarshalClass{};
+    ASSERT_EQ(S_OK, object->QueryInterface(IID_PPV_ARGS(&marshal)));
+    EXPECT_EQ(S_OK, marshal->GetUnmarshalClass(__uuidof(IMFShutdown), identity, MSHCTX_INPROC, nullptr,
+                                               MSHLFLAGS_NORMAL, &unmarshalClass));
+    EXPECT_TRUE(IsEqualCLSID(kInProcFreeMarshaler, unmarshalClass));
 }
 
-TEST_F(ComObjectTest, ReferencesBalanceUnderThreads)
+TEST(ComObjectTest, ReferencesBalanceUnderThreads)
 {
-    ComPtr<TestObject> object = MakeCom<TestObject>(live);
+    ComPtr<TestObject> object = MakeCom<TestObject>();
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
     {
-        threads.emplace_back([copy = ComPtr<TestObject>(object)] {
+        threads.emplace_back([copy = object] {
             for (int round = 0; round < 2000; ++round)
             {
                 // The first rounds race for the marshaler.
@@ -110,22 +81,7 @@ TEST_F(ComObjectTest, ReferencesBalanceUnderThreads)
         thread.join();
     }
     threads.clear();
-    EXPECT_EQ(1, live);
     EXPECT_EQ(0u, object.Detach()->Release());
-}
-
-TEST_F(ComObjectTest, OtherApartmentsGetTheObjectItself)
-{
-    // The class that unmarshals is the platform's free-threaded one, which hands out the pointer unchanged.
-    constexpr CLSID kInProcFreeMarshaler = {0x0000033A, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-    const ComPtr<TestObject> object = MakeCom<TestObject>(live);
-    ComPtr<IMarshal> marshal;
-    ASSERT_EQ(S_OK, object->QueryInterface(IID_PPV_ARGS(&marshal)));
-
-    CLSID unmarshalClass{};
-    EXPECT_EQ(S_OK, marshal->GetUnmarshalClass(__uuidof(IMFShutdown), static_cast<IMFShutdown *>(object.Get()),
-                                               MSHCTX_INPROC, nullptr, MSHLFLAGS_NORMAL, &unmarshalClass));
-    EXPECT_TRUE(IsEqualCLSID(kInProcFreeMarshaler, unmarshalClass));
-}
+} // nothing left alive: checked after every test
 
 } // namespace

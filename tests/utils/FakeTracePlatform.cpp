@@ -2,6 +2,8 @@
 
 #include <cstdarg>
 
+#include <gtest/gtest.h>
+
 namespace tarn_test
 {
 
@@ -115,7 +117,9 @@ ULONG WINAPI FakeEventSetInformation(REGHANDLE, EVENT_INFO_CLASS, PVOID informat
 ULONG WINAPI FakeEventWriteTransfer(REGHANDLE handle, PCEVENT_DESCRIPTOR descriptor, LPCGUID activity, LPCGUID related,
                                     ULONG count, PEVENT_DATA_DESCRIPTOR data)
 {
-    WrittenEvent event{handle, *descriptor, activity != nullptr, {}, related != nullptr, {}, {}};
+    EXPECT_EQ(kStructuredHandle, handle);
+    EXPECT_EQ(nullptr, related);
+    WrittenEvent event{*descriptor, activity != nullptr, {}, {}, {}};
     if (activity != nullptr)
     {
         event.activity = *activity;

@@ -21,11 +21,9 @@ struct WrittenMessage
 
 struct WrittenEvent
 {
-    REGHANDLE handle;
     EVENT_DESCRIPTOR descriptor;
     bool hasActivity;
     GUID activity;
-    bool hasRelatedActivity;
     std::vector<std::string> data; // raw bytes of each descriptor
     std::vector<ULONG> types;
 };

@@ -7,22 +7,22 @@
 #include <stdexcept>
 #include <vector>
 
+#include "tests/support/Expect.h"
+
 namespace
 {
 
 using mft_utils::FpsMonitor;
-using mft_utils::RollingAverage;
 
 TEST(RollingAverageTest, ForgetsWhatIsOlderThan32Values)
 {
-    RollingAverage average;
+    mft_utils::RollingAverage average;
     EXPECT_EQ(0.0, average.Average());
     average.Add(1000000);
     for (int i = 0; i < 31; ++i)
     {
         average.Add(10);
     }
-    EXPECT_EQ(32u, average.Count());
     EXPECT_GT(average.Average(), 10.0);
     average.Add(10);
     EXPECT_EQ(32u, average.Count());
@@ -52,15 +52,14 @@ TEST_F(FpsMonitorTest, ReportsARateOnceAndItsChange)
     EXPECT_EQ(0.0, monitor.FPS());
     Feed(100, 33333);
     EXPECT_EQ((std::vector<long>{30}), reported);
-
     Feed(100, 16667);
     EXPECT_NEAR(60.0, monitor.FPS(), 0.01);
-    ASSERT_GT(reported.size(), 1u);
     EXPECT_EQ(60, reported.back());
-}
 
-TEST_F(FpsMonitorTest, RateBetweenTwoNumbersIsNotReportedAgain)
-{
+    reported.clear();
+    monitor.Reset(30.0); // the expected rate counts as reported
+    Feed(50, 33333);
+    EXPECT_TRUE(reported.empty());
     for (int i = 0; i < 200; ++i)
     {
         Feed(1, i % 2 == 0 ? 33000 : 34700); // 29.5 on average, now a little more, now a little less
@@ -74,37 +73,17 @@ TEST_F(FpsMonitorTest, TimeThatGoesBackStartsAnew)
     time = 0;
     Feed(40, 100000);
     EXPECT_NEAR(10.0, monitor.FPS(), 0.01);
+    for (const double fps : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()})
+    {
+        EXPECT_EQ("FPS must be > 0", tarn_test::ThrownText<std::invalid_argument>([&] { monitor.Reset(fps); })) << fps;
+    }
+    EXPECT_NEAR(10.0, monitor.FPS(), 0.01); // a refused reset changes nothing
 
     monitor.AddSample(time); // twice the same time is no interval
     EXPECT_EQ(0.0, monitor.FPS());
     monitor.AddSample(std::numeric_limits<std::int64_t>::min());
     monitor.AddSample(std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(0.0, monitor.FPS());
-}
-
-TEST_F(FpsMonitorTest, BadResetIsRefusedAndChangesNothing)
-{
-    Feed(10, 33333);
-    for (const double fps : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()})
-    {
-        try
-        {
-            monitor.Reset(fps);
-            ADD_FAILURE() << fps;
-        }
-        catch (const std::invalid_argument &error)
-        {
-            EXPECT_STREQ("FPS must be > 0", error.what());
-        }
-    }
-    EXPECT_NEAR(30.0, monitor.FPS(), 0.01);
-}
-
-TEST_F(FpsMonitorTest, ResetTakesTheExpectedRateAsReported)
-{
-    monitor.Reset(30.0);
-    Feed(50, 33333);
-    EXPECT_TRUE(reported.empty());
 }
 
 } // namespace

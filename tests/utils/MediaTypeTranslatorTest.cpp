@@ -11,47 +11,25 @@ namespace
 using mft_utils::GuidTranslator;
 using mft_utils::MediaTypeTranslator;
 
-class MediaTypeTranslatorTest : public testing::Test
+TEST(MediaTypeTranslatorTest, DescribesWhatTheTypeHasAndListsEveryKindOfValue)
 {
-  protected:
-    void SetUp() override
-    {
-        ASSERT_EQ(S_OK, MFCreateMediaType(type.GetAddressOf()));
-    }
-    void TearDown() override
-    {
-        MediaTypeTranslator::Destroy();
-        GuidTranslator::Destroy();
-    }
-    void CreateTranslators()
-    {
-        ASSERT_EQ(S_OK, GuidTranslator::Create());
-        ASSERT_EQ(S_OK, MediaTypeTranslator::Create());
-    }
-
     ComPtr<IMFMediaType> type;
-};
-
-TEST_F(MediaTypeTranslatorTest, DescribesWhatTheTypeHas)
-{
+    ASSERT_EQ(S_OK, MFCreateMediaType(type.GetAddressOf()));
     EXPECT_EQ("null", MediaTypeTranslator::Describe(nullptr));
     EXPECT_EQ("no subtype", MediaTypeTranslator::Describe(type.Get()));
-
-    CreateTranslators();
-    ASSERT_EQ(S_OK, type->SetGUID(MF_MT_SUBTYPE, MFVideoFormat_L8));
-    ASSERT_EQ(S_OK, MFSetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, 640, 480));
-    ASSERT_EQ(S_OK, MFSetAttributeRatio(type.Get(), MF_MT_FRAME_RATE, 30, 1));
-    EXPECT_EQ("MFVideoFormat_L8 {00000032-0000-0010-8000-00AA00389B71} 640x480 @ 30/1 fps",
-              MediaTypeTranslator::Describe(type.Get()));
-}
-
-TEST_F(MediaTypeTranslatorTest, ListsEveryKindOfValue)
-{
-    const UINT8 blob[20] = {1, 2, 0xFF};
     ASSERT_EQ(S_OK, MFSetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, 640, 480));
     EXPECT_EQ("{1652C33D-D6B2-4012-B834-72030849A37D} = 2748779069920", MediaTypeTranslator::DescribeAll(type.Get()));
 
-    CreateTranslators();
+    ASSERT_EQ(S_OK, GuidTranslator::Create());
+    ASSERT_EQ(S_OK, MediaTypeTranslator::Create());
+    ASSERT_EQ(S_OK, type->SetGUID(MF_MT_SUBTYPE, MFVideoFormat_L8));
+    ASSERT_EQ(S_OK, MFSetAttributeRatio(type.Get(), MF_MT_FRAME_RATE, 30, 1));
+    EXPECT_EQ("MFVideoFormat_L8 {00000032-0000-0010-8000-00AA00389B71} 640x480 @ 30/1 fps",
+              MediaTypeTranslator::Describe(type.Get()));
+
+    const UINT8 blob[20] = {1, 2, 0xFF};
+    ASSERT_EQ(S_OK, type->DeleteItem(MF_MT_SUBTYPE));
+    ASSERT_EQ(S_OK, type->DeleteItem(MF_MT_FRAME_RATE));
     ASSERT_EQ(S_OK, type->SetUINT64(MF_MT_DEPTH_VALUE_UNIT, 125000));
     ASSERT_EQ(S_OK, type->SetUINT32(MF_MT_DEPTH_MEASUREMENT, 0));
     ASSERT_EQ(S_OK, type->SetString(MFT_ENUM_HARDWARE_URL_Attribute, L"caf\u00e9"));
@@ -67,6 +45,8 @@ TEST_F(MediaTypeTranslatorTest, ListsEveryKindOfValue)
               "MF_MT_MAJOR_TYPE = MFMediaType_Video {73646976-0000-0010-8000-00AA00389B71}",
               MediaTypeTranslator::DescribeAll(type.Get()));
     EXPECT_EQ("null", MediaTypeTranslator::DescribeAll(nullptr));
+    MediaTypeTranslator::Destroy();
+    GuidTranslator::Destroy();
 }
 
 } // namespace

