@@ -20,11 +20,13 @@ UvcCommand MakeControl(const ComPtr<IKsControl> &extensionUnit, KSPROPERTY_XU_TA
 } // namespace
 
 const TarnDepthPresets::Step TarnDepthPresets::kSteps[] = {
-    {"laser power", &TarnDepthPresets::SetLaserPower},
-    {"accuracy", &TarnDepthPresets::SetAccuracy},
-    {"motion versus range", &TarnDepthPresets::SetMotionVersusRange},
-    {"filter option", &TarnDepthPresets::SetFilterOption},
-    {"confidence threshold", &TarnDepthPresets::SetConfidenceThreshold},
+    {"laser power", &TarnDepthPresets::SetControl<&TarnDepthPresets::laserPower, &DepthPreset::laserPower>},
+    {"accuracy", &TarnDepthPresets::SetControl<&TarnDepthPresets::accuracy, &DepthPreset::accuracy>},
+    {"motion versus range",
+     &TarnDepthPresets::SetControl<&TarnDepthPresets::motionVersusRange, &DepthPreset::motionVersusRange>},
+    {"filter option", &TarnDepthPresets::SetControl<&TarnDepthPresets::filterOption, &DepthPreset::filterOption>},
+    {"confidence threshold",
+     &TarnDepthPresets::SetControl<&TarnDepthPresets::confidenceThreshold, &DepthPreset::confidenceThreshold>},
     {"auto-range", &TarnDepthPresets::SetAutoRange},
     {"HDR configuration", &TarnDepthPresets::SetHdrConfiguration},
     {"HDR", &TarnDepthPresets::SetHdr},
@@ -105,33 +107,10 @@ TarnDepthPresets::PresetTypes TarnDepthPresets::GetCurrentPreset() const noexcep
     return currentPreset;
 }
 
-HRESULT TarnDepthPresets::SetLaserPower(const DepthPreset &preset)
+template <UvcCommand TarnDepthPresets::*control, std::uint8_t DepthPreset::*value>
+HRESULT TarnDepthPresets::SetControl(const DepthPreset &preset)
 {
-    CHECK_HR(laserPower.Set(&preset.laserPower, sizeof(preset.laserPower)));
-    return S_OK;
-}
-
-HRESULT TarnDepthPresets::SetAccuracy(const DepthPreset &preset)
-{
-    CHECK_HR(accuracy.Set(&preset.accuracy, sizeof(preset.accuracy)));
-    return S_OK;
-}
-
-HRESULT TarnDepthPresets::SetMotionVersusRange(const DepthPreset &preset)
-{
-    CHECK_HR(motionVersusRange.Set(&preset.motionVersusRange, sizeof(preset.motionVersusRange)));
-    return S_OK;
-}
-
-HRESULT TarnDepthPresets::SetFilterOption(const DepthPreset &preset)
-{
-    CHECK_HR(filterOption.Set(&preset.filterOption, sizeof(preset.filterOption)));
-    return S_OK;
-}
-
-HRESULT TarnDepthPresets::SetConfidenceThreshold(const DepthPreset &preset)
-{
-    CHECK_HR(confidenceThreshold.Set(&preset.confidenceThreshold, sizeof(preset.confidenceThreshold)));
+    CHECK_HR((this->*control).Set(&(preset.*value), sizeof(preset.*value)));
     return S_OK;
 }
 

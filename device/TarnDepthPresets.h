@@ -54,11 +54,8 @@ class TarnDepthPresets : public user_space_frameworks::Object
     };
     static const Step kSteps[];
 
-    HRESULT SetLaserPower(const DepthPreset &preset);
-    HRESULT SetAccuracy(const DepthPreset &preset);
-    HRESULT SetMotionVersusRange(const DepthPreset &preset);
-    HRESULT SetFilterOption(const DepthPreset &preset);
-    HRESULT SetConfidenceThreshold(const DepthPreset &preset);
+    template <UvcCommand TarnDepthPresets::*control, std::uint8_t DepthPreset::*value>
+    HRESULT SetControl(const DepthPreset &preset);
     HRESULT SetAutoRange(const DepthPreset &preset);
     HRESULT SetHdrConfiguration(const DepthPreset &preset);
     HRESULT SetHdr(const DepthPreset &preset);
