@@ -7,7 +7,7 @@ function(tarn_share_precompiled_headers)
     return()
   endif()
   target_precompile_headers(
-    tarn_utils PRIVATE "${CMAKE_SOURCE_DIR}/platform/MediaFoundation.h" <atomic> <functional> <memory> <mutex> <string>
+    tarn_base PRIVATE "${CMAKE_BINARY_DIR}/rooms/platform/platform/MediaFoundation.h" <atomic> <functional> <memory> <mutex> <string>
     <thread> <vector>)
   foreach(folder ${ARGN})
     string(REGEX REPLACE "^tests/" "" name ${folder})
@@ -20,8 +20,8 @@ function(tarn_share_precompiled_headers)
       get_target_property(type ${target} TYPE)
       get_target_property(sources ${target} SOURCES)
       get_target_property(definitions ${target} COMPILE_DEFINITIONS) # other macros, another precompiled copy
-      if(type MATCHES "STATIC_LIBRARY|EXECUTABLE" AND NOT target STREQUAL tarn_utils AND NOT sources MATCHES "\\.c(;|$)" AND NOT definitions)
-        target_precompile_headers(${target} REUSE_FROM tarn_utils)
+      if(type MATCHES "STATIC_LIBRARY|EXECUTABLE" AND NOT target STREQUAL tarn_base AND NOT sources MATCHES "\\.c(;|$)" AND NOT definitions)
+        target_precompile_headers(${target} REUSE_FROM tarn_base)
       endif()
     endforeach()
   endforeach()

@@ -1,6 +1,5 @@
 # What every target is compiled and linked with.
 add_library(tarn_options INTERFACE)
-target_include_directories(tarn_options INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
 target_compile_options(tarn_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
                                               -fstack-protector-strong
                                               # GCC 12 sees overlaps that are not there in std::string's operator+.

@@ -4,8 +4,8 @@
 #include <mutex>
 #include <utility>
 
-#include "utils/Guard.h"
-#include "utils/TraceLogging.h"
+#include "trace/Guard.h"
+#include "trace/TraceLogging.h"
 
 using mft_utils::TraceField;
 using mft_utils::TraceLevel;

@@ -11,7 +11,7 @@
 
 #include "core/ITopologyNode.h"
 #include "core/WorkQueueParameters.h"
-#include "utils/CriticalSection.h"
+#include "base/CriticalSection.h"
 
 namespace mft_core
 {

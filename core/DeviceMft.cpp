@@ -7,8 +7,8 @@
 #include "ks/PassthroughKsEventsHandler.h"
 #include "ks/PassthroughKsMethodsHandler.h"
 #include "ks/PassthroughKsPropsHandler.h"
-#include "utils/Guard.h"
-#include "utils/WideString.h"
+#include "trace/Guard.h"
+#include "base/WideString.h"
 
 using mft_utils::EntryPoint;
 using std::make_shared;

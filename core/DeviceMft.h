@@ -17,7 +17,7 @@
 #include "ks/ExtensionUnitKsControl.h"
 #include "ks/KsControlsDispatcher.h"
 #include "ks/KsEventListener.h"
-#include "utils/FreeThreadedMarshaler.h"
+#include "base/FreeThreadedMarshaler.h"
 
 namespace mft_core
 {

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <mutex>
 
-#include "utils/Guard.h"
-#include "utils/HResultFromWin32.h"
-#include "utils/StreamNames.h"
-#include "utils/TraceLogging.h"
+#include "trace/Guard.h"
+#include "base/HResultFromWin32.h"
+#include "trace/StreamNames.h"
+#include "trace/TraceLogging.h"
 
 using mft_utils::EntryExitTrace;
 using mft_utils::EntryPoint;

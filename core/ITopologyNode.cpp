@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "utils/Checked.h"
-#include "utils/Guard.h"
+#include "base/Checked.h"
+#include "trace/Guard.h"
 
 namespace mft_core
 {

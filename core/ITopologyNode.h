@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "core/IPreProcessObserver.h"
-#include "utils/Object.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

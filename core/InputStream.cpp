@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "core/MediaEventGenerator.h"
-#include "utils/Check.h"
-#include "utils/ComException.h"
-#include "utils/GuidTranslator.h"
-#include "utils/MFAttributesParser.h"
-#include "utils/StreamNames.h"
+#include "trace/Check.h"
+#include "base/ComException.h"
+#include "trace/GuidTranslator.h"
+#include "media/MFAttributesParser.h"
+#include "trace/StreamNames.h"
 
 using mft_utils::ComException;
 

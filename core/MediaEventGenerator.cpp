@@ -2,8 +2,8 @@
 
 #include <mutex>
 
-#include "utils/Guard.h"
-#include "utils/MediaEventTranslator.h"
+#include "trace/Guard.h"
+#include "trace/MediaEventTranslator.h"
 
 using mft_utils::EntryPoint;
 

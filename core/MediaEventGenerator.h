@@ -3,8 +3,8 @@
 
 #include "platform/MediaFoundation.h"
 
-#include "utils/CriticalSection.h"
-#include "utils/Object.h"
+#include "base/CriticalSection.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "core/MediaEventGenerator.h"
-#include "utils/Check.h"
-#include "utils/ComException.h"
-#include "utils/MFAttributesParser.h"
-#include "utils/TraceLogging.h"
-#include "utils/WideString.h"
+#include "trace/Check.h"
+#include "base/ComException.h"
+#include "media/MFAttributesParser.h"
+#include "trace/TraceLogging.h"
+#include "base/WideString.h"
 
 using mft_utils::ComException;
 using mft_utils::MFAttributesParser;

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "utils/MediaTypeParser.h"
+#include "media/MediaTypeParser.h"
 
 namespace mft_core
 {

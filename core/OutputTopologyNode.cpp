@@ -3,7 +3,7 @@
 #include <mutex>
 #include <utility>
 
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

@@ -5,7 +5,7 @@
 
 #include "core/ITopologyNode.h"
 #include "core/OutputStream.h"
-#include "utils/CriticalSection.h"
+#include "base/CriticalSection.h"
 
 namespace mft_core
 {

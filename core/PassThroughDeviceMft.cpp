@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "core/PassThroughTopology.h"
-#include "utils/Checked.h"
-#include "utils/Guard.h"
+#include "base/Checked.h"
+#include "trace/Guard.h"
 
 using mft_utils::At;
 

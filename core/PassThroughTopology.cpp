@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "core/TopologySettings.h"
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

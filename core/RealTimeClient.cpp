@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-#include "utils/Guard.h"
+#include "trace/Guard.h"
 
 using mft_utils::EntryPoint;
 

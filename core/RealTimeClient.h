@@ -4,8 +4,8 @@
 #include "platform/RealTimeClientEx.h"
 
 #include "core/WorkQueueParameters.h"
-#include "utils/CriticalSection.h"
-#include "utils/Object.h"
+#include "base/CriticalSection.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

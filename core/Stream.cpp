@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "core/MediaEventGenerator.h"
-#include "utils/Check.h"
-#include "utils/GuidTranslator.h"
-#include "utils/MediaTypeTranslator.h"
-#include "utils/StreamNames.h"
+#include "trace/Check.h"
+#include "trace/GuidTranslator.h"
+#include "trace/MediaTypeTranslator.h"
+#include "trace/StreamNames.h"
 
 using mft_utils::MediaTypeData;
 using mft_utils::MediaTypeParser;

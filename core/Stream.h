@@ -8,8 +8,8 @@
 
 #include "core/ITopologyNode.h"
 #include "core/OutputStreamConfiguration.h"
-#include "utils/CriticalSection.h"
-#include "utils/FpsMonitor.h"
+#include "base/CriticalSection.h"
+#include "media/FpsMonitor.h"
 
 namespace mft_core
 {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "core/AsyncTopologyNode.h"
-#include "utils/Guard.h"
+#include "trace/Guard.h"
 
 namespace mft_core
 {

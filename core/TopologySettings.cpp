@@ -1,6 +1,6 @@
 #include "core/TopologySettings.h"
 
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

@@ -3,7 +3,7 @@
 #include "ks/CompleteSetPropsHandler.h"
 #include "tarn/calibration_table.h"
 #include "tarn/tarn_dmft.h"
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 using std::make_shared;
 

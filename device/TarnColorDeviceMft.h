@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "core/PassThroughDeviceMft.h"
-#include "device/TarnCalibration.h"
+#include "device/calibration/TarnCalibration.h"
 
 namespace mft_core
 {

@@ -5,16 +5,16 @@
 #include <utility>
 #include <vector>
 
-#include "device/FaceLoginFrame.h"
-#include "device/TarnApiVersion.h"
-#include "device/TarnDepthPresetsKsPropertyHandler.h"
-#include "device/TarnHwCommandKsPropertyHandler.h"
+#include "device/topologies/FaceLoginFrame.h"
+#include "device/properties/TarnApiVersion.h"
+#include "device/properties/TarnDepthPresetsKsPropertyHandler.h"
+#include "device/properties/TarnHwCommandKsPropertyHandler.h"
 #include "tarn/tarn_formats.h"
 #include "ks/CompleteSetPropsHandler.h"
 #include "tarn/calibration_table.h"
 #include "tarn/tarn_dmft.h"
-#include "utils/Callback.h"
-#include "utils/Guard.h"
+#include "base/Callback.h"
+#include "trace/Guard.h"
 
 using mft_utils::MediaTypeData;
 using mft_utils::MediaTypeParser;

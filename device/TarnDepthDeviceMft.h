@@ -5,9 +5,9 @@
 
 #include "core/DeviceMft.h"
 #include "core/Topology.h"
-#include "device/FaceAuthKsPropertyHandler.h"
-#include "device/TarnCalibration.h"
-#include "device/TarnConfidenceMapConfig.h"
+#include "device/properties/FaceAuthKsPropertyHandler.h"
+#include "device/calibration/TarnCalibration.h"
+#include "device/properties/TarnConfidenceMapConfig.h"
 #include "device/TarnDepthPresets.h"
 #include "device/TarnDeviceInfo.h"
 #include "device/TarnFwErrorHandler.h"

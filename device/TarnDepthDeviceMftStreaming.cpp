@@ -4,12 +4,12 @@
 #include <mutex>
 #include <utility>
 
-#include "device/TarnDepthDepthTopology.h"
-#include "device/TarnDepthIRTopology.h"
-#include "device/TarnDepthZITopology.h"
+#include "device/topologies/TarnDepthDepthTopology.h"
+#include "device/topologies/TarnDepthIRTopology.h"
+#include "device/topologies/TarnDepthZITopology.h"
 #include "tarn/tarn_formats.h"
-#include "utils/Checked.h"
-#include "utils/Guard.h"
+#include "base/Checked.h"
+#include "trace/Guard.h"
 
 using mft_utils::At;
 using std::make_shared;

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "tarn/tarn_dmft.h"
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

@@ -11,8 +11,8 @@
 #include "device/DepthPresetTable.h"
 #include "ks/IFirmwareCommandPipe.h"
 #include "ks/UvcCommand.h"
-#include "utils/CriticalSection.h"
-#include "utils/Object.h"
+#include "base/CriticalSection.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

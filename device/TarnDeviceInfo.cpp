@@ -10,7 +10,7 @@
 
 #include "device/calibration/Crc32.h"
 #include "tarn/tarn_dmft.h"
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

@@ -7,7 +7,7 @@
 
 #include "ks/IFirmwareCommandPipe.h"
 #include "tarn/device_info.h"
-#include "utils/Object.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "tarn/firmware_errors.h"
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

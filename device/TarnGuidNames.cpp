@@ -4,8 +4,8 @@
 
 #include "tarn/tarn_dmft.h"
 #include "tarn/tarn_formats.h"
-#include "utils/GuidTranslator.h"
-#include "utils/KsIdentifierTranslator.h"
+#include "trace/GuidTranslator.h"
+#include "trace/KsIdentifierTranslator.h"
 
 namespace mft_core
 {

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "ks/KsRequest.h"
-#include "utils/Guard.h"
-#include "utils/GuidTranslator.h"
+#include "trace/Guard.h"
+#include "trace/GuidTranslator.h"
 
 namespace mft_core
 {

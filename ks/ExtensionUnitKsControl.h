@@ -3,8 +3,8 @@
 
 #include "platform/MediaFoundation.h"
 
-#include "utils/ComObject.h"
-#include "utils/Object.h"
+#include "base/ComObject.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

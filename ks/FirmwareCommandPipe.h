@@ -6,7 +6,7 @@
 
 #include "ks/IFirmwareCommandPipe.h"
 #include "ks/UvcCommand.h"
-#include "utils/CriticalSection.h"
+#include "base/CriticalSection.h"
 
 namespace mft_core
 {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "utils/Trace.h"
+#include "trace/Trace.h"
 
 namespace mft_core
 {

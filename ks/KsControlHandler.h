@@ -4,7 +4,7 @@
 #include "platform/MediaFoundation.h"
 
 #include "ks/KsControlKind.h"
-#include "utils/Object.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

@@ -1,7 +1,7 @@
 // Kind of a KS handler: selects how its identifier is spelled in traces.
 #pragma once
 
-#include "utils/KsIdentifierTranslator.h"
+#include "trace/KsIdentifierTranslator.h"
 
 namespace mft_core
 {

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "ks/KsRequest.h"
-#include "utils/Guard.h"
-#include "utils/TraceLogging.h"
+#include "trace/Guard.h"
+#include "trace/TraceLogging.h"
 
 namespace mft_core
 {

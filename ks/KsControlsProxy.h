@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ks/KsControlsSubject.h"
-#include "utils/ComObject.h"
+#include "base/ComObject.h"
 
 namespace mft_core
 {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "utils/Guard.h"
+#include "trace/Guard.h"
 
 namespace mft_core
 {

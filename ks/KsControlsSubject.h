@@ -5,7 +5,7 @@
 
 #include "ks/IKsControlsObserver.h"
 #include "ks/ObserverList.h"
-#include "utils/Object.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "ks/KsRequest.h"
-#include "utils/Check.h"
-#include "utils/HResultFromWin32.h"
+#include "trace/Check.h"
+#include "base/HResultFromWin32.h"
 
 namespace mft_core
 {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "ks/KsControlHandler.h"
-#include "utils/CriticalSection.h"
-#include "utils/UniqueHandle.h"
+#include "base/CriticalSection.h"
+#include "base/UniqueHandle.h"
 
 namespace mft_core
 {

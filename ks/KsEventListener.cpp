@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "ks/MFPutWaitingWorkItemWrapper.h"
-#include "utils/Guard.h"
-#include "utils/HResultFromWin32.h"
+#include "trace/Guard.h"
+#include "base/HResultFromWin32.h"
 
 namespace mft_core
 {

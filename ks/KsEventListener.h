@@ -10,9 +10,9 @@
 #include "ks/KsEventsObserver.h"
 #include "ks/ObserverList.h"
 #include "ks/WaitWorkItemWrapper.h"
-#include "utils/ComObject.h"
-#include "utils/CriticalSection.h"
-#include "utils/UniqueHandle.h"
+#include "base/ComObject.h"
+#include "base/CriticalSection.h"
+#include "base/UniqueHandle.h"
 
 namespace mft_core
 {

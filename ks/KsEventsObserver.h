@@ -1,7 +1,7 @@
 // Someone who wants to hear each time the camera signals an event.
 #pragma once
 
-#include "utils/Object.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

@@ -3,8 +3,8 @@
 #include <mutex>
 #include <utility>
 
-#include "utils/ComObject.h"
-#include "utils/Guard.h"
+#include "base/ComObject.h"
+#include "trace/Guard.h"
 
 namespace mft_core
 {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ks/WaitWorkItemWrapper.h"
-#include "utils/CriticalSection.h"
+#include "base/CriticalSection.h"
 
 namespace mft_core
 {

@@ -9,7 +9,7 @@
 
 #include "platform/MediaFoundation.h"
 
-#include "utils/CriticalSection.h"
+#include "base/CriticalSection.h"
 
 namespace mft_core
 {

@@ -3,8 +3,8 @@
 #include <mutex>
 
 #include "ks/KsRequest.h"
-#include "utils/Check.h"
-#include "utils/HResultFromWin32.h"
+#include "trace/Check.h"
+#include "base/HResultFromWin32.h"
 
 namespace mft_core
 {

@@ -3,7 +3,7 @@
 #include <mutex>
 
 #include "ks/KsRequest.h"
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

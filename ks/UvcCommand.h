@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include "utils/Object.h"
+#include "base/Object.h"
 
 namespace mft_core
 {

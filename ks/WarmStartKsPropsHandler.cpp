@@ -3,7 +3,7 @@
 #include "platform/ExtendedCameraControl.h"
 
 #include "ks/KsRequest.h"
-#include "utils/Check.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {

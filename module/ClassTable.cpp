@@ -2,8 +2,8 @@
 
 #include "device/TarnColorDeviceMft.h"
 #include "device/TarnDepthDeviceMft.h"
-#include "utils/ComObject.h"
-#include "utils/Guard.h"
+#include "base/ComObject.h"
+#include "trace/Guard.h"
 
 using user_space_frameworks::MakeCom;
 

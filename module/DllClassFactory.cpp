@@ -1,6 +1,6 @@
 #include "module/DllClassFactory.h"
 
-#include "utils/Guard.h"
+#include "trace/Guard.h"
 
 namespace mft_utils
 {

@@ -9,7 +9,7 @@
 #include "module/ModuleHandle.h"
 #include "module/ProcessAttach.h"
 #include "module/Registration.h"
-#include "utils/Guard.h"
+#include "trace/Guard.h"
 
 using namespace mft_utils;
 

@@ -2,11 +2,11 @@
 
 #include "device/TarnGuidNames.h"
 #include "module/ModuleHandle.h"
-#include "utils/Check.h"
-#include "utils/GuidTranslator.h"
-#include "utils/KsIdentifierTranslator.h"
-#include "utils/MediaTypeTranslator.h"
-#include "utils/Tracing.h"
+#include "trace/Check.h"
+#include "trace/GuidTranslator.h"
+#include "trace/KsIdentifierTranslator.h"
+#include "trace/MediaTypeTranslator.h"
+#include "trace/Tracing.h"
 
 namespace mft_utils
 {

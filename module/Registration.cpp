@@ -5,8 +5,8 @@
 #include <array>
 #include <cwchar>
 
-#include "utils/Check.h"
-#include "utils/HResultFromWin32.h"
+#include "trace/Check.h"
+#include "base/HResultFromWin32.h"
 
 namespace mft_utils
 {

@@ -1,8 +1,8 @@
 #include "nodes/BufferConvertingTopologyNode.h"
 
-#include "nodes/LockedBuffer.h"
-#include "utils/Check.h"
-#include "utils/IMFSampleUtils.h"
+#include "media/LockedBuffer.h"
+#include "trace/Check.h"
+#include "media/IMFSampleUtils.h"
 
 namespace mft_core
 {

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "nodes/SampleActivity.h"
-#include "utils/Check.h"
-#include "utils/Guard.h"
+#include "trace/Check.h"
+#include "trace/Guard.h"
 
 namespace mft_core
 {

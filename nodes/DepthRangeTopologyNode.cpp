@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "nodes/SampleActivity.h"
-#include "utils/Check.h"
-#include "utils/ComException.h"
+#include "trace/Check.h"
+#include "base/ComException.h"
 
 namespace mft_core
 {

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "utils/Check.h"
-#include "utils/IMFSampleUtils.h"
-#include "utils/MediaBufferWrapper.h"
+#include "trace/Check.h"
+#include "media/IMFSampleUtils.h"
+#include "media/MediaBufferWrapper.h"
 
 namespace mft_core
 {

@@ -6,7 +6,7 @@
 #include "kernels/Resize.h"
 #include "nodes/FrameSize.h"
 #include "nodes/ImageConvertingTopologyNode.h"
-#include "utils/CriticalSection.h"
+#include "base/CriticalSection.h"
 
 namespace mft_core
 {

@@ -4,9 +4,9 @@
 
 #include "kernels/Threshold.h"
 #include "nodes/SampleActivity.h"
-#include "utils/Check.h"
-#include "utils/Guard.h"
-#include "utils/MediaBufferWrapper.h"
+#include "trace/Check.h"
+#include "trace/Guard.h"
+#include "media/MediaBufferWrapper.h"
 
 namespace mft_core
 {

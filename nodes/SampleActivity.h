@@ -3,7 +3,7 @@
 
 #include "platform/MediaFoundation.h"
 
-#include "utils/TraceLogging.h"
+#include "trace/TraceLogging.h"
 
 namespace mft_core
 {

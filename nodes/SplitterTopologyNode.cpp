@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "nodes/SampleActivity.h"
-#include "utils/Check.h"
-#include "utils/IMFSampleUtils.h"
+#include "trace/Check.h"
+#include "media/IMFSampleUtils.h"
 
 namespace mft_core
 {

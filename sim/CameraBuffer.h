@@ -8,7 +8,7 @@
 #include <memory>
 #include <mutex>
 
-#include "utils/ComObject.h"
+#include "base/ComObject.h"
 
 namespace tarn_sim
 {

@@ -17,7 +17,7 @@
 #include "sim/FirmwareState.h"
 #include "sim/FrameSink.h"
 #include "sim/KsCall.h"
-#include "utils/ComObject.h"
+#include "base/ComObject.h"
 
 namespace tarn_sim
 {

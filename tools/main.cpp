@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "tools/CommandLine.h"
-#include "tools/DemoCommand.h"
-#include "tools/KsCommand.h"
-#include "tools/NodeCommand.h"
-#include "tools/StreamCommand.h"
-#include "tools/Text.h"
+#include "tools/command/CommandLine.h"
+#include "tools/runs/DemoCommand.h"
+#include "tools/ks/KsCommand.h"
+#include "tools/nodes/NodeCommand.h"
+#include "tools/runs/StreamCommand.h"
+#include "tools/command/Text.h"
 
 int wmain(int argumentCount, wchar_t **arguments)
 {

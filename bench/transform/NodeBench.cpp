@@ -14,11 +14,11 @@
 #include <tarn/tarn_dmft.h>
 
 #include "bench/Task.h"
-#include "device/CropMmTopologyNode.h"
-#include "device/SharpeningTopologyNode.h"
-#include "device/TarnConfidenceMapConfig.h"
-#include "device/TarnConfidenceMapTopologyNode.h"
-#include "device/TarnIr10to8TopologyNode.h"
+#include "nodes/CropMmTopologyNode.h"
+#include "nodes/SharpeningTopologyNode.h"
+#include "device/properties/TarnConfidenceMapConfig.h"
+#include "device/nodes/TarnConfidenceMapTopologyNode.h"
+#include "device/nodes/TarnIr10to8TopologyNode.h"
 #include "kernels/InstructionSet.h"
 #include "nodes/Crop16BitTopologyNode.h"
 #include "nodes/ImageResizeTopologyNode.h"

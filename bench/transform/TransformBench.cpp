@@ -11,8 +11,8 @@
 #include "core/PassThroughDeviceMft.h"
 #include "sim/SimulatedCamera.h"
 #include "tests/core/AsyncDeviceMft.h"
-#include "utils/Check.h"
-#include "utils/ComObject.h"
+#include "trace/Check.h"
+#include "base/ComObject.h"
 
 using mft_core::PassThroughDeviceMft;
 using user_space_frameworks::ComObject;

@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/core/TestParts.h"
-#include "tests/utils/TraceLines.h"
+#include "tests/trace/TraceLines.h"
 
 using mft_core::AsyncTopologyNode;
 using mft_core::WorkQueueParameters;

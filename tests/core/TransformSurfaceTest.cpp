@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/TestFrameServer.h"
-#include "tests/utils/TraceLines.h"
+#include "tests/trace/TraceLines.h"
 
 using mft_core::PassThroughDeviceMft;
 using tarn_sim::SimulatedCamera;

@@ -11,8 +11,8 @@
 #include "sim/SimulatedCamera.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/support/Expect.h"
-#include "utils/ComObject.h"
-#include "utils/DebugTraceSink.h"
+#include "base/ComObject.h"
+#include "trace/DebugTraceSink.h"
 
 namespace tarn_test
 {

@@ -15,8 +15,8 @@
 #include "tests/core/FailureSession.h"
 #include "tests/device/FlatScene.h"
 #include "tests/support/Expect.h"
-#include "utils/MediaTypeParser.h"
-#include "utils/TakeReference.h"
+#include "media/MediaTypeParser.h"
+#include "base/TakeReference.h"
 
 using tarn_sim::SimulatedCamera;
 using tarn_test::Failing;

@@ -9,7 +9,7 @@
 #include "sim/CameraIdentifiers.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/support/TestFrameServer.h"
-#include "utils/MediaTypeParser.h"
+#include "media/MediaTypeParser.h"
 
 namespace tarn_test
 {

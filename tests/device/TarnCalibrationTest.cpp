@@ -1,4 +1,4 @@
-#include "device/TarnCalibration.h"
+#include "device/calibration/TarnCalibration.h"
 
 #include "platform/CameraAttributes.h"
 

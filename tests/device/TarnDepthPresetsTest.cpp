@@ -3,7 +3,7 @@
 #include <thread>
 #include <vector>
 
-#include "device/TarnDepthPresetsKsPropertyHandler.h"
+#include "device/properties/TarnDepthPresetsKsPropertyHandler.h"
 #include "tests/device/DepthCamera.h"
 
 using mft_core::DepthPreset;

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "tarn/tarn_dmft.h"
-#include "utils/GuidTranslator.h"
-#include "utils/KsIdentifierTranslator.h"
+#include "trace/GuidTranslator.h"
+#include "trace/KsIdentifierTranslator.h"
 
 namespace
 {

@@ -9,10 +9,10 @@
 #include <memory>
 #include <random>
 
-#include "device/FaceAuthKsPropertyHandler.h"
-#include "device/TarnApiVersion.h"
-#include "device/TarnConfidenceMapConfig.h"
-#include "device/TarnHwCommandKsPropertyHandler.h"
+#include "device/properties/FaceAuthKsPropertyHandler.h"
+#include "device/properties/TarnApiVersion.h"
+#include "device/properties/TarnConfidenceMapConfig.h"
+#include "device/properties/TarnHwCommandKsPropertyHandler.h"
 #include "ks/CompleteSetPropsHandler.h"
 #include "ks/ExtensionUnitKsControl.h"
 #include "ks/FirmwareCommandPipe.h"
@@ -27,8 +27,8 @@
 #include "tests/kernels/GuardedMemory.h"
 #include "tests/ks/FakeFilter.h"
 #include "tests/ks/TestDevice.h"
-#include "utils/DebugTraceSink.h"
-#include "utils/UniqueHandle.h"
+#include "trace/DebugTraceSink.h"
+#include "base/UniqueHandle.h"
 
 using namespace mft_core;
 using user_space_frameworks::MakeCom;

@@ -8,7 +8,7 @@
 #include <mutex>
 #include <vector>
 
-#include "utils/ComObject.h"
+#include "base/ComObject.h"
 
 namespace tarn_test
 {

@@ -11,7 +11,7 @@
 #include "tests/ks/FakeFilter.h"
 #include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"
-#include "utils/ComObject.h"
+#include "base/ComObject.h"
 
 using namespace mft_core;
 using namespace tarn_test;

@@ -6,8 +6,8 @@
 #include "tests/support/HandleCount.h"
 #include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"
-#include "utils/ComObject.h"
-#include "utils/UniqueHandle.h"
+#include "base/ComObject.h"
+#include "base/UniqueHandle.h"
 
 using namespace mft_core;
 using namespace tarn_test;

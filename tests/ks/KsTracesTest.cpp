@@ -1,13 +1,13 @@
 // Texts of the trace that support tools search for.
 #include <algorithm>
 
-#include "device/TarnHwCommandKsPropertyHandler.h"
+#include "device/properties/TarnHwCommandKsPropertyHandler.h"
 #include "ks/PassthroughKsPropsHandler.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/ks/FakeFilter.h"
 #include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"
-#include "tests/utils/TraceLines.h"
+#include "tests/trace/TraceLines.h"
 
 using namespace mft_core;
 using namespace tarn_test;

@@ -5,16 +5,16 @@
 
 #include "platform/ExtendedCameraControl.h"
 
-#include "device/FaceAuthKsPropertyHandler.h"
-#include "device/TarnApiVersion.h"
-#include "device/TarnConfidenceMapConfig.h"
-#include "device/TarnHwCommandKsPropertyHandler.h"
+#include "device/properties/FaceAuthKsPropertyHandler.h"
+#include "device/properties/TarnApiVersion.h"
+#include "device/properties/TarnConfidenceMapConfig.h"
+#include "device/properties/TarnHwCommandKsPropertyHandler.h"
 #include "ks/FirmwareCommandPipe.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/ks/FakeFilter.h"
 #include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"
-#include "utils/ComObject.h"
+#include "base/ComObject.h"
 
 using namespace mft_core;
 using namespace tarn_test;

@@ -1,4 +1,5 @@
-"""Checks what a reader relies on: folders include only what stands below them, headers are guarded, files stay short.
+"""Checks what a reader relies on: folders include only what stands below them, headers are guarded, files stay short,
+a source file includes its own header first, and includes come in one order.
 
 usage: check_layout.py ROOT
 """
@@ -7,7 +8,7 @@ import os
 import re
 import sys
 
-ORDER = ["module", "device", "nodes", "core", "recorder", "ks", "utils", "platform"]
+ORDER = ["module", "device", "nodes", "core", "recorder", "ks", "media", "trace", "base", "platform"]
 # What a folder may include besides those after it in ORDER and itself.
 EXTRA = {
     "device": {"kernels", "tarn"},
@@ -15,21 +16,41 @@ EXTRA = {
     "module": {"tarn"},
     "ks": {"tarn"},
     "kernels": set(),
-    "sim": {"platform", "utils", "tarn"},
-    # The node command shows single nodes; everything else in tools knows the module through COM.
-    "tools": {"platform", "utils", "sim", "tarn"},
+    "sim": {"platform", "base", "tarn"},
+    # Everything in tools knows the module through COM, but for the command that shows single nodes.
+    "tools": {"platform", "base", "sim", "tarn"},
+    "tools/nodes": {"platform", "base", "trace", "media", "core", "nodes", "device", "kernels", "sim", "tools"},
 }
-NODE_COMMAND = {"nodes", "device", "core", "kernels"}
-LONGEST = 500
+LONGEST = 400
 
 
-def allowed(folder, path):
+def allowed(folder, shown):
+    inner = os.path.dirname(shown)
+    if "/" in inner and inner in EXTRA:
+        return EXTRA[inner]
     names = {folder} | EXTRA.get(folder, set())
     if folder in ORDER:
         names |= set(ORDER[ORDER.index(folder):])
-    if folder == "tools" and os.path.basename(path).startswith("Node"):
-        names |= NODE_COMMAND
     return names
+
+
+def kind(line):
+    """0 own platform declarations, 1 system and standard headers, 2 ours."""
+    if line.startswith("#include <"):
+        return 1
+    return 0 if line.startswith('#include "platform/') else 2
+
+
+def include_errors(lines, shown):
+    """One order: the file's own header, platform, the system's and the standard's, ours."""
+    includes = [line for line in lines if line.startswith("#include ")]
+    own = f'#include "{os.path.splitext(shown)[0]}.h"'
+    if shown.endswith(".cpp") and own in includes:
+        if includes[0] != own:
+            return [f"{shown}: its own header comes first"]
+        includes = includes[1:]
+    kinds = [kind(line) for line in includes]
+    return [f"{shown}: includes out of order"] if kinds != sorted(kinds) else []
 
 
 def main():
@@ -49,11 +70,12 @@ def main():
                     errors.append(f"{shown}: {len(lines)} lines, {LONGEST} is the end")
                 if name.endswith(".h") and not any(line == "#pragma once" for line in lines):
                     errors.append(f"{shown}: no include guard")
+                errors += include_errors(lines, shown)
                 for number, line in enumerate(lines, 1):
                     match = re.match(r'#include "([^/"]+)/', line)
                     if match:
                         includes += 1
-                        if match.group(1) not in allowed(folder, path):
+                        if match.group(1) not in allowed(folder, shown):
                             errors.append(f"{shown}:{number}: {folder} must not include {match.group(1)}")
     for error in errors:
         print(error)

@@ -5,14 +5,14 @@
 #include <stdexcept>
 #include <thread>
 
-#include "device/CropMmTopologyNode.h"
-#include "device/SharpeningTopologyNode.h"
-#include "device/TarnIr10to8TopologyNode.h"
+#include "nodes/CropMmTopologyNode.h"
+#include "nodes/SharpeningTopologyNode.h"
+#include "device/nodes/TarnIr10to8TopologyNode.h"
 #include "nodes/Crop16BitTopologyNode.h"
 #include "nodes/ImageResizeTopologyNode.h"
 #include "nodes/SampleCopyTopologyNode.h"
 #include "tests/support/Expect.h"
-#include "tests/utils/TraceLines.h"
+#include "tests/trace/TraceLines.h"
 
 using namespace mft_core;
 using namespace tarn_test;

@@ -10,7 +10,7 @@
 
 #include "core/ITopologyNode.h"
 #include "tests/kernels/GuardedMemory.h"
-#include "utils/ComObject.h"
+#include "base/ComObject.h"
 
 namespace tarn_test
 {

@@ -6,10 +6,10 @@
 #include <limits>
 #include <stdexcept>
 
-#include "device/CropMmTopologyNode.h"
-#include "device/SharpeningTopologyNode.h"
-#include "device/TarnConfidenceMapTopologyNode.h"
-#include "device/TarnIr10to8TopologyNode.h"
+#include "nodes/CropMmTopologyNode.h"
+#include "nodes/SharpeningTopologyNode.h"
+#include "device/nodes/TarnConfidenceMapTopologyNode.h"
+#include "device/nodes/TarnIr10to8TopologyNode.h"
 #include "nodes/Crop16BitTopologyNode.h"
 #include "nodes/ImageResizeTopologyNode.h"
 #include "nodes/ImageThresholdTopologyNode.h"

@@ -9,12 +9,12 @@
 #include <tarn/frame_metadata.h>
 #include <tarn/tarn_dmft.h>
 
-#include "device/TarnConfidenceMapTopologyNode.h"
-#include "device/TarnIrIlluminationTopologyNode.h"
+#include "device/nodes/TarnConfidenceMapTopologyNode.h"
+#include "device/nodes/TarnIrIlluminationTopologyNode.h"
 #include "nodes/DepthRangeTopologyNode.h"
 #include "nodes/ImageThresholdTopologyNode.h"
 #include "tests/support/Expect.h"
-#include "utils/ComException.h"
+#include "base/ComException.h"
 
 using namespace mft_core;
 using namespace tarn_test;

@@ -1,9 +1,9 @@
-#include "tools/NodeChain.h"
+#include "tools/nodes/NodeChain.h"
 
 #include <numeric>
 
 #include "tests/support/Expect.h"
-#include "tools/ExitCode.h"
+#include "tools/command/ExitCode.h"
 
 using tarn_host::ImageFrame;
 using tarn_host::NodeChain;

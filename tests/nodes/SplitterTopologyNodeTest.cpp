@@ -6,7 +6,7 @@
 
 #include <tarn/frame_metadata.h>
 
-#include "device/TarnIrIlluminationTopologyNode.h"
+#include "device/nodes/TarnIrIlluminationTopologyNode.h"
 #include "tests/nodes/FrameMemory.h"
 #include "tests/support/Expect.h"
 

@@ -9,7 +9,7 @@
 
 #include "sim/SimulatedCamera.h"
 #include "tests/support/Expect.h"
-#include "utils/TakeReference.h"
+#include "base/TakeReference.h"
 
 namespace tarn_test
 {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/Expect.h"
-#include "utils/Object.h"
+#include "base/Object.h"
 
 namespace
 {

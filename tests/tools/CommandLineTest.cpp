@@ -1,4 +1,4 @@
-#include "tools/CommandLine.h"
+#include "tools/command/CommandLine.h"
 
 #include <CLI/CLI.hpp>
 #include <gtest/gtest.h>
@@ -8,9 +8,9 @@
 #include <sstream>
 
 #include "TemporaryFolder.h"
-#include "tools/StreamCommand.h"
-#include "tools/Text.h"
-#include "tools/VideoSize.h"
+#include "tools/runs/StreamCommand.h"
+#include "tools/command/Text.h"
+#include "tools/command/VideoSize.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
-#include "tools/ContactSheet.h"
+#include "tools/pictures/ContactSheet.h"
 
 #include <gtest/gtest.h>
 
-#include "tools/FalseColour.h"
-#include "tools/LevelRange.h"
+#include "tools/pictures/FalseColour.h"
+#include "tools/pictures/LevelRange.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "tools/FrameGallery.h"
+#include "tools/pictures/FrameGallery.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/FrameWriter.h"
+#include "tools/pictures/FrameWriter.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -9,7 +9,7 @@
 
 #include "TemporaryFolder.h"
 #include "tarn/sample_attributes.h"
-#include "tools/ExitCode.h"
+#include "tools/command/ExitCode.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "tools/KsCommand.h"
+#include "tools/ks/KsCommand.h"
 
 #include <CLI/CLI.hpp>
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@
 #include "device/TarnColorDeviceMft.h"
 #include "sim/DeviceInfo.h"
 #include "tests/device/DepthServer.h"
-#include "tools/CommandLine.h"
-#include "tools/KsText.h"
+#include "tools/command/CommandLine.h"
+#include "tools/ks/KsText.h"
 
 namespace
 {

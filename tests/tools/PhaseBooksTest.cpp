@@ -1,8 +1,8 @@
-#include "tools/PhaseBooks.h"
+#include "tools/runs/PhaseBooks.h"
 
 #include <gtest/gtest.h>
 
-#include "tools/ExitCode.h"
+#include "tools/command/ExitCode.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "tools/Picture.h"
+#include "tools/pictures/Picture.h"
 
 #include <gtest/gtest.h>
 #include <stb/stb_image.h>
@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "TemporaryFolder.h"
-#include "tools/ExitCode.h"
+#include "tools/command/ExitCode.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "tools/StreamReport.h"
+#include "tools/runs/StreamReport.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-#include "tools/StreamStatistics.h"
+#include "tools/runs/StreamStatistics.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-#include "tools/Text.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host_test
 {

@@ -1,4 +1,4 @@
-#include "tools/Thumbnail.h"
+#include "tools/pictures/Thumbnail.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,71 @@
+#include "device/nodes/TarnCalibrationTopologyNode.h"
+
+#include "platform/CameraAttributes.h"
+
+#include <utility>
+
+#include "nodes/SampleActivity.h"
+#include "trace/Check.h"
+#include "base/ComException.h"
+
+using mft_utils::ComException;
+
+namespace mft_core
+{
+
+namespace
+{
+// Empty when the store does not have the blob.
+std::vector<UINT8> ReadBlob(IMFAttributes *attributes, const GUID &key)
+{
+    UINT32 size = 0;
+    if (FAILED(attributes->GetBlobSize(key, &size)) || size == 0)
+    {
+        return {};
+    }
+    std::vector<UINT8> blob(size);
+    if (const HRESULT result = attributes->GetBlob(key, blob.data(), size, nullptr); FAILED(result))
+    {
+        throw ComException(result, "Failed to read a camera record");
+    }
+    return blob;
+}
+
+HRESULT WriteBlob(IMFSample *sample, const GUID &key, const std::vector<UINT8> &blob)
+{
+    if (!blob.empty())
+    {
+        CHECK_HR(sample->SetBlob(key, blob.data(), static_cast<UINT32>(blob.size())));
+    }
+    return S_OK;
+}
+} // namespace
+
+TarnCalibrationTopologyNode::TarnCalibrationTopologyNode(std::shared_ptr<ITopologyNode> successor,
+                                                         const OutputStream &stream)
+    : ITopologyNode(std::move(successor), "Tarn calibration topology node")
+{
+    ComPtr<IMFAttributes> attributes;
+    if (const HRESULT result = stream.GetAttributes(attributes.GetAddressOf()); FAILED(result))
+    {
+        throw ComException(result, "Failed to get the stream's attributes");
+    }
+    intrinsics = ReadBlob(attributes.Get(), MFStreamExtension_PinholeCameraIntrinsics);
+    extrinsics = ReadBlob(attributes.Get(), MFStreamExtension_CameraExtrinsics);
+}
+
+HRESULT TarnCalibrationTopologyNode::ProcessSample(IMFSample *sample)
+{
+    CHECK_POINTER(sample);
+    const SampleActivity activity("mft_core::TarnCalibrationTopologyNode::ProcessSample", sample);
+    const HRESULT written[] = {WriteBlob(sample, MFSampleExtension_PinholeCameraIntrinsics, intrinsics),
+                               WriteBlob(sample, MFSampleExtension_CameraExtrinsics, extrinsics)};
+    if (FAILED(written[0]) || FAILED(written[1]))
+    {
+        TRACE_ERROR("%s: the sample goes without a camera record", GetName());
+    }
+    HandOn(sample);
+    return S_OK;
+}
+
+} // namespace mft_core

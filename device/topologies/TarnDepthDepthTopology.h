@@ -1,0 +1,24 @@
+// Serves the depth output alone, with or without confidence map.
+#pragma once
+
+#include "core/Topology.h"
+#include "core/WorkQueueParameters.h"
+#include "device/properties/TarnConfidenceMapConfig.h"
+
+namespace mft_core
+{
+
+class TarnDepthDepthTopology : public Topology
+{
+  public:
+    explicit TarnDepthDepthTopology(const std::string &ownerName);
+
+    // Asks for input of the output's size and rate: depth with confidence while the map is enabled, else depth alone.
+    // MF_E_INVALIDMEDIATYPE for a type that the output does not offer, E_FAIL when the pin has no matching one; the
+    // constructors of the nodes may throw. The object is only good for release then.
+    HRESULT Init(std::shared_ptr<InputStream> inputStream, std::shared_ptr<OutputStream> depthOutStream,
+                 IMFMediaType *nextMediaType, const WorkQueueParameters &wqParams,
+                 std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler);
+};
+
+} // namespace mft_core

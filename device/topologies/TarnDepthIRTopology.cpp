@@ -1,0 +1,160 @@
+#include "device/topologies/TarnDepthIRTopology.h"
+
+#include <utility>
+
+#include "core/AsyncTopologyNode.h"
+#include "core/TopologySettings.h"
+#include "nodes/CropMmTopologyNode.h"
+#include "device/topologies/FaceLoginFrame.h"
+#include "nodes/SharpeningTopologyNode.h"
+#include "device/nodes/TarnCalibrationTopologyNode.h"
+#include "device/nodes/TarnDepthMetadataTopologyNode.h"
+#include "device/nodes/TarnDepthPrivacyTopologyNode.h"
+#include "device/nodes/TarnFrameFormatTopologyNode.h"
+#include "device/nodes/TarnIr10to8TopologyNode.h"
+#include "device/nodes/TarnIrIlluminationTopologyNode.h"
+#include "tarn/tarn_formats.h"
+#include "nodes/Crop16BitTopologyNode.h"
+#include "nodes/ImageResizeTopologyNode.h"
+#include "nodes/ImageThresholdTopologyNode.h"
+#include "trace/Check.h"
+
+using mft_utils::MediaTypeData;
+using mft_utils::MediaTypeParser;
+using std::make_shared;
+
+namespace mft_core
+{
+
+namespace
+{
+constexpr UINT32 kFaceLoginInputFps = 60;
+constexpr UINT32 kFaceLoginInputWidth = 640;
+constexpr UINT32 kFaceLoginInputHeight = 480;
+// Side of the square that is cut out and sharpened, and of what is left of it without the sharpening's border.
+constexpr std::int32_t kSharpenedSide = 434;
+constexpr std::uint32_t kResizedSide = 415;
+constexpr std::uint16_t kLargestInfrared = 1023; // of 10 bits; the sharpening overshoots
+} // namespace
+
+TarnDepthIRTopology::TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
+                                         std::shared_ptr<TarnDepthPresets> presetsController)
+    : Topology(ownerName + " IR Standalone Topology"), faceAuthMode(isFaceAuthMode),
+      depthPresetsController(std::move(presetsController))
+{
+}
+
+HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std::shared_ptr<OutputStream> irOutStream,
+                                  IMFMediaType *nextMediaType, const WorkQueueParameters &wqParams)
+{
+    CHECK_POINTER(depthPresetsController);
+    const TopologySettings settings{inputStream, {{irOutStream, nextMediaType}}};
+    CHECK_HR(settings.Validate());
+    MediaTypeData outputMtData;
+    CHECK_HR(MediaTypeParser::GetMediaTypeData(outputMtData, nextMediaType));
+    ComPtr<IMFMediaType> inputMediaType;
+    CHECK_HR(FindInputMediaType(inputMediaType.GetAddressOf(), *inputStream, outputMtData));
+    MediaTypeData inputMtData;
+    CHECK_HR(MediaTypeParser::GetMediaTypeData(inputMtData, inputMediaType.Get()));
+
+    // From the end: each node is given its successor.
+    const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(AddOutput(irOutStream));
+    const auto calibration = make_shared<TarnCalibrationTopologyNode>(metadata, *irOutStream);
+    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration);
+    const auto illumination = make_shared<TarnIrIlluminationTopologyNode>(privacy);
+    const auto tenToEight = make_shared<TarnIr10to8TopologyNode>(
+        illumination, static_cast<std::int32_t>(outputMtData.width), static_cast<std::int32_t>(outputMtData.height));
+    std::shared_ptr<ITopologyNode> first;
+    if (faceAuthMode)
+    {
+        first = AddFaceLoginNodes(tenToEight, inputMtData, outputMtData);
+    }
+    else
+    {
+        first = make_shared<Crop16BitTopologyNode>(tenToEight, inputMtData.width, inputMtData.height,
+                                                   outputMtData.width, outputMtData.height);
+    }
+    const TarnFrameFormatTopologyNode::Format faceLogin{CUSTOM_GUID_KELP_FACE_LOGIN, 2};
+    const TarnFrameFormatTopologyNode::Format ordinary{CUSTOM_GUID_KELP_ZI, 4};
+    const std::vector<TarnFrameFormatTopologyNode::Format> formats{faceAuthMode ? faceLogin : ordinary};
+    const auto format = make_shared<TarnFrameFormatTopologyNode>(first, formats, inputMtData.width, inputMtData.height);
+    AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
+                  inputMediaType.Get());
+    return S_OK;
+}
+
+HRESULT TarnDepthIRTopology::FindInputMediaType(IMFMediaType **ppFound, const InputStream &inputStream,
+                                                const MediaTypeData &outputMtData)
+{
+    if (faceAuthMode)
+    {
+        if (SUCCEEDED(FindFaceLoginMediaType(ppFound, inputStream, outputMtData)))
+        {
+            return S_OK;
+        }
+        TRACE_ERROR("%s: no face login at %ux%u, ordinary frames instead", GetName(), outputMtData.width,
+                    outputMtData.height);
+        faceAuthMode = false;
+    }
+    CHECK_HR_AS("inputStream->FindClosestMediaType(inputMediaType.GetAddressOf(), CUSTOM_GUID_KELP_ZI, "
+                "outputMtData.FPS(), outputMtData.width, outputMtData.height)",
+                inputStream.FindClosestMediaType(ppFound, CUSTOM_GUID_KELP_ZI, outputMtData.FPS(), outputMtData.width,
+                                                 outputMtData.height));
+    return S_OK;
+}
+
+HRESULT TarnDepthIRTopology::FindFaceLoginMediaType(IMFMediaType **ppFound, const InputStream &inputStream,
+                                                    const MediaTypeData &outputMtData) const
+{
+    if (outputMtData.width != kFaceLoginSide || outputMtData.height != kFaceLoginSide)
+    {
+        return E_FAIL;
+    }
+    return inputStream.FindClosestMediaType(ppFound, CUSTOM_GUID_KELP_FACE_LOGIN, kFaceLoginInputFps,
+                                            kFaceLoginInputWidth, kFaceLoginInputHeight);
+}
+
+std::shared_ptr<ITopologyNode> TarnDepthIRTopology::AddFaceLoginNodes(std::shared_ptr<ITopologyNode> successor,
+                                                                      const MediaTypeData &inputMtData,
+                                                                      const MediaTypeData &outputMtData) const
+{
+    const auto threshold = make_shared<ImageThresholdTopologyNode>(std::move(successor), outputMtData.width,
+                                                                   outputMtData.height, kLargestInfrared);
+    const auto resize = make_shared<ImageResizeTopologyNode>(threshold, kResizedSide, kResizedSide, outputMtData.width,
+                                                             outputMtData.height);
+    const auto crop =
+        make_shared<Crop16BitTopologyNode>(resize, kSharpenedSide, kSharpenedSide, kResizedSide, kResizedSide);
+    const auto sharpening = make_shared<SharpeningTopologyNode>(crop, kSharpenedSide, kSharpenedSide);
+    return make_shared<CropMmTopologyNode>(sharpening, static_cast<std::int32_t>(inputMtData.width),
+                                           static_cast<std::int32_t>(inputMtData.height), kSharpenedSide,
+                                           kSharpenedSide);
+}
+
+HRESULT TarnDepthIRTopology::Activate()
+{
+    if (faceAuthMode)
+    {
+        previousPreset = depthPresetsController->GetCurrentPreset();
+        CHECK_HR(depthPresetsController->ApplyPreset(TarnDepthPresets::PresetTypes::FACE_LOGIN));
+        presetChanged = true;
+    }
+    CHECK_HR(Topology::Activate());
+    return S_OK;
+}
+
+HRESULT TarnDepthIRTopology::Deactivate()
+{
+    const HRESULT deactivated = Topology::Deactivate();
+    if (std::exchange(presetChanged, false))
+    {
+        const HRESULT restored = depthPresetsController->ApplyPreset(previousPreset);
+        if (SUCCEEDED(deactivated))
+        {
+            CHECK_HR_AS("depthPresetsController->ApplyPreset(previousPreset)", restored);
+        }
+    }
+    CHECK_HR_AS("Topology::Deactivate()", deactivated);
+    return S_OK;
+}
+
+} // namespace mft_core

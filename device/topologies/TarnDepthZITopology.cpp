@@ -1,0 +1,102 @@
+#include "device/topologies/TarnDepthZITopology.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "core/AsyncTopologyNode.h"
+#include "core/TopologySettings.h"
+#include "device/topologies/ReliableDepth.h"
+#include "device/nodes/TarnCalibrationTopologyNode.h"
+#include "device/nodes/TarnDepthMetadataTopologyNode.h"
+#include "device/nodes/TarnDepthPrivacyTopologyNode.h"
+#include "device/nodes/TarnFrameFormatTopologyNode.h"
+#include "device/nodes/TarnIr10to8TopologyNode.h"
+#include "tarn/tarn_formats.h"
+#include "nodes/Crop16BitTopologyNode.h"
+#include "nodes/DepthRangeTopologyNode.h"
+#include "nodes/SampleCopyTopologyNode.h"
+#include "nodes/SplitterTopologyNode.h"
+#include "trace/Check.h"
+
+using mft_utils::MediaTypeData;
+using mft_utils::MediaTypeParser;
+using std::make_shared;
+
+namespace mft_core
+{
+
+namespace
+{
+// Where the depth plane lies in a frame, as fractions: the infrared plane comes first.
+constexpr double kDepthPlaneOffset = 0.5;
+constexpr double kDepthPlaneLength = 0.5;
+} // namespace
+
+// The name is the depth topology's; recordings are read by it.
+TarnDepthZITopology::TarnDepthZITopology(const std::string &ownerName)
+    : Topology(ownerName + " Depth Standalone Topology")
+{
+}
+
+HRESULT TarnDepthZITopology::Init(std::shared_ptr<InputStream> inputStream,
+                                  std::shared_ptr<OutputStream> depthOutStream, IMFMediaType *depthMediaType,
+                                  std::shared_ptr<OutputStream> irOutStream, IMFMediaType *irMediaType,
+                                  const WorkQueueParameters &wqParams)
+{
+    const TopologySettings settings{inputStream, {{depthOutStream, depthMediaType}, {irOutStream, irMediaType}}};
+    CHECK_HR(settings.Validate());
+    MediaTypeData depthMtData;
+    CHECK_HR(MediaTypeParser::GetMediaTypeData(depthMtData, depthMediaType));
+    MediaTypeData irMtData;
+    CHECK_HR(MediaTypeParser::GetMediaTypeData(irMtData, irMediaType));
+    const UINT32 maxWidth = std::max(depthMtData.width, irMtData.width);
+    const UINT32 maxHeight = std::max(depthMtData.height, irMtData.height);
+    const UINT32 maxFps = std::max(depthMtData.FPS(), irMtData.FPS());
+    const GUID requiredSubType = CUSTOM_GUID_KELP_ZI;
+    ComPtr<IMFMediaType> inputMediaType;
+    CHECK_HR(
+        inputStream->FindClosestMediaType(inputMediaType.GetAddressOf(), requiredSubType, maxFps, maxWidth, maxHeight));
+    MediaTypeData inputMtData;
+    CHECK_HR(MediaTypeParser::GetMediaTypeData(inputMtData, inputMediaType.Get()));
+    ComPtr<IMFAttributes> depthAttributes;
+    CHECK_HR(depthOutStream->GetAttributes(depthAttributes.GetAddressOf()));
+
+    // Applications get the samples of both branches: nothing that is written into one may show up in the other.
+    const auto splitter = make_shared<SplitterTopologyNode>(AddInfraredBranch(irOutStream, inputMtData, irMtData),
+                                                            BranchSamples::Separate, "ZI to Z topology node");
+    splitter->AddNextNode(AddDepthBranch(depthOutStream, depthAttributes.Get(), inputMtData, depthMtData));
+    const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(splitter);
+    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(metadata);
+    const std::vector<TarnFrameFormatTopologyNode::Format> formats{{CUSTOM_GUID_KELP_ZI, 4}};
+    const auto format =
+        make_shared<TarnFrameFormatTopologyNode>(privacy, formats, inputMtData.width, inputMtData.height);
+    AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
+                  inputMediaType.Get());
+    return S_OK;
+}
+
+std::shared_ptr<ITopologyNode> TarnDepthZITopology::AddInfraredBranch(const std::shared_ptr<OutputStream> &irOutStream,
+                                                                      const MediaTypeData &inputMtData,
+                                                                      const MediaTypeData &irMtData)
+{
+    const auto calibration = make_shared<TarnCalibrationTopologyNode>(AddOutput(irOutStream), *irOutStream);
+    const auto tenToEight = make_shared<TarnIr10to8TopologyNode>(calibration, static_cast<std::int32_t>(irMtData.width),
+                                                                 static_cast<std::int32_t>(irMtData.height));
+    return make_shared<Crop16BitTopologyNode>(tenToEight, inputMtData.width, inputMtData.height, irMtData.width,
+                                              irMtData.height);
+}
+
+std::shared_ptr<ITopologyNode> TarnDepthZITopology::AddDepthBranch(const std::shared_ptr<OutputStream> &depthOutStream,
+                                                                   IMFAttributes *depthAttributes,
+                                                                   const MediaTypeData &inputMtData,
+                                                                   const MediaTypeData &depthMtData)
+{
+    const auto range = make_shared<DepthRangeTopologyNode>(AddOutput(depthOutStream), depthAttributes,
+                                                           kMinReliableDepthCm, kMaxReliableDepthCm);
+    const auto calibration = make_shared<TarnCalibrationTopologyNode>(range, *depthOutStream);
+    const auto crop = make_shared<Crop16BitTopologyNode>(calibration, inputMtData.width, inputMtData.height,
+                                                         depthMtData.width, depthMtData.height);
+    return make_shared<SampleCopyTopologyNode>(crop, kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node");
+}
+
+} // namespace mft_core

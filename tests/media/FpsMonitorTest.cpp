@@ -1,0 +1,89 @@
+#include "media/FpsMonitor.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <vector>
+
+#include "tests/support/Expect.h"
+
+namespace
+{
+
+using mft_utils::FpsMonitor;
+
+TEST(RollingAverageTest, ForgetsWhatIsOlderThan32Values)
+{
+    mft_utils::RollingAverage average;
+    EXPECT_EQ(0.0, average.Average());
+    average.Add(1000000);
+    for (int i = 0; i < 31; ++i)
+    {
+        average.Add(10);
+    }
+    EXPECT_GT(average.Average(), 10.0);
+    average.Add(10);
+    EXPECT_EQ(32u, average.Count());
+    EXPECT_EQ(10.0, average.Average());
+}
+
+class FpsMonitorTest : public testing::Test
+{
+  protected:
+    void Feed(int frames, std::int64_t intervalMicroseconds)
+    {
+        for (int i = 0; i < frames; ++i)
+        {
+            time += intervalMicroseconds;
+            monitor.AddSample(time);
+        }
+    }
+
+    std::int64_t time = 0;
+    std::vector<long> reported;
+    FpsMonitor monitor{[this](double fps) { reported.push_back(std::lround(fps)); }};
+};
+
+TEST_F(FpsMonitorTest, ReportsARateOnceAndItsChange)
+{
+    Feed(1, 33333);
+    EXPECT_EQ(0.0, monitor.FPS());
+    Feed(100, 33333);
+    EXPECT_EQ((std::vector<long>{30}), reported);
+    Feed(100, 16667);
+    EXPECT_NEAR(60.0, monitor.FPS(), 0.01);
+    EXPECT_EQ(60, reported.back());
+
+    reported.clear();
+    monitor.Reset(30.0); // the expected rate counts as reported
+    Feed(50, 33333);
+    EXPECT_TRUE(reported.empty());
+    for (int i = 0; i < 200; ++i)
+    {
+        Feed(1, i % 2 == 0 ? 33000 : 34700); // 29.5 on average, now a little more, now a little less
+    }
+    EXPECT_LE(reported.size(), 2u);
+}
+
+TEST_F(FpsMonitorTest, TimeThatGoesBackStartsAnew)
+{
+    Feed(40, 33333);
+    time = 0;
+    Feed(40, 100000);
+    EXPECT_NEAR(10.0, monitor.FPS(), 0.01);
+    for (const double fps : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()})
+    {
+        EXPECT_EQ("FPS must be > 0", tarn_test::ThrownText<std::invalid_argument>([&] { monitor.Reset(fps); })) << fps;
+    }
+    EXPECT_NEAR(10.0, monitor.FPS(), 0.01); // a refused reset changes nothing
+
+    monitor.AddSample(time); // twice the same time is no interval
+    EXPECT_EQ(0.0, monitor.FPS());
+    monitor.AddSample(std::numeric_limits<std::int64_t>::min());
+    monitor.AddSample(std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(0.0, monitor.FPS());
+}
+
+} // namespace

@@ -1,0 +1,220 @@
+#include "trace/TraceLogging.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "FakeTracePlatform.h"
+#include "TraceLines.h"
+#include "trace/GuidTranslator.h"
+#include "trace/TraceLoggingProvider.h"
+#include "trace/Tracing.h"
+
+namespace
+{
+
+using mft_utils::EncodedEvent;
+using mft_utils::EventOpcode;
+using mft_utils::TraceField;
+using mft_utils::TraceLevel;
+using tarn_test::FakeTracePlatform;
+using tarn_test::WrittenEvent;
+
+constexpr GUID kSomeGuid = {0x01020304, 0x0506, 0x0708, {9, 10, 11, 12, 13, 14, 15, 16}};
+
+// Reads the metadata as a trace consumer does and puts the values beside the names.
+std::string Decode(const WrittenEvent &event)
+{
+    const std::string &metadata = event.data.at(1);
+    std::uint16_t size = 0;
+    std::memcpy(&size, metadata.data(), sizeof(size));
+    EXPECT_EQ(metadata.size(), size);
+    EXPECT_EQ(0, metadata[2]); // no tag
+    std::size_t at = 3;
+    const auto readName = [&] {
+        const std::string name = metadata.c_str() + at;
+        at += name.size() + 1;
+        return name;
+    };
+    std::string text = readName();
+    for (std::size_t i = 2; i < event.data.size(); ++i)
+    {
+        const std::string &value = event.data[i];
+        text.append(" ").append(readName()).append("=");
+        std::uint64_t number = 0;
+        std::memcpy(&number, value.data(), std::min(value.size(), sizeof(number)));
+        switch (const int type = metadata.at(at++))
+        {
+        case 2:
+            EXPECT_EQ(std::strlen(value.c_str()) + 1, value.size());
+            text += value.c_str();
+            break;
+        case 8:
+        case 20:
+            EXPECT_EQ(4u, value.size());
+            text.append(type == 20 ? "h" : "").append(std::to_string(number));
+            break;
+        case 9:
+            EXPECT_EQ(8u, value.size());
+            text += std::to_string(static_cast<std::int64_t>(number));
+            break;
+        case 15: {
+            GUID guid{};
+            EXPECT_EQ(sizeof(guid), value.size());
+            std::memcpy(&guid, value.data(), sizeof(guid));
+            text += mft_utils::GuidTranslator::ToString(guid);
+            break;
+        }
+        default:
+            ADD_FAILURE() << "type " << type;
+        }
+    }
+    EXPECT_EQ(metadata.size(), at);
+    return text;
+}
+
+class TraceLoggingTest : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        platform.Reset();
+        mft_utils::InitializeTracing();
+        ASSERT_NE(nullptr, platform.structuredCallback);
+    }
+    void TearDown() override
+    {
+        mft_utils::ShutdownTracing();
+        EXPECT_EQ(nullptr, platform.structuredCallback);
+        EXPECT_FALSE(mft_utils::TraceLoggingEnabled(TraceLevel::Error));
+    }
+
+    FakeTracePlatform &platform = FakeTracePlatform::Instance();
+};
+
+TEST(ProviderNameTest, HashGivesThePublishedIds)
+{
+    const struct
+    {
+        const char *name;
+        const char *guid;
+    } cases[] = {
+        {"MyProvider", "{B3864C38-4273-58C5-545B-8B3608343471}"},
+        {"microsoft.web.platform", "{FF32ADA1-5A4B-583C-889E-A3C027B201F5}"},
+        {"TARN_DEVICE_MFT", "{817C90F0-D169-5F8F-A653-7FA53090FFEA}"},
+    };
+    for (const auto &entry : cases)
+    {
+        EXPECT_EQ(entry.guid, mft_utils::GuidTranslator::ToString(mft_utils::GuidFromProviderName(entry.name)));
+    }
+}
+
+TEST_F(TraceLoggingTest, ProviderAndEventAreByteForByteAsDocumented)
+{
+    EXPECT_TRUE(IsEqualGUID(mft_utils::kTraceLoggingProviderGuid, platform.structuredProvider));
+    EXPECT_EQ(std::string("\x12\x00TARN_DEVICE_MFT\x00", 18), platform.structuredTraits);
+    platform.EnableStructured(1, 8);
+
+    mft_utils::TraceLoggingWrite(TraceLevel::Information, "Demo",
+                                 {TraceField::String("PropId", "WARMSTART"), TraceField::Hex32("hr", E_FAIL),
+                                  TraceField::Int64("SampleTime", -2), TraceField::Guid("Id", kSomeGuid)});
+
+    ASSERT_EQ(1u, platform.events.size());
+    const WrittenEvent &event = platform.events[0];
+    EXPECT_EQ((std::vector<ULONG>{2, 1, 0, 0, 0, 0}), event.types);
+    EXPECT_EQ(platform.structuredTraits, event.data[0]);
+    EXPECT_EQ(std::string("\x24\0\0Demo\0PropId\0\x02hr\0\x14SampleTime\0\x09Id\0\x0F", 36), event.data[1]);
+    EXPECT_EQ(std::string("WARMSTART\0", 10), event.data[2]);
+    EXPECT_EQ("Demo PropId=WARMSTART hr=h2147500037 SampleTime=-2 Id={01020304-0506-0708-090A-0B0C0D0E0F10}",
+              Decode(event));
+    EXPECT_EQ(11, event.descriptor.Channel);
+    EXPECT_EQ(4, event.descriptor.Level);
+    EXPECT_EQ(0, event.descriptor.Opcode);
+    EXPECT_EQ(0u, event.descriptor.Keyword);
+    EXPECT_FALSE(event.hasActivity);
+}
+
+TEST_F(TraceLoggingTest, ActivityHasStartAndStopUnderOneId)
+{
+    platform.EnableStructured(1, 4);
+    {
+        mft_utils::TraceLoggingActivity activity("Run", {TraceField::UInt32("SamplesQSize", 3)});
+        activity.Write(TraceLevel::Error, "Failed to convert output sample");
+        activity.Write(TraceLevel::Verbose, "not wanted");
+        activity.Stop({TraceField::Hex32("hr", S_OK)});
+        activity.Stop();
+    }
+    const mft_utils::TraceLoggingActivity other("Run");
+
+    ASSERT_EQ(4u, platform.events.size());
+    EXPECT_FALSE(IsEqualGUID(platform.events[0].activity, platform.events[3].activity));
+    platform.events.pop_back();
+    EXPECT_EQ("Run SamplesQSize=3", Decode(platform.events[0]));
+    EXPECT_EQ("Failed to convert output sample", Decode(platform.events[1]));
+    EXPECT_EQ("Run hr=h0", Decode(platform.events[2]));
+    EXPECT_EQ(1, platform.events[0].descriptor.Opcode);
+    EXPECT_EQ(0, platform.events[1].descriptor.Opcode);
+    EXPECT_EQ(2, platform.events[2].descriptor.Opcode);
+    for (const WrittenEvent &event : platform.events)
+    {
+        EXPECT_TRUE(event.hasActivity);
+        EXPECT_TRUE(IsEqualGUID(platform.events[0].activity, event.activity));
+    }
+}
+
+TEST_F(TraceLoggingTest, LongStringsAndSurplusFieldsAreCut)
+{
+    // The cut falls into the second byte of a two-byte character.
+    const std::string longValue = std::string(EncodedEvent::kMaxStringBytes - 2, 'v') + "\xC3\xA9" + "tail";
+    const std::string longName(300, 'n');
+    platform.EnableStructured(1, 0); // level 0 asks for everything
+    mft_utils::TraceLoggingWrite(TraceLevel::Verbose, longName.c_str(),
+                                 {TraceField::String(longName.c_str(), longValue.c_str()),
+                                  TraceField::String("b", longValue.c_str()), TraceField::String(nullptr, nullptr),
+                                  TraceField::Int64("4", 4), TraceField::Int64("5", 5), TraceField::Int64("6", 6),
+                                  TraceField::Int64("7", 7), TraceField::Int64("8", 8), TraceField::Int64("9", 9)});
+
+    ASSERT_EQ(1u, platform.events.size());
+    const std::string cutName(EncodedEvent::kMaxNameBytes - 1, 'n');
+    EXPECT_EQ(cutName + " " + cutName + "=" + std::string(EncodedEvent::kMaxStringBytes - 2, 'v') +
+                  " b=... = 4=4 5=5 6=6 7=7 8=8",
+              Decode(platform.events[0]));
+}
+
+TEST_F(TraceLoggingTest, SessionsLevelDecides)
+{
+    using mft_utils::TraceLoggingEnabled;
+    EXPECT_FALSE(TraceLoggingEnabled(TraceLevel::Error));
+    platform.EnableStructured(1, 2);
+    EXPECT_TRUE(TraceLoggingEnabled(TraceLevel::Error));
+    EXPECT_FALSE(TraceLoggingEnabled(TraceLevel::Information));
+    platform.EnableStructured(2, 5); // a request for a state dump changes nothing
+    EXPECT_FALSE(TraceLoggingEnabled(TraceLevel::Information));
+    platform.EnableStructured(0, 5);
+    EXPECT_FALSE(TraceLoggingEnabled(TraceLevel::Error));
+
+    // The other listener's level does not open the provider.
+    const tarn_test::TraceLines trace;
+    mft_utils::TraceLoggingWrite(TraceLevel::Error, "Demo");
+    EXPECT_TRUE(platform.events.empty());
+    EXPECT_EQ((std::vector<std::string>{"event Demo"}), trace.Texts());
+}
+
+TEST(TraceLoggingRegistrationTest, ProviderWithoutTraitsStaysSilent)
+{
+    FakeTracePlatform &platform = FakeTracePlatform::Instance();
+    platform.Reset();
+    platform.traitsResult = ERROR_NOT_SUPPORTED;
+
+    mft_utils::InitializeTracing();
+    EXPECT_EQ(nullptr, platform.structuredCallback);
+    EXPECT_NE(nullptr, platform.classicCallback);
+
+    mft_utils::ShutdownTracing();
+    mft_utils::ShutdownTracing();
+    EXPECT_EQ(nullptr, platform.classicCallback);
+}
+
+} // namespace

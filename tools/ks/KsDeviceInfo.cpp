@@ -1,0 +1,64 @@
+#include "tools/ks/KsDeviceInfo.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "sim/CalibrationTable.h"
+#include "tarn/device_info.h"
+
+namespace tarn_host
+{
+
+namespace
+{
+
+template <std::size_t Size>
+std::string Printable(const char (&text)[Size])
+{
+    std::string printable(std::begin(text), std::find(std::begin(text), std::end(text), '\0'));
+    std::replace_if(
+        printable.begin(), printable.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    return printable;
+}
+
+std::string VersionText(const std::uint8_t (&version)[4])
+{
+    return std::to_string(version[0]) + '.' + std::to_string(version[1]) + '.' + std::to_string(version[2]) + '.' +
+           std::to_string(version[3]);
+}
+
+std::string Degrees(std::int16_t deciC)
+{
+    char text[16];
+    std::snprintf(text, sizeof(text), "%.1f", deciC / 10.0);
+    return text;
+}
+
+} // namespace
+
+std::vector<std::pair<std::string, std::string>> DecodeDeviceInfo(std::span<const std::uint8_t> answer)
+{
+    TARN_DEVICE_INFO info{};
+    if (answer.size() < sizeof(info))
+    {
+        return {};
+    }
+    std::memcpy(&info, answer.data(), sizeof(info));
+    const bool checks = info.version == TARN_DEVICE_INFO_VERSION && info.size == sizeof(info) &&
+                        info.checksum == tarn_sim::Crc32(answer.first(offsetof(TARN_DEVICE_INFO, checksum)));
+    return {{"product", Printable(info.productName)},
+            {"serialNumber", Printable(info.serialNumber)},
+            {"firmware", VersionText(info.firmwareVersion)},
+            {"usbController", VersionText(info.controllerVersion)},
+            {"hardwareRevision", std::to_string(info.hardwareRevision)},
+            {"sensorSerial", Printable(info.sensorSerial)},
+            {"laserSerial", Printable(info.laserSerial)},
+            {"moduleState", std::to_string(info.moduleState)},
+            {"calibrationTime", std::to_string(info.calibrationTime)},
+            {"calibrationVersion", std::to_string(info.calibrationVersion)},
+            {"temperatureC", Degrees(info.temperatureDeciC)},
+            {"record", checks ? "checks" : "does not check"}};
+}
+
+} // namespace tarn_host

@@ -1,0 +1,61 @@
+#include "tools/runs/RunOptions.h"
+
+#include "tools/command/Choice.h"
+#include "tools/command/ExitCode.h"
+#include "tools/frameserver/RegisterModule.h"
+#include "tools/command/Text.h"
+
+namespace tarn_host
+{
+
+namespace
+{
+
+void RequireFolder(const std::filesystem::path &folder, const char *option)
+{
+    std::error_code error;
+    if (!std::filesystem::is_directory(folder, error))
+    {
+        throw UsageError(std::string(option) + ": no such folder: " + ToText(folder));
+    }
+}
+
+} // namespace
+
+void RunOptionsLine::AddTo(CLI::App &app)
+{
+    app.add_option("--frames", frames, "folder of recorded PNG frames (default: a generated scene)")->type_name("DIR");
+    AddChoice<Pace>(app, "--pace", options.pace, {{"realtime", Pace::RealTime}, {"fast", Pace::Fast}},
+                    "by the frame rate, or as fast as frames are taken (default realtime)");
+    AddChoice<InputReference>(app, "--input-reference", options.inputReference,
+                              {{"keep", InputReference::Keep}, {"consumed", InputReference::Consumed}},
+                              "who owns the reference given to ProcessInput (default keep)");
+    app.add_option("--out", outFolder, std::string("folder for ") + kPictureName + " (default: no picture)")
+        ->type_name("DIR");
+    app.add_option("--dll", module, "the module (default: tarn_dmft.dll beside this program)")->type_name("PATH");
+    app.add_flag("--no-register", dontRegister, "use the module as it is registered already");
+    app.add_flag("--json", options.json, "result as JSON on stdout instead of a table");
+    app.add_flag("--quiet", options.quiet, "no progress on stderr");
+}
+
+RunOptions RunOptionsLine::Read() const
+{
+    RunOptions read = options;
+    read.registerModule = !dontRegister;
+    read.module = module.empty() ? DefaultModulePath() : ToPath(module);
+    if (!frames.empty())
+    {
+        read.frames = ToPath(frames);
+        RequireFolder(read.frames, "--frames");
+    }
+    if (!outFolder.empty())
+    {
+        read.outFolder = ToPath(outFolder);
+        std::error_code error;
+        std::filesystem::create_directories(read.outFolder, error);
+        RequireFolder(read.outFolder, "--out");
+    }
+    return read;
+}
+
+} // namespace tarn_host
