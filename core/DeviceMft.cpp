@@ -4,9 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "ks/PassthroughKsEventsHandler.h"
-#include "ks/PassthroughKsMethodsHandler.h"
-#include "ks/PassthroughKsPropsHandler.h"
+#include "ks/PassthroughKsHandlers.h"
 #include "trace/Guard.h"
 #include "base/WideString.h"
 

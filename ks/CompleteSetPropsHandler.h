@@ -1,7 +1,7 @@
 // Forwards all properties of one set to another control, for example the extension unit.
 #pragma once
 
-#include "ks/KsPropHandler.h"
+#include "ks/KsCallHandler.h"
 
 namespace mft_core
 {

@@ -1,11 +1,13 @@
 // Table of the handlers for one kind of KS call.
 #pragma once
 
+#include "platform/MediaFoundation.h"
+
 #include <memory>
 #include <utility>
 #include <vector>
 
-#include "platform/MediaFoundation.h"
+#include "ks/KsCallArguments.h"
 
 namespace mft_core
 {
@@ -52,21 +54,26 @@ class KsControlDispatcher
 
     // Result of the first handler, in order of registration, that serves the identifier; of the default handler when
     // none does; ERROR_SET_NOT_FOUND (0x492) as a plain number without that either.
-    HRESULT Dispatch(const KSIDENTIFIER &identifier, KSIDENTIFIER *request, ULONG requestLength, LPVOID data,
-                     ULONG dataLength, ULONG *bytesReturned)
+    HRESULT Dispatch(const KSIDENTIFIER &identifier, const KsCallArguments &call)
     {
         for (const auto &handler : handlers)
         {
             if (handler->Handles(identifier))
             {
-                return handler->Run(request, requestLength, data, dataLength, bytesReturned);
+                return RunHandler(*handler, call);
             }
         }
         if (defaultHandler != nullptr)
         {
-            return defaultHandler->Run(request, requestLength, data, dataLength, bytesReturned);
+            return RunHandler(*defaultHandler, call);
         }
         return ERROR_SET_NOT_FOUND;
+    }
+
+  private:
+    static HRESULT RunHandler(T &handler, const KsCallArguments &call)
+    {
+        return handler.Run(call.request, call.requestLength, call.data, call.dataLength, call.bytesReturned);
     }
 
   protected:

@@ -41,6 +41,39 @@ void DumpBytes(const char *what, const void *bytes, std::size_t size)
     }
 }
 
+// The identifier may come from an application that lies about its length: it is read only when that covers it.
+HRESULT CheckRequest(const KsCallArguments &call) noexcept
+{
+    if (call.request == nullptr)
+    {
+        return E_POINTER;
+    }
+    return call.requestLength < sizeof(KSIDENTIFIER) ? E_INVALIDARG : S_OK;
+}
+
+void TraceRequest(const std::string &displayName, const KSIDENTIFIER &identifier, const KsCallArguments &call)
+{
+    TRACE_INFO("%s, data length %lu", displayName.c_str(), call.dataLength);
+    if (mft_utils::TraceEnabled(mft_utils::TraceLevel::Verbose))
+    {
+        DumpBytes("identifier", &identifier, sizeof(identifier));
+        if (call.data != nullptr)
+        {
+            DumpBytes("data", call.data, call.dataLength);
+        }
+    }
+}
+
+// Positive numbers too: a property that nobody serves is one.
+void TraceResult(const std::string &displayName, HRESULT result, const ULONG *bytesReturned)
+{
+    if (result != S_OK && mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
+    {
+        const std::string returned = bytesReturned != nullptr ? std::to_string(*bytesReturned) : "null";
+        TRACE_ERROR("%s: hr 0x%08lX, bytes returned %s", displayName.c_str(), static_cast<unsigned long>(result),
+                    returned.c_str());
+    }
+}
 } // namespace
 
 // What differs between the three kinds of call in their traces.
@@ -50,66 +83,47 @@ struct KsControlsDispatcher::CallKind
     KsControlKind kind;
     const char *activityName;
     const char *fieldName;
+    const char *emptyName;
+
+    void Stop(mft_utils::TraceLoggingActivity &activity, const std::string &displayName, HRESULT result) const
+    {
+        activity.Stop({mft_utils::TraceField::String(fieldName, displayName.c_str()),
+                       mft_utils::TraceField::Hex32("hr", result)});
+    }
 };
 
 KsControlsDispatcher::KsControlsDispatcher() : Object("KS controls dispatcher") {}
 
-// Part of every call: trace, observers, handler, trace. The identifier may come from an application that lies about its
-// length, so it is read only when the stated length covers it.
+// Part of every call: trace, observers, handler, trace.
 template <class Dispatcher>
-HRESULT KsControlsDispatcher::DispatchCall(const CallKind &kind, Dispatcher &dispatcher, KSIDENTIFIER *request,
-                                           ULONG requestLength, LPVOID data, ULONG dataLength, ULONG *bytesReturned)
+HRESULT KsControlsDispatcher::DispatchCall(const CallKind &kind, Dispatcher &dispatcher, const KsCallArguments &call)
 {
     mft_utils::TraceLoggingActivity activity(kind.activityName);
-    std::string displayName = kind.kind == KsControlKind::Event ? "Empty event" : "Empty request";
-    HRESULT result = E_FAIL;
-
-    const bool isReset = request == nullptr && kind.kind == KsControlKind::Event;
-    if (isReset)
+    std::string displayName = kind.emptyName;
+    HRESULT result = CheckRequest(call);
+    if (SUCCEEDED(result))
     {
-        result = eventsDispathcer.ResetRegularEvent(static_cast<KSEVENTDATA *>(data));
-    }
-    else if (request == nullptr)
-    {
-        result = E_POINTER;
-    }
-    else if (requestLength < sizeof(KSIDENTIFIER))
-    {
-        result = E_INVALIDARG;
-    }
-    else
-    {
-        const auto identifier = ReadBlock<KSIDENTIFIER>(request);
+        const auto identifier = ReadBlock<KSIDENTIFIER>(call.request);
         // Handlers may rewrite the block, so the name is made before they run; but only if someone will read it.
         if (activity.IsRunning() || mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
         {
             displayName = mft_utils::KsIdentifierTranslator::Name(&identifier, kind.kind);
         }
-        TRACE_INFO("%s, data length %lu", displayName.c_str(), dataLength);
-        if (mft_utils::TraceEnabled(mft_utils::TraceLevel::Verbose))
-        {
-            DumpBytes("identifier", &identifier, sizeof(identifier));
-            if (data != nullptr)
-            {
-                DumpBytes("data", data, dataLength);
-            }
-        }
+        TraceRequest(displayName, identifier, call);
         // Guarded inside, so that observers hear the exit of a handler that throws as well.
-        result = Observed(kind.type, request, requestLength, data, dataLength, bytesReturned, [&] {
-            return mft_utils::Guarded([&] {
-                return dispatcher.Dispatch(identifier, request, requestLength, data, dataLength, bytesReturned);
-            });
-        });
+        result = Observed(kind.type, call,
+                          [&] { return mft_utils::Guarded([&] { return dispatcher.Dispatch(identifier, call); }); });
     }
+    TraceResult(displayName, result, call.bytesReturned);
+    kind.Stop(activity, displayName, result);
+    return result;
+}
 
-    if (result != S_OK && !isReset && mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
-    {
-        const std::string returned = bytesReturned != nullptr ? std::to_string(*bytesReturned) : "null";
-        TRACE_ERROR("%s: hr 0x%08lX, bytes returned %s", displayName.c_str(), static_cast<unsigned long>(result),
-                    returned.c_str());
-    }
-    activity.Stop({mft_utils::TraceField::String(kind.fieldName, displayName.c_str()),
-                   mft_utils::TraceField::Hex32("hr", result)});
+HRESULT KsControlsDispatcher::EndSubscription(const CallKind &kind, void *eventData)
+{
+    mft_utils::TraceLoggingActivity activity(kind.activityName);
+    const HRESULT result = eventsDispathcer.ResetRegularEvent(static_cast<KSEVENTDATA *>(eventData));
+    kind.Stop(activity, kind.emptyName, result);
     return result;
 }
 
@@ -117,10 +131,10 @@ HRESULT KsControlsDispatcher::KsProperty(PKSPROPERTY Property, ULONG PropertyLen
                                          ULONG DataLength, ULONG *BytesReturned) noexcept
 {
     static constexpr CallKind kKind{KsControlType::Property, KsControlKind::Property,
-                                    "mft_core::KsControlsDispatcher::KsProperty", "PropId"};
+                                    "mft_core::KsControlsDispatcher::KsProperty", "PropId", "Empty request"};
     return mft_utils::EntryPoint(GetName(), [&] {
-        return DispatchCall(kKind, propertiesDispathcer, Property, PropertyLength, PropertyData, DataLength,
-                            BytesReturned);
+        return DispatchCall(kKind, propertiesDispathcer,
+                            {Property, PropertyLength, PropertyData, DataLength, BytesReturned});
     });
 }
 
@@ -129,9 +143,9 @@ HRESULT KsControlsDispatcher::KsMethod(PKSMETHOD Method, ULONG MethodLength, LPV
 {
     // Method events carry the field name of the event ones; tools that read recordings expect it.
     static constexpr CallKind kKind{KsControlType::Method, KsControlKind::Method,
-                                    "mft_core::KsControlsDispatcher::KsMethod", "EventSet"};
+                                    "mft_core::KsControlsDispatcher::KsMethod", "EventSet", "Empty request"};
     return mft_utils::EntryPoint(GetName(), [&] {
-        return DispatchCall(kKind, methodsDispathcer, Method, MethodLength, MethodData, DataLength, BytesReturned);
+        return DispatchCall(kKind, methodsDispathcer, {Method, MethodLength, MethodData, DataLength, BytesReturned});
     });
 }
 
@@ -139,9 +153,11 @@ HRESULT KsControlsDispatcher::KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID 
                                       ULONG *BytesReturned) noexcept
 {
     static constexpr CallKind kKind{KsControlType::Event, KsControlKind::Event,
-                                    "mft_core::KsControlsDispatcher::KsEvent", "EventSet"};
+                                    "mft_core::KsControlsDispatcher::KsEvent", "EventSet", "Empty event"};
     return mft_utils::EntryPoint(GetName(), [&] {
-        return DispatchCall(kKind, eventsDispathcer, Event, EventLength, EventData, DataLength, BytesReturned);
+        return Event == nullptr
+                   ? EndSubscription(kKind, EventData)
+                   : DispatchCall(kKind, eventsDispathcer, {Event, EventLength, EventData, DataLength, BytesReturned});
     });
 }
 

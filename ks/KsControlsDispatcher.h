@@ -8,8 +8,6 @@
 #include "ks/KsControlDispatcher.h"
 #include "ks/KsControlsSubject.h"
 #include "ks/KsEventsDispatcher.h"
-#include "ks/KsMethodHandler.h"
-#include "ks/KsPropHandler.h"
 
 namespace mft_core
 {
@@ -49,8 +47,8 @@ class KsControlsDispatcher : public IKsControl, public virtual user_space_framew
     struct CallKind;
 
     template <class Dispatcher>
-    HRESULT DispatchCall(const CallKind &kind, Dispatcher &dispatcher, KSIDENTIFIER *request, ULONG requestLength,
-                         LPVOID data, ULONG dataLength, ULONG *bytesReturned);
+    HRESULT DispatchCall(const CallKind &kind, Dispatcher &dispatcher, const KsCallArguments &call);
+    HRESULT EndSubscription(const CallKind &kind, void *eventData);
 };
 
 } // namespace mft_core

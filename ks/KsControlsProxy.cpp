@@ -18,7 +18,7 @@ HRESULT KsControlsProxy::KsProperty(PKSPROPERTY Property, ULONG PropertyLength, 
     return mft_utils::Guarded([&]() -> HRESULT {
         CHECK_POINTER(target);
         return Observed(
-            KsControlType::Property, Property, PropertyLength, PropertyData, DataLength, BytesReturned,
+            KsControlType::Property, {Property, PropertyLength, PropertyData, DataLength, BytesReturned},
             [&] { return target->KsProperty(Property, PropertyLength, PropertyData, DataLength, BytesReturned); });
     });
 }
@@ -28,7 +28,7 @@ HRESULT KsControlsProxy::KsMethod(PKSMETHOD Method, ULONG MethodLength, LPVOID M
 {
     return mft_utils::Guarded([&]() -> HRESULT {
         CHECK_POINTER(target);
-        return Observed(KsControlType::Method, Method, MethodLength, MethodData, DataLength, BytesReturned,
+        return Observed(KsControlType::Method, {Method, MethodLength, MethodData, DataLength, BytesReturned},
                         [&] { return target->KsMethod(Method, MethodLength, MethodData, DataLength, BytesReturned); });
     });
 }
@@ -38,7 +38,7 @@ HRESULT KsControlsProxy::KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID Event
 {
     return mft_utils::Guarded([&]() -> HRESULT {
         CHECK_POINTER(target);
-        return Observed(KsControlType::Event, Event, EventLength, EventData, DataLength, BytesReturned,
+        return Observed(KsControlType::Event, {Event, EventLength, EventData, DataLength, BytesReturned},
                         [&] { return target->KsEvent(Event, EventLength, EventData, DataLength, BytesReturned); });
     });
 }

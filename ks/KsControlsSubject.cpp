@@ -20,27 +20,26 @@ HRESULT KsControlsSubject::UnregisterKsControlsObserver(const std::shared_ptr<IK
     return observers.Remove(observer);
 }
 
-void KsControlsSubject::NotifyEntry(const Observers &watching, KsControlType type, const KSIDENTIFIER *request,
-                                    ULONG requestLength, const void *data, ULONG dataLength,
-                                    const ULONG *bytesReturned) noexcept
+void KsControlsSubject::NotifyEntry(const Observers &watching, KsControlType type, const KsCallArguments &call) noexcept
 {
     for (const auto &observer : watching)
     {
         mft_utils::Guarded([&] {
-            observer->OnKsControlEntry(type, request, requestLength, data, dataLength, bytesReturned);
+            observer->OnKsControlEntry(type, call.request, call.requestLength, call.data, call.dataLength,
+                                       call.bytesReturned);
             return S_OK;
         });
     }
 }
 
-void KsControlsSubject::NotifyExit(const Observers &watching, KsControlType type, const KSIDENTIFIER *request,
-                                   ULONG requestLength, const void *data, ULONG dataLength, const ULONG *bytesReturned,
+void KsControlsSubject::NotifyExit(const Observers &watching, KsControlType type, const KsCallArguments &call,
                                    HRESULT result) noexcept
 {
     for (const auto &observer : watching)
     {
         mft_utils::Guarded([&] {
-            observer->OnKsControlExit(type, request, requestLength, data, dataLength, bytesReturned, result);
+            observer->OnKsControlExit(type, call.request, call.requestLength, call.data, call.dataLength,
+                                      call.bytesReturned, result);
             return S_OK;
         });
     }

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "ks/IKsControlsObserver.h"
+#include "ks/KsCallArguments.h"
 #include "ks/ObserverList.h"
 #include "base/Object.h"
 
@@ -30,22 +31,18 @@ class KsControlsSubject : public virtual user_space_frameworks::Object
     // Notifies the entry, runs `call` and notifies the exit, all to the same observers. Returns the call's result,
     // unchanged; an observer that throws is traced and does not disturb the call.
     template <class Call>
-    HRESULT Observed(KsControlType type, const KSIDENTIFIER *request, ULONG requestLength, const void *data,
-                     ULONG dataLength, const ULONG *bytesReturned, Call &&call)
+    HRESULT Observed(KsControlType type, const KsCallArguments &arguments, Call &&call)
     {
         const std::shared_ptr<const Observers> watching = observers.Snapshot();
-        NotifyEntry(*watching, type, request, requestLength, data, dataLength, bytesReturned);
+        NotifyEntry(*watching, type, arguments);
         const HRESULT result = call();
-        NotifyExit(*watching, type, request, requestLength, data, dataLength, bytesReturned, result);
+        NotifyExit(*watching, type, arguments, result);
         return result;
     }
 
   private:
-    static void NotifyEntry(const Observers &watching, KsControlType type, const KSIDENTIFIER *request,
-                            ULONG requestLength, const void *data, ULONG dataLength,
-                            const ULONG *bytesReturned) noexcept;
-    static void NotifyExit(const Observers &watching, KsControlType type, const KSIDENTIFIER *request,
-                           ULONG requestLength, const void *data, ULONG dataLength, const ULONG *bytesReturned,
+    static void NotifyEntry(const Observers &watching, KsControlType type, const KsCallArguments &call) noexcept;
+    static void NotifyExit(const Observers &watching, KsControlType type, const KsCallArguments &call,
                            HRESULT result) noexcept;
 
     ObserverList<IKsControlsObserver> observers;

@@ -1,7 +1,6 @@
 #include "ks/KsEventHandler.h"
 
 #include <mutex>
-#include <utility>
 
 #include "ks/KsRequest.h"
 #include "trace/Check.h"
@@ -9,16 +8,6 @@
 
 namespace mft_core
 {
-
-KsEventHandler::KsEventHandler(const GUID &set, ULONG id, std::string handlerName, ComPtr<IKsControl> ksControl)
-    : KsControlHandler(set, id, KsControlKind::Event, std::move(handlerName), std::move(ksControl))
-{
-}
-
-HRESULT KsEventHandler::Run(PKSEVENT, ULONG, LPVOID, ULONG, ULONG *)
-{
-    return ERROR_SET_NOT_FOUND;
-}
 
 HRESULT KsEventHandler::AttemptToResetRegularEvent(KSEVENTDATA *)
 {

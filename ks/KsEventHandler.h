@@ -1,7 +1,7 @@
 // Base of the handlers that serve KS events: holds the subscriber's duplicated event handle.
 #pragma once
 
-#include "ks/KsControlHandler.h"
+#include "ks/KsCallHandler.h"
 #include "base/CriticalSection.h"
 #include "base/UniqueHandle.h"
 
@@ -10,15 +10,10 @@ namespace mft_core
 
 // Derive, pass set, id and name, override Run. One subscriber at a time. Thread-safe: an application arms the handler
 // while the device side fires it.
-class KsEventHandler : public KsControlHandler
+class KsEventHandler : public KsCallHandler<KsControlKind::Event>
 {
   public:
-    KsEventHandler(const GUID &set, ULONG id, std::string handlerName, ComPtr<IKsControl> ksControl = nullptr);
-
-    // Gets the caller's arguments untouched, except that the event is known to hold 24 bytes. The base serves nothing:
-    // ERROR_SET_NOT_FOUND (0x492) as a plain number.
-    virtual HRESULT Run(PKSEVENT pEvent, ULONG ulEventLength, LPVOID pEventData, ULONG ulDataLength,
-                        ULONG *pBytesReturned);
+    using KsCallHandler::KsCallHandler;
 
     // Ends the subscription made under this address (which is compared and never read). ERROR_NOT_FOUND as an HRESULT
     // when it is not this handler's.

@@ -1,7 +1,7 @@
 // Answers the warm-start control for a camera that cannot warm start.
 #pragma once
 
-#include "ks/KsPropHandler.h"
+#include "ks/KsCallHandler.h"
 
 namespace mft_core
 {

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "ks/KsPropHandler.h"
+#include "ks/KsCallHandler.h"
 #include "base/CriticalSection.h"
 
 namespace mft_core

@@ -1,7 +1,7 @@
 // Private property: version of the application interface.
 #pragma once
 
-#include "ks/KsPropHandler.h"
+#include "ks/KsCallHandler.h"
 
 namespace mft_core
 {

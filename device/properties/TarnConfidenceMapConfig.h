@@ -4,7 +4,7 @@
 #include <atomic>
 #include <functional>
 
-#include "ks/KsPropHandler.h"
+#include "ks/KsCallHandler.h"
 #include "base/CriticalSection.h"
 
 namespace mft_core

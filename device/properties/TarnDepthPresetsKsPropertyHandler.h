@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "device/TarnDepthPresets.h"
-#include "ks/KsPropHandler.h"
+#include "ks/KsCallHandler.h"
 
 namespace mft_core
 {

@@ -5,9 +5,7 @@
 #include <string>
 
 #include "ks/CompleteSetPropsHandler.h"
-#include "ks/PassthroughKsEventsHandler.h"
-#include "ks/PassthroughKsMethodsHandler.h"
-#include "ks/PassthroughKsPropsHandler.h"
+#include "ks/PassthroughKsHandlers.h"
 #include "tests/ks/FakeFilter.h"
 #include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "device/properties/TarnHwCommandKsPropertyHandler.h"
-#include "ks/PassthroughKsPropsHandler.h"
+#include "ks/PassthroughKsHandlers.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/ks/FakeFilter.h"
 #include "tests/ks/TestDevice.h"
