@@ -1,9 +1,8 @@
 #include "trace/Check.h"
 
-#include "trace/DebugTraceSink.h"
 #include "trace/FunctionName.h"
+#include "trace/TraceChannels.h"
 #include "trace/TraceText.h"
-#include "trace/WppTrace.h"
 
 namespace mft_utils
 {
@@ -14,11 +13,14 @@ HRESULT PrintRetOnHResultErrorMessage_LM_DMFT_COMMON(const char *prettyFunction,
     if (TraceEnabled(TraceLevel::Error))
     {
         const TraceText function(QualifiedFunctionName(prettyFunction));
-        WppTrace::Write(TraceLevel::Error, WppMessage::CheckFailure, {function.Text(), expression, result});
 
         TraceText text;
         text.AppendFormat("%s failed, hr 0x%08lX", expression, static_cast<unsigned long>(result));
-        DebugTraceSink::WriteLine(TraceLevel::Error, function.Text(), text.Text());
+        WriteToTraceChannels({TraceLevel::Error,
+                              TraceMessageId::CheckFailure,
+                              function.Text(),
+                              text.Text(),
+                              {function.Text(), expression, result}});
     }
     return result;
 }
@@ -29,13 +31,15 @@ HRESULT PrintRetOnHResultErrorMessage_LM_DMFT_COMMON(const char *prettyFunction,
     if (TraceEnabled(TraceLevel::Error))
     {
         const TraceText function(QualifiedFunctionName(prettyFunction));
-        WppTrace::Write(TraceLevel::Error, WppMessage::ValueFailure,
-                        {function.Text(), expression, actual, expected, result});
 
         TraceText text;
         text.AppendFormat("%s is %s, expected %s, hr 0x%08lX", expression, actual, expected,
                           static_cast<unsigned long>(result));
-        DebugTraceSink::WriteLine(TraceLevel::Error, function.Text(), text.Text());
+        WriteToTraceChannels({TraceLevel::Error,
+                              TraceMessageId::ValueFailure,
+                              function.Text(),
+                              text.Text(),
+                              {function.Text(), expression, actual, expected, result}});
     }
     return result;
 }

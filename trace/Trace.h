@@ -1,30 +1,15 @@
 // Text trace points: one flag test each when off, formatted only when somebody listens.
 #pragma once
 
-#include <windows.h>
-
-#include <atomic>
-#include <cstdint>
 #include <source_location>
-#include <string>
+
+#include "trace/TraceLevels.h"
 
 namespace mft_utils
 {
 
-enum class TraceLevel : std::uint8_t
-{
-    Error = 2,
-    Information = 4,
-    Verbose = 8
-};
-
 namespace trace_detail
 {
-// Highest level that any text channel (classic trace session, debug sink) wants; 0 when none listens.
-inline std::atomic<std::uint32_t> textLevel{0};
-
-// "virtual HRESULT ns::Class::Method(int)::<lambda()>" becomes "ns::Class::Method".
-std::string QualifiedName(const char *prettyFunction);
 
 #if defined(__GNUC__)
 #define TARN_PRINTF_LIKE(formatIndex, firstArgument) __attribute__((format(gnu_printf, formatIndex, firstArgument)))
@@ -35,12 +20,6 @@ void Write(TraceLevel level, const char *prettyFunction, const char *format, ...
 void WriteEntry(const char *prettyFunction, const char *objectName) noexcept;
 void WriteExit(const char *prettyFunction, const char *objectName) noexcept;
 } // namespace trace_detail
-
-// Thread-safe.
-inline bool TraceEnabled(TraceLevel level) noexcept
-{
-    return trace_detail::textLevel.load(std::memory_order_relaxed) >= static_cast<std::uint32_t>(level);
-}
 
 // Writes "==>" with the function's name when made and "<==" when destroyed, at the verbose level. Confined.
 class EntryExitTrace

@@ -1,15 +1,9 @@
 #include "trace/TraceChannels.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <mutex>
 
-#include "trace/DebugTraceSink.h"
 #include "base/SharedLock.h"
-#include "trace/TraceLogging.h"
-#include "trace/TraceLoggingProvider.h"
-#include "trace/WppTrace.h"
 
 namespace mft_utils
 {
@@ -23,9 +17,31 @@ void UpdateTraceLevels() noexcept
 {
     // Two sessions may be switched at once; the last to enter sees what both have stored.
     const std::scoped_lock guard(lock);
-    const std::uint32_t sink = DebugTraceSink::EnabledLevel();
-    trace_detail::textLevel.store(std::max(sink, WppTrace::EnabledLevel()), std::memory_order_relaxed);
-    trace_detail::eventLevel.store(std::max(sink, TraceLoggingProvider::EnabledLevel()), std::memory_order_relaxed);
+    std::uint32_t messages = 0;
+    std::uint32_t events = 0;
+    for (const ITraceChannel *channel : TraceChannels())
+    {
+        messages = std::max(messages, channel->MessageLevel());
+        events = std::max(events, channel->EventLevel());
+    }
+    trace_detail::textLevel.store(messages, std::memory_order_relaxed);
+    trace_detail::eventLevel.store(events, std::memory_order_relaxed);
+}
+
+void WriteToTraceChannels(const TraceMessage &message) noexcept
+{
+    for (ITraceChannel *channel : TraceChannels())
+    {
+        channel->Write(message);
+    }
+}
+
+void WriteToTraceChannels(const TraceEvent &event) noexcept
+{
+    for (ITraceChannel *channel : TraceChannels())
+    {
+        channel->Write(event);
+    }
 }
 
 } // namespace mft_utils

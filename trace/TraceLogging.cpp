@@ -1,9 +1,9 @@
 #include "trace/TraceLogging.h"
 
-#include <array>
+#include <atomic>
+#include <cstdint>
 
-#include "trace/DebugTraceSink.h"
-#include "trace/TraceLoggingProvider.h"
+#include "trace/TraceChannels.h"
 
 namespace mft_utils
 {
@@ -45,20 +45,16 @@ GUID NextActivityId() noexcept
 
 namespace trace_detail
 {
-
-void WriteEvent(TraceLevel level, std::uint8_t opcode, const GUID *activity, const GUID *relatedActivity,
-                const char *eventName, std::initializer_list<TraceField> fields) noexcept
+void WriteEvent(const TraceEvent &event) noexcept
 {
-    TraceLoggingProvider::Write(level, static_cast<EventOpcode>(opcode), activity, relatedActivity, eventName, fields);
-    DebugTraceSink::WriteEvent(level, opcode, activity, eventName, fields);
+    WriteToTraceChannels(event);
 }
-
 } // namespace trace_detail
 
 void TraceLoggingActivity::Start(std::initializer_list<TraceField> startFields) noexcept
 {
     id = NextActivityId();
-    trace_detail::WriteEvent(level, static_cast<std::uint8_t>(EventOpcode::Start), &id, nullptr, name, startFields);
+    trace_detail::WriteEvent({level, TraceOpcode::Start, &id, name, startFields});
 }
 
 } // namespace mft_utils

@@ -1,6 +1,5 @@
 #include "trace/TraceLoggingProvider.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <mutex>
@@ -39,7 +38,6 @@ enum class InType : std::uint8_t
     AnsiString = 2,
     UInt32 = 8,
     Int64 = 9,
-    Guid = 15,
     HexInt32 = 20
 };
 
@@ -53,28 +51,10 @@ InType InTypeOf(TraceField::Type type) noexcept
         return InType::UInt32;
     case TraceField::Type::HexInt32:
         return InType::HexInt32;
-    case TraceField::Type::Guid:
-        return InType::Guid;
     case TraceField::Type::AnsiString:
         break;
     }
     return InType::AnsiString;
-}
-
-// Length of the text, at most `limit`; a cut does not fall inside a UTF-8 character.
-std::size_t CutLength(const char *text, std::size_t limit) noexcept
-{
-    std::size_t length = strnlen(text, limit + 1);
-    if (length <= limit)
-    {
-        return length;
-    }
-    length = limit;
-    while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80)
-    {
-        --length;
-    }
-    return length;
 }
 
 constinit user_space_frameworks::SharedLock registrationLock;
@@ -91,12 +71,11 @@ void NTAPI OnEnable(LPCGUID, ULONG isEnabled, UCHAR level, ULONGLONG, ULONGLONG,
 
 } // namespace
 
-EncodedEvent::EncodedEvent(TraceLevel level, EventOpcode opcode, const char *eventName,
-                           std::initializer_list<TraceField> fields) noexcept
+EncodedEvent::EncodedEvent(const TraceEvent &event) noexcept
 {
     descriptor.Channel = kTraceLoggingChannel;
-    descriptor.Level = static_cast<UCHAR>(level);
-    descriptor.Opcode = static_cast<UCHAR>(opcode);
+    descriptor.Level = static_cast<UCHAR>(event.level);
+    descriptor.Opcode = static_cast<UCHAR>(event.opcode);
 
     AddData(kTraits.data(), kTraits.size(), EVENT_DATA_DESCRIPTOR_TYPE_PROVIDER_METADATA);
     // Its size is known after the last field.
@@ -104,9 +83,9 @@ EncodedEvent::EncodedEvent(TraceLevel level, EventOpcode opcode, const char *eve
 
     metadataSize = 2;
     metadata[metadataSize++] = 0; // no tag
-    AddName(eventName);
+    AddName(event.name);
     std::size_t fieldCount = 0;
-    for (const TraceField &field : fields)
+    for (const TraceField &field : event.fields)
     {
         if (fieldCount++ == kMaxFields)
         {
@@ -132,13 +111,14 @@ void EncodedEvent::AddName(const char *name) noexcept
 
 void EncodedEvent::AddValue(const TraceField &field) noexcept
 {
-    static constexpr GUID kNoGuid{};
     std::uint64_t &number = numbers[dataCount - 2];
     switch (field.type)
     {
-    case TraceField::Type::AnsiString:
-        AddString(field.string == nullptr ? "" : field.string);
+    case TraceField::Type::AnsiString: {
+        const TextCutter::Piece piece = cutter.Fit(field.string == nullptr ? "" : field.string);
+        AddData(piece.text, piece.size, EVENT_DATA_DESCRIPTOR_TYPE_NONE);
         break;
+    }
     case TraceField::Type::Int64:
         number = static_cast<std::uint64_t>(field.int64);
         AddData(&number, sizeof(std::int64_t), EVENT_DATA_DESCRIPTOR_TYPE_NONE);
@@ -148,30 +128,7 @@ void EncodedEvent::AddValue(const TraceField &field) noexcept
         number = field.uint32;
         AddData(&number, sizeof(std::uint32_t), EVENT_DATA_DESCRIPTOR_TYPE_NONE);
         break;
-    case TraceField::Type::Guid:
-        AddData(field.guid == nullptr ? &kNoGuid : field.guid, sizeof(GUID), EVENT_DATA_DESCRIPTOR_TYPE_NONE);
-        break;
     }
-}
-
-void EncodedEvent::AddString(const char *text) noexcept
-{
-    const std::size_t length = CutLength(text, kMaxStringBytes - 1);
-    if (text[length] == '\0')
-    {
-        AddData(text, length + 1, EVENT_DATA_DESCRIPTOR_TYPE_NONE);
-        return;
-    }
-    // Room for one cut string: an event has at most one text that can grow.
-    if (cutStringUsed)
-    {
-        AddData("...", sizeof("..."), EVENT_DATA_DESCRIPTOR_TYPE_NONE);
-        return;
-    }
-    cutStringUsed = true;
-    std::memcpy(cutString.data(), text, length);
-    cutString[length] = '\0';
-    AddData(cutString.data(), length + 1, EVENT_DATA_DESCRIPTOR_TYPE_NONE);
 }
 
 void EncodedEvent::AddData(const void *bytes, std::size_t size, ULONG type) noexcept
@@ -245,17 +202,39 @@ std::uint32_t TraceLoggingProvider::EnabledLevel() noexcept
     return enabledLevel.load(std::memory_order_relaxed);
 }
 
-void TraceLoggingProvider::Write(TraceLevel level, EventOpcode opcode, const GUID *activity,
-                                 const GUID *relatedActivity, const char *eventName,
-                                 std::initializer_list<TraceField> fields) noexcept
+namespace
 {
-    const REGHANDLE handle = providerHandle.load(std::memory_order_acquire);
-    if (handle == 0 || EnabledLevel() < static_cast<std::uint32_t>(level))
+class StructuredChannel final : public ITraceChannel
+{
+  public:
+    std::uint32_t MessageLevel() const noexcept override
     {
-        return;
+        return 0;
     }
-    EncodedEvent event(level, opcode, eventName, fields);
-    EventWriteTransfer(handle, &event.Descriptor(), activity, relatedActivity, event.DataCount(), event.Data());
+    std::uint32_t EventLevel() const noexcept override
+    {
+        return TraceLoggingProvider::EnabledLevel();
+    }
+
+    void Write(const TraceMessage &) noexcept override {}
+    void Write(const TraceEvent &event) noexcept override
+    {
+        const REGHANDLE handle = providerHandle.load(std::memory_order_acquire);
+        if (handle == 0 || EventLevel() < static_cast<std::uint32_t>(event.level))
+        {
+            return;
+        }
+        EncodedEvent encoded(event);
+        EventWriteTransfer(handle, &encoded.Descriptor(), event.activity, nullptr, encoded.DataCount(), encoded.Data());
+    }
+};
+
+constinit StructuredChannel channel;
+} // namespace
+
+ITraceChannel &TraceLoggingProvider::Channel() noexcept
+{
+    return channel;
 }
 
 } // namespace mft_utils

@@ -6,10 +6,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 
+#include "trace/CutText.h"
+#include "trace/ITraceChannel.h"
 #include "trace/ProviderName.h"
-#include "trace/TraceLogging.h"
 
 namespace mft_utils
 {
@@ -17,24 +17,15 @@ namespace mft_utils
 inline constexpr char kTraceLoggingProviderName[] = "TARN_DEVICE_MFT";
 inline constexpr GUID kTraceLoggingProviderGuid = GuidFromProviderName(kTraceLoggingProviderName);
 
-enum class EventOpcode : std::uint8_t
-{
-    Info = 0,
-    Start = 1,
-    Stop = 2
-};
-
 // One event in the form in which it is written. Borrows the field values that it was made from. Confined.
 class EncodedEvent
 {
   public:
     static constexpr std::size_t kMaxFields = 8;
-    static constexpr std::size_t kMaxNameBytes = 96;     // of an event or field, with the NUL
-    static constexpr std::size_t kMaxStringBytes = 1024; // of a value, with the NUL
+    static constexpr std::size_t kMaxNameBytes = 96; // of an event or field, with the NUL
 
     // Cuts names and strings that are too long at a character's border and leaves out fields past the last slot.
-    EncodedEvent(TraceLevel level, EventOpcode opcode, const char *eventName,
-                 std::initializer_list<TraceField> fields) noexcept;
+    explicit EncodedEvent(const TraceEvent &event) noexcept;
     EncodedEvent(const EncodedEvent &) = delete;
     EncodedEvent &operator=(const EncodedEvent &) = delete;
 
@@ -55,7 +46,6 @@ class EncodedEvent
   private:
     void AddName(const char *name) noexcept;
     void AddValue(const TraceField &field) noexcept;
-    void AddString(const char *text) noexcept;
     void AddData(const void *bytes, std::size_t size, ULONG type) noexcept;
 
     static constexpr std::size_t kMetadataBytes = 3 + kMaxNameBytes + kMaxFields * (kMaxNameBytes + 1);
@@ -67,8 +57,7 @@ class EncodedEvent
     std::size_t metadataSize = 0;
     // Values are copied because a field's number does not outlive the list it came in.
     std::array<std::uint64_t, kMaxFields> numbers{};
-    std::array<char, kMaxStringBytes> cutString{};
-    bool cutStringUsed = false;
+    TextCutter cutter;
 };
 
 // The 18 bytes that name the provider in its registration and in every event.
@@ -93,9 +82,8 @@ class TraceLoggingProvider
 
     static std::uint32_t EnabledLevel() noexcept;
 
-    // Writes the event when the session wants its level.
-    static void Write(TraceLevel level, EventOpcode opcode, const GUID *activity, const GUID *relatedActivity,
-                      const char *eventName, std::initializer_list<TraceField> fields) noexcept;
+    // Writes an event when the session wants its level.
+    static ITraceChannel &Channel() noexcept;
 };
 
 } // namespace mft_utils

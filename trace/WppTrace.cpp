@@ -2,9 +2,7 @@
 
 #include "platform/EventTracing.h"
 
-#include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <mutex>
 
 #include "base/HResultFromWin32.h"
@@ -54,23 +52,16 @@ ULONG WINAPI OnEnable(WMIDPREQUESTCODE request, PVOID, ULONG *size, PVOID buffer
     return ERROR_SUCCESS;
 }
 
-std::uint32_t FlagOf(WppMessage message) noexcept
+std::uint32_t FlagOf(TraceMessageId message) noexcept
 {
-    return message == WppMessage::Entry || message == WppMessage::Exit ? kWppFlagEntryExit : kWppFlagMessages;
+    return message == TraceMessageId::Entry || message == TraceMessageId::Exit ? kWppFlagEntryExit : kWppFlagMessages;
 }
 
 } // namespace
 
-WppArgument::WppArgument(const char *argumentText) noexcept
-    : isString(true), text(argumentText == nullptr ? "null" : argumentText)
+WppArgumentList::WppArgumentList(std::initializer_list<TraceArgument> arguments) noexcept
 {
-}
-
-WppArgument::WppArgument(HRESULT argumentValue) noexcept : isString(false), value(argumentValue) {}
-
-WppArgumentList::WppArgumentList(std::initializer_list<WppArgument> arguments) noexcept
-{
-    for (const WppArgument &argument : arguments)
+    for (const TraceArgument &argument : arguments)
     {
         if (count == kMaxArguments)
         {
@@ -78,33 +69,14 @@ WppArgumentList::WppArgumentList(std::initializer_list<WppArgument> arguments) n
         }
         if (argument.isString)
         {
-            AddString(argument.text);
+            const TextCutter::Piece piece = cutter.Fit(argument.text);
+            pieces[count++] = {piece.text, piece.size};
             continue;
         }
         values[count] = argument.value;
         pieces[count] = {&values[count], sizeof(values[count])};
         ++count;
     }
-}
-
-void WppArgumentList::AddString(const char *text) noexcept
-{
-    const std::size_t length = strnlen(text, kMaxStringBytes);
-    if (length < kMaxStringBytes)
-    {
-        pieces[count++] = {text, length + 1};
-        return;
-    }
-    // Room for one cut string: a message has at most one text that can grow.
-    if (cutStringUsed)
-    {
-        pieces[count++] = {"...", sizeof("...")};
-        return;
-    }
-    cutStringUsed = true;
-    std::memcpy(cutString.data(), text, kMaxStringBytes - 1);
-    cutString.back() = '\0';
-    pieces[count++] = {cutString.data(), kMaxStringBytes};
 }
 
 WppSession WppSession::Make(std::uint64_t logger, std::uint32_t level, std::uint32_t flags) noexcept
@@ -157,21 +129,45 @@ bool WppTrace::IsEnabled(TraceLevel level, std::uint32_t flag) noexcept
            (sessionFlags.load(std::memory_order_relaxed) & flag) != 0;
 }
 
-void WppTrace::Write(TraceLevel level, WppMessage message, std::initializer_list<WppArgument> arguments) noexcept
+namespace
 {
-    if (!IsEnabled(level, FlagOf(message)))
+class WppChannel final : public ITraceChannel
+{
+  public:
+    std::uint32_t MessageLevel() const noexcept override
     {
-        return;
+        return WppTrace::EnabledLevel();
     }
-    const WppArgumentList list(arguments);
-    // The call takes pointer and size in turn up to a null pointer; pieces that are not used are null with size 0,
-    // so the list always ends in time, with a null as wide as a pointer.
-    static_assert(WppArgumentList::kMaxArguments == 5);
-    GUID messageClass = kWppMessageGuid;
-    TraceMessage(sessionLogger.load(std::memory_order_relaxed), kMessageFlags, &messageClass,
-                 static_cast<USHORT>(message), list.At(0).data, list.At(0).size, list.At(1).data, list.At(1).size,
-                 list.At(2).data, list.At(2).size, list.At(3).data, list.At(3).size, list.At(4).data, list.At(4).size,
-                 static_cast<void *>(nullptr));
+    std::uint32_t EventLevel() const noexcept override
+    {
+        return 0;
+    }
+
+    void Write(const TraceMessage &message) noexcept override
+    {
+        if (!WppTrace::IsEnabled(message.level, FlagOf(message.id)))
+        {
+            return;
+        }
+        const WppArgumentList list(message.arguments);
+        // The call takes pointer and size in turn up to a null pointer; pieces that are not used are null with size 0,
+        // so the list always ends in time, with a null as wide as a pointer.
+        static_assert(WppArgumentList::kMaxArguments == 5);
+        GUID messageClass = kWppMessageGuid;
+        ::TraceMessage(sessionLogger.load(std::memory_order_relaxed), kMessageFlags, &messageClass,
+                       static_cast<USHORT>(message.id), list.At(0).data, list.At(0).size, list.At(1).data,
+                       list.At(1).size, list.At(2).data, list.At(2).size, list.At(3).data, list.At(3).size,
+                       list.At(4).data, list.At(4).size, static_cast<void *>(nullptr));
+    }
+    void Write(const TraceEvent &) noexcept override {}
+};
+
+constinit WppChannel channel;
+} // namespace
+
+ITraceChannel &WppTrace::Channel() noexcept
+{
+    return channel;
 }
 
 } // namespace mft_utils

@@ -8,7 +8,8 @@
 #include <cstdint>
 #include <initializer_list>
 
-#include "trace/Trace.h"
+#include "trace/CutText.h"
+#include "trace/ITraceChannel.h"
 
 namespace mft_utils
 {
@@ -18,31 +19,9 @@ inline constexpr GUID kWppControlGuid = {0xC1F3D3B5, 0x0C5B, 0x4A0E, {0x9B, 0x57
 // Class of the messages; packaging/tarn_dmft.tmf describes them under this GUID.
 inline constexpr GUID kWppMessageGuid = {0x5B1E8F6A, 0x7D34, 0x4F0C, {0xA6, 0x1B, 0x93, 0xC8, 0x0E, 0x52, 0x64, 0x1F}};
 
-// Numbers are part of the trace format: a message is never renumbered.
-enum class WppMessage : std::uint16_t
-{
-    Entry = 10,        // function, object
-    Exit = 11,         // function, object
-    CheckFailure = 12, // function, expression, result
-    ValueFailure = 13, // function, name, actual, expected, result
-    Text = 14          // function, level, text
-};
-
 // Flag bits of the control GUID.
 inline constexpr std::uint32_t kWppFlagMessages = 0x1;
 inline constexpr std::uint32_t kWppFlagEntryExit = 0x2;
-
-// One argument: a string, kept without its end where it is longer than a message can hold, or a 32-bit value.
-class WppArgument
-{
-  public:
-    WppArgument(const char *text) noexcept; // NOLINT(google-explicit-constructor): reads as an argument list
-    WppArgument(HRESULT value) noexcept;    // NOLINT(google-explicit-constructor)
-
-    bool isString;
-    std::int32_t value = 0;
-    const char *text = nullptr;
-};
 
 // Arguments of a message as the trace call wants them: pointer and size of each. Strings carry their NUL.
 // Borrows strings that fit; holds a cut copy of longer ones. Confined.
@@ -50,7 +29,6 @@ class WppArgumentList
 {
   public:
     static constexpr std::size_t kMaxArguments = 5;
-    static constexpr std::size_t kMaxStringBytes = 1024; // with the NUL
 
     struct Piece
     {
@@ -58,7 +36,7 @@ class WppArgumentList
         SIZE_T size;
     };
 
-    explicit WppArgumentList(std::initializer_list<WppArgument> arguments) noexcept;
+    explicit WppArgumentList(std::initializer_list<TraceArgument> arguments) noexcept;
     WppArgumentList(const WppArgumentList &) = delete;
     WppArgumentList &operator=(const WppArgumentList &) = delete;
 
@@ -72,13 +50,10 @@ class WppArgumentList
     }
 
   private:
-    void AddString(const char *text) noexcept;
-
     std::array<Piece, kMaxArguments> pieces{};
     std::size_t count = 0;
     std::array<std::int32_t, kMaxArguments> values{};
-    std::array<char, kMaxStringBytes> cutString{};
-    bool cutStringUsed = false;
+    TextCutter cutter;
 };
 
 // Level and flags that a session asked for, as one value. The handle of a missing session is -1 or 0.
@@ -105,8 +80,8 @@ class WppTrace
     static std::uint32_t EnabledLevel() noexcept;
     static bool IsEnabled(TraceLevel level, std::uint32_t flag) noexcept;
 
-    // Writes the message when the session wants it. Entry and Exit are at the verbose level and flagged by themselves.
-    static void Write(TraceLevel level, WppMessage message, std::initializer_list<WppArgument> arguments) noexcept;
+    // Writes a message when the session wants it; entry and exit are flagged by themselves.
+    static ITraceChannel &Channel() noexcept;
 };
 
 } // namespace mft_utils

@@ -47,7 +47,7 @@ class TraceText
   public:
     explicit TraceText(mft_utils::TraceLevel level = mft_utils::TraceLevel::Information)
     {
-        mft_utils::DebugTraceSink::SetCallback(
+        mft_utils::DebugTraceSink::Instance().SetCallback(
             [](void *context, mft_utils::TraceLevel, const char *line) {
                 auto *const self = static_cast<TraceText *>(context);
                 const std::scoped_lock guard(self->lock);
@@ -57,7 +57,7 @@ class TraceText
     }
     ~TraceText()
     {
-        mft_utils::DebugTraceSink::SetCallback(nullptr, nullptr);
+        mft_utils::DebugTraceSink::Instance().SetCallback(nullptr, nullptr);
     }
     TraceText(const TraceText &) = delete;
     TraceText &operator=(const TraceText &) = delete;

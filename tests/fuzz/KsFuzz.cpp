@@ -247,13 +247,13 @@ int main(int argc, char **argv)
             // Every twentieth thousand with all traces on: they read the same blocks.
             if (call % 20000 == 0)
             {
-                mft_utils::DebugTraceSink::SetCallback(
+                mft_utils::DebugTraceSink::Instance().SetCallback(
                     [](void *lines, mft_utils::TraceLevel, const char *) { ++*static_cast<std::size_t *>(lines); },
                     &traced);
             }
             else if (call % 20000 == 1000)
             {
-                mft_utils::DebugTraceSink::SetCallback(nullptr, nullptr);
+                mft_utils::DebugTraceSink::Instance().SetCallback(nullptr, nullptr);
             }
             if (!fuzzer.Step())
             {
@@ -261,7 +261,7 @@ int main(int argc, char **argv)
                 return 1;
             }
         }
-        mft_utils::DebugTraceSink::SetCallback(nullptr, nullptr);
+        mft_utils::DebugTraceSink::Instance().SetCallback(nullptr, nullptr);
         std::cout << traced << " trace lines\n";
     }
     if (user_space_frameworks::Object::LiveCount() != 0)

@@ -11,6 +11,8 @@
 
 #include "TraceLines.h"
 #include "tests/support/Expect.h"
+#include "trace/Trace.h"
+#include "trace/TraceChannels.h"
 #include "trace/Tracing.h"
 
 namespace
@@ -53,16 +55,16 @@ TEST_F(DebugTraceSinkTest, UnderstandsLevelsByNumberAndName)
                                                              {"info", 4}, {"verbose", 8}, {"8,file=stderr", 8}};
     for (const auto &[setting, level] : levels)
     {
-        EXPECT_TRUE(DebugTraceSink::Configure(setting)) << setting;
-        EXPECT_EQ(level, DebugTraceSink::EnabledLevel()) << setting;
+        EXPECT_TRUE(DebugTraceSink::Instance().Configure(setting)) << setting;
+        EXPECT_EQ(level, DebugTraceSink::Instance().MessageLevel()) << setting;
         EXPECT_EQ(level >= 4, TraceEnabled(TraceLevel::Information)) << setting;
         EXPECT_EQ(level >= 4, TraceLoggingEnabled(TraceLevel::Information)) << setting;
     }
     for (const char *setting : {"", "3", "88", "Everything", "8,", "8,colour=red", "-1", "8,file=", ",file=stderr",
                                 "8,file=C:\\no such folder\\x"})
     {
-        EXPECT_FALSE(DebugTraceSink::Configure(setting)) << setting;
-        EXPECT_EQ(0u, DebugTraceSink::EnabledLevel()) << setting;
+        EXPECT_FALSE(DebugTraceSink::Instance().Configure(setting)) << setting;
+        EXPECT_EQ(0u, DebugTraceSink::Instance().MessageLevel()) << setting;
     }
 }
 
@@ -74,7 +76,11 @@ TEST_F(DebugTraceSinkTest, EnvironmentVariableTurnsTheFileOn)
     mft_utils::InitializeTracing();
     TRACE_INFO("frame %d", 1);
     TRACE_VERBOSE("not wanted");
-    mft_utils::TraceLoggingWrite(TraceLevel::Error, "Demo", {mft_utils::TraceField::Hex32("hr", E_FAIL)});
+    mft_utils::WriteToTraceChannels({TraceLevel::Error,
+                                     mft_utils::TraceOpcode::Info,
+                                     nullptr,
+                                     "Demo",
+                                     {mft_utils::TraceField::Hex32("hr", E_FAIL)}});
     mft_utils::ShutdownTracing();
     TRACE_ERROR("after the end");
 
@@ -88,7 +94,7 @@ TEST_F(DebugTraceSinkTest, EnvironmentVariableTurnsTheFileOn)
 TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCleanly)
 {
     const std::string setting = "8,file=" + path.string();
-    ASSERT_TRUE(DebugTraceSink::Configure(setting.c_str()));
+    ASSERT_TRUE(DebugTraceSink::Instance().Configure(setting.c_str()));
     std::atomic<bool> stop{false};
     std::atomic<int> written{0};
     std::vector<std::thread> threads;
@@ -104,7 +110,7 @@ TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCle
         });
     }
     tarn_test::WaitUntil([&] { return written > 800; });
-    DebugTraceSink::Close();
+    DebugTraceSink::Instance().Close();
     EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
     const std::vector<std::string> lines = FileLines();
     EXPECT_GT(lines.size(), 700u);
@@ -114,8 +120,8 @@ TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCle
     }
     for (int i = 0; i < 50; ++i)
     {
-        EXPECT_TRUE(DebugTraceSink::Configure(setting.c_str()));
-        DebugTraceSink::Close();
+        EXPECT_TRUE(DebugTraceSink::Instance().Configure(setting.c_str()));
+        DebugTraceSink::Instance().Close();
     }
     stop = true;
     for (std::thread &thread : threads)

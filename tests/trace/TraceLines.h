@@ -14,7 +14,7 @@ class TraceLines
   public:
     explicit TraceLines(mft_utils::TraceLevel level = mft_utils::TraceLevel::Verbose)
     {
-        mft_utils::DebugTraceSink::SetCallback(
+        mft_utils::DebugTraceSink::Instance().SetCallback(
             [](void *context, mft_utils::TraceLevel, const char *line) {
                 static_cast<TraceLines *>(context)->lines.emplace_back(line);
             },
@@ -22,7 +22,7 @@ class TraceLines
     }
     ~TraceLines()
     {
-        mft_utils::DebugTraceSink::SetCallback(nullptr, nullptr);
+        mft_utils::DebugTraceSink::Instance().SetCallback(nullptr, nullptr);
     }
     TraceLines(const TraceLines &) = delete;
     TraceLines &operator=(const TraceLines &) = delete;

@@ -9,6 +9,8 @@
 #include "FakeTracePlatform.h"
 #include "TraceLines.h"
 #include "trace/GuidTranslator.h"
+#include "trace/TraceChannels.h"
+#include "trace/TraceLogging.h"
 #include "trace/TraceLoggingProvider.h"
 #include "trace/Tracing.h"
 
@@ -16,13 +18,11 @@ namespace
 {
 
 using mft_utils::EncodedEvent;
-using mft_utils::EventOpcode;
+using mft_utils::TextCutter;
 using mft_utils::TraceField;
 using mft_utils::TraceLevel;
 using tarn_test::FakeTracePlatform;
 using tarn_test::WrittenEvent;
-
-constexpr GUID kSomeGuid = {0x01020304, 0x0506, 0x0708, {9, 10, 11, 12, 13, 14, 15, 16}};
 
 // Reads the metadata as a trace consumer does and puts the values beside the names.
 std::string Decode(const WrittenEvent &event)
@@ -60,19 +60,18 @@ std::string Decode(const WrittenEvent &event)
             EXPECT_EQ(8u, value.size());
             text += std::to_string(static_cast<std::int64_t>(number));
             break;
-        case 15: {
-            GUID guid{};
-            EXPECT_EQ(sizeof(guid), value.size());
-            std::memcpy(&guid, value.data(), sizeof(guid));
-            text += mft_utils::GuidTranslator::ToString(guid);
-            break;
-        }
         default:
             ADD_FAILURE() << "type " << type;
         }
     }
     EXPECT_EQ(metadata.size(), at);
     return text;
+}
+
+// Outside any activity.
+void WriteEvent(TraceLevel level, const char *name, std::initializer_list<TraceField> fields = {})
+{
+    mft_utils::WriteToTraceChannels({level, mft_utils::TraceOpcode::Info, nullptr, name, fields});
 }
 
 class TraceLoggingTest : public testing::Test
@@ -117,18 +116,17 @@ TEST_F(TraceLoggingTest, ProviderAndEventAreByteForByteAsDocumented)
     EXPECT_EQ(std::string("\x12\x00TARN_DEVICE_MFT\x00", 18), platform.structuredTraits);
     platform.EnableStructured(1, 8);
 
-    mft_utils::TraceLoggingWrite(TraceLevel::Information, "Demo",
-                                 {TraceField::String("PropId", "WARMSTART"), TraceField::Hex32("hr", E_FAIL),
-                                  TraceField::Int64("SampleTime", -2), TraceField::Guid("Id", kSomeGuid)});
+    WriteEvent(TraceLevel::Information, "Demo",
+               {TraceField::String("PropId", "WARMSTART"), TraceField::Hex32("hr", E_FAIL),
+                TraceField::Int64("SampleTime", -2)});
 
     ASSERT_EQ(1u, platform.events.size());
     const WrittenEvent &event = platform.events[0];
-    EXPECT_EQ((std::vector<ULONG>{2, 1, 0, 0, 0, 0}), event.types);
+    EXPECT_EQ((std::vector<ULONG>{2, 1, 0, 0, 0}), event.types);
     EXPECT_EQ(platform.structuredTraits, event.data[0]);
-    EXPECT_EQ(std::string("\x24\0\0Demo\0PropId\0\x02hr\0\x14SampleTime\0\x09Id\0\x0F", 36), event.data[1]);
+    EXPECT_EQ(std::string("\x20\0\0Demo\0PropId\0\x02hr\0\x14SampleTime\0\x09", 32), event.data[1]);
     EXPECT_EQ(std::string("WARMSTART\0", 10), event.data[2]);
-    EXPECT_EQ("Demo PropId=WARMSTART hr=h2147500037 SampleTime=-2 Id={01020304-0506-0708-090A-0B0C0D0E0F10}",
-              Decode(event));
+    EXPECT_EQ("Demo PropId=WARMSTART hr=h2147500037 SampleTime=-2", Decode(event));
     EXPECT_EQ(11, event.descriptor.Channel);
     EXPECT_EQ(4, event.descriptor.Level);
     EXPECT_EQ(0, event.descriptor.Opcode);
@@ -167,18 +165,18 @@ TEST_F(TraceLoggingTest, ActivityHasStartAndStopUnderOneId)
 TEST_F(TraceLoggingTest, LongStringsAndSurplusFieldsAreCut)
 {
     // The cut falls into the second byte of a two-byte character.
-    const std::string longValue = std::string(EncodedEvent::kMaxStringBytes - 2, 'v') + "\xC3\xA9" + "tail";
+    const std::string longValue = std::string(TextCutter::kMaxBytes - 2, 'v') + "\xC3\xA9" + "tail";
     const std::string longName(300, 'n');
     platform.EnableStructured(1, 0); // level 0 asks for everything
-    mft_utils::TraceLoggingWrite(TraceLevel::Verbose, longName.c_str(),
-                                 {TraceField::String(longName.c_str(), longValue.c_str()),
-                                  TraceField::String("b", longValue.c_str()), TraceField::String(nullptr, nullptr),
-                                  TraceField::Int64("4", 4), TraceField::Int64("5", 5), TraceField::Int64("6", 6),
-                                  TraceField::Int64("7", 7), TraceField::Int64("8", 8), TraceField::Int64("9", 9)});
+    WriteEvent(TraceLevel::Verbose, longName.c_str(),
+               {TraceField::String(longName.c_str(), longValue.c_str()), TraceField::String("b", longValue.c_str()),
+                TraceField::String(nullptr, nullptr), TraceField::Int64("4", 4), TraceField::Int64("5", 5),
+                TraceField::Int64("6", 6), TraceField::Int64("7", 7), TraceField::Int64("8", 8),
+                TraceField::Int64("9", 9)});
 
     ASSERT_EQ(1u, platform.events.size());
     const std::string cutName(EncodedEvent::kMaxNameBytes - 1, 'n');
-    EXPECT_EQ(cutName + " " + cutName + "=" + std::string(EncodedEvent::kMaxStringBytes - 2, 'v') +
+    EXPECT_EQ(cutName + " " + cutName + "=" + std::string(TextCutter::kMaxBytes - 2, 'v') +
                   " b=... = 4=4 5=5 6=6 7=7 8=8",
               Decode(platform.events[0]));
 }
@@ -197,7 +195,7 @@ TEST_F(TraceLoggingTest, SessionsLevelDecides)
 
     // The other listener's level does not open the provider.
     const tarn_test::TraceLines trace;
-    mft_utils::TraceLoggingWrite(TraceLevel::Error, "Demo");
+    WriteEvent(TraceLevel::Error, "Demo");
     EXPECT_TRUE(platform.events.empty());
     EXPECT_EQ((std::vector<std::string>{"event Demo"}), trace.Texts());
 }

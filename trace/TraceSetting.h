@@ -1,0 +1,27 @@
+// What TARN_TRACE asks for.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace mft_utils
+{
+
+// "2", "4", "8" or "error", "info", "verbose", optionally followed by ",file=<path>" or ",file=stderr".
+struct TraceSetting
+{
+    enum class Destination : std::uint8_t
+    {
+        Debugger,
+        StandardError,
+        File
+    };
+
+    std::uint32_t level = 0; // 0: off, also where the setting is not understood
+    Destination destination = Destination::Debugger;
+    std::string_view path; // of the file, UTF-8; borrows the setting's text
+
+    static TraceSetting Parse(std::string_view setting) noexcept;
+};
+
+} // namespace mft_utils
