@@ -223,6 +223,24 @@ TEST(DepthStreamingTest, TheConfidenceMapComesToDepthThatInfraredHasLeft)
     }
 }
 
+TEST(DepthStreamingTest, AConfidenceMapThatThePinCannotServeChangesNothing)
+{
+    for (const bool wasEnabled : {false, true})
+    {
+        DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeConfidenceDepth));
+        ASSERT_HR(S_OK, server.SetConfidenceMap(wasEnabled)); // nothing runs that could refuse it
+        ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+        ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+        ASSERT_HR(S_OK, server.Stop(kInfrared));
+        EXPECT_EQ(wasEnabled, server.HasConfidenceMap()); // though the topology of both gives none
+
+        EXPECT_HR(wasEnabled ? S_OK : E_FAIL, server.SetConfidenceMap(!wasEnabled)); // off is always served
+        EXPECT_EQ(wasEnabled ? "INVZ 320x240@30" : "INZI 640x480@30", server.Pin());
+        EXPECT_FALSE(server.HasConfidenceMap());
+        EXPECT_EQ(0u, WrongDepths(server.StepAndCollect(kDepth, 1).at(0), 320, 240));
+    }
+}
+
 TEST(DepthStreamingTest, NothingIsSeenWhilePrivacyIsOn)
 {
     DepthServer server;

@@ -60,16 +60,6 @@ DWORD TypeCount(const DepthServer &server, DWORD output)
     return count;
 }
 
-CameraConfiguration WithoutSubtype(const GUID &subtype)
-{
-    auto configuration = DepthServer::SteppedTarnDepth();
-    std::erase_if(configuration.pins.front().types, [&](const ComPtr<IMFMediaType> &type) {
-        GUID present{};
-        return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &present)) && IsEqualGUID(present, subtype) != 0;
-    });
-    return configuration;
-}
-
 TEST(TarnDepthDeviceMftTest, DepthComesFirstInEighthsOfAMillimetre)
 {
     DepthServer server;
@@ -112,7 +102,7 @@ TEST(TarnDepthDeviceMftTest, TheFaceLoginTypeIsTheFirstOfTheInfraredOutput)
 
 TEST(TarnDepthDeviceMftTest, ACameraWithoutFaceLoginFormatOffersNeitherTypeNorMode)
 {
-    DepthServer server(WithoutSubtype(tarn_sim::kSubtypeFaceLogin));
+    DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeFaceLogin));
     ASSERT_HR(S_OK, server.initialized);
     EXPECT_EQ(5u, TypeCount(server, kInfrared));
     EXPECT_EQ(nullptr, server.FindType(kInfrared, 360, 360, 60));
