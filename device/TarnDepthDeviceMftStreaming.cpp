@@ -123,6 +123,10 @@ HRESULT TarnDepthDeviceMft::RunTopology(const std::shared_ptr<OutputStream> &out
                                         const std::shared_ptr<Topology> &topology)
 {
     CHECK_HR_AS("currentTopology->Deactivate()", EndCurrentTopology());
+    if (FAILED(depthPresetsController->RestoreWantedPreset()))
+    {
+        TRACE_ERROR("%s: goes on with another preset than the wanted one", GetName());
+    }
     if (IsRunning(*outputStream))
     {
         CHECK_HR(outputStream->Flush()); // what is queued has the former media type
