@@ -1,5 +1,5 @@
 # The platform's headers take most of the compiler's time: every target below a folder shares one precompiled copy.
-# Sources still include what they use; the preset windows-release-consumes-input builds without it and proves that.
+# Sources still include what they use; the preset windows-release-keeps-input builds without it and proves that.
 option(TARN_PRECOMPILE "Share the platform's headers in precompiled form" OFF)
 
 function(tarn_share_precompiled_headers)

@@ -105,6 +105,11 @@ class DeviceMft : public IMFDeviceTransform,
     // Overrides release their components, then call it. May run more than once.
     virtual HRESULT UninitializeMembers();
 
+    // Starts the output, and the listener when the output did not run before. When nothing runs after a failure the
+    // listener does not either. Call under stateChangeLock.
+    HRESULT StartWithListener(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType,
+                              DeviceStreamState previous);
+
     // Throws std::logic_error("stream id mismatch") when the stream's id is not its position.
     void AppendOutputStream(std::shared_ptr<OutputStream> stream);
 
@@ -130,8 +135,6 @@ class DeviceMft : public IMFDeviceTransform,
     HRESULT GetFilterStreamIds(std::vector<DWORD> &ids);
     HRESULT ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value);
     HRESULT StopAndReport(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType);
-    HRESULT StartWithListener(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType,
-                              DeviceStreamState previous);
     HRESULT StartListener();
     void StopListener();
     bool AnyOutputRuns() const;

@@ -55,8 +55,8 @@ HRESULT WriteIds(DWORD size, DWORD *ids, const std::vector<std::shared_ptr<Strea
     return S_OK;
 }
 
-// Who owns the reference that comes with a sample. The ordinary COM rule leaves it with the caller; some pipelines
-// expect the transform to take it over, whatever the result.
+// Takes over the reference that comes with a sample, whatever becomes of it: the pipeline does not release it. The
+// build option leaves it with the caller, as other COM calls do.
 class InputReference
 {
   public:
@@ -72,10 +72,10 @@ class InputReference
     InputReference &operator=(const InputReference &) = delete;
 
   private:
-#ifdef TARN_PROCESS_INPUT_CONSUMES_REFERENCE
-    static constexpr bool kConsumesReference = true;
-#else
+#ifdef TARN_PROCESS_INPUT_KEEPS_REFERENCE
     static constexpr bool kConsumesReference = false;
+#else
+    static constexpr bool kConsumesReference = true;
 #endif
     IMFSample *const sample;
 };

@@ -233,6 +233,11 @@ HRESULT OutputStream::AnnounceRun()
         inputRateMonitor.Reset(expectedFps);
         outputRateMonitor.Reset(expectedFps);
     }
+    else
+    {
+        inputRateMonitor.Clear();
+        outputRateMonitor.Clear();
+    }
     return S_OK;
 }
 

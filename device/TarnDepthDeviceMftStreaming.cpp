@@ -123,6 +123,10 @@ HRESULT TarnDepthDeviceMft::RunTopology(const std::shared_ptr<OutputStream> &out
                                         const std::shared_ptr<Topology> &topology)
 {
     CHECK_HR_AS("currentTopology->Deactivate()", EndCurrentTopology());
+    if (FAILED(depthPresetsController->RestoreWantedPreset()))
+    {
+        TRACE_ERROR("%s: goes on with another preset than the wanted one", GetName());
+    }
     if (IsRunning(*outputStream))
     {
         CHECK_HR(outputStream->Flush()); // what is queued has the former media type
@@ -197,6 +201,7 @@ HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
     if (dynamic_cast<TarnDepthDepthTopology *>(currentTopology.get()) == nullptr)
     {
         CHECK_HR(EndCombinedTopology());
+        return S_OK; // built for the state to come
     }
     ComPtr<IMFMediaType> currentMediaType;
     CHECK_HR_AS("inputStream->GetCurrentMediaType(currentMediaType.GetAddressOf())",
@@ -225,13 +230,14 @@ HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
     return result;
 }
 
-// Infrared has stopped and left depth the topology of both, which takes no other format.
+// Infrared has stopped and left depth the topology of both, which takes no other format. Without a format for the state
+// to come nothing changes.
 HRESULT TarnDepthDeviceMft::EndCombinedTopology()
 {
     const auto &depthOutStream = At(outputStreams, depthStreamIndex);
     ComPtr<IMFMediaType> depthOutMediaType;
     CHECK_HR(depthOutStream->GetCurrentMediaType(depthOutMediaType.GetAddressOf()));
-    CHECK_HR(StartOutputStream(depthOutStream, depthOutMediaType.Get()));
+    CHECK_HR(StartWithListener(depthOutStream, depthOutMediaType.Get(), DeviceStreamState_Run));
     return S_OK;
 }
 

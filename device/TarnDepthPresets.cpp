@@ -17,6 +17,11 @@ UvcCommand MakeControl(const ComPtr<IKsControl> &extensionUnit, KSPROPERTY_XU_TA
 {
     return {extensionUnit, KSPROPERTYSETID_TARN_DEPTH_CONTROL, static_cast<ULONG>(id), name};
 }
+
+TarnDepthPresets::PresetTypes TypeOf(const DepthPreset &preset) noexcept
+{
+    return static_cast<TarnDepthPresets::PresetTypes>(preset.type);
+}
 } // namespace
 
 const TarnDepthPresets::Step TarnDepthPresets::kSteps[] = {
@@ -61,34 +66,82 @@ HRESULT TarnDepthPresets::ApplyPreset(PresetTypes type)
         return E_INVALIDARG;
     }
     const std::scoped_lock guard(lock);
+    if (isFaceLogin)
+    {
+        TRACE_INFO("%s: %s comes when face login ends", GetName(), preset->name);
+    }
+    else
+    {
+        CHECK_HR(PutIntoForce(*preset));
+    }
+    wanted = preset;
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::BeginFaceLogin()
+{
+    const DepthPreset *const preset = FindDepthPreset(static_cast<std::uint32_t>(PresetTypes::FACE_LOGIN));
+    CHECK_POINTER(preset);
+    const std::scoped_lock guard(lock);
+    CHECK_HR(PutIntoForce(*preset));
+    isFaceLogin = true;
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::EndFaceLogin()
+{
+    const std::scoped_lock guard(lock);
+    if (!std::exchange(isFaceLogin, false))
+    {
+        return S_OK;
+    }
+    CHECK_HR(PutIntoForce(*wanted));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::RestoreWantedPreset()
+{
+    const std::scoped_lock guard(lock);
+    if (isFaceLogin || (wanted == inForce && !isMixed))
+    {
+        return S_OK;
+    }
+    CHECK_HR(PutIntoForce(*wanted));
+    return S_OK;
+}
+
+HRESULT TarnDepthPresets::PutIntoForce(const DepthPreset &preset)
+{
     for (const Step &step : kSteps)
     {
-        const HRESULT result = (this->*step.run)(*preset);
+        const HRESULT result = (this->*step.run)(preset);
         if (FAILED(result))
         {
-            TRACE_ERROR("%s: %s failed at %s, hr 0x%08lX", GetName(), preset->name, step.name,
+            TRACE_ERROR("%s: %s failed at %s, hr 0x%08lX", GetName(), preset.name, step.name,
                         static_cast<unsigned long>(result));
             SetBack(step); // the failed step too: the camera may have taken it before it complained
             return result;
         }
     }
-    inForce = preset;
-    currentPreset = type;
-    TRACE_INFO("%s: %s is in force", GetName(), preset->name);
+    inForce = &preset;
+    isMixed = false;
+    TRACE_INFO("%s: %s is in force", GetName(), preset.name);
     return S_OK;
 }
 
 void TarnDepthPresets::SetBack(const Step &last)
 {
-    if (inForce == nullptr)
+    const DepthPreset *const former = inForce;
+    if (former == nullptr)
     {
+        isMixed = true;
         TRACE_ERROR("%s: none was in force before, the camera keeps what it took", GetName());
         return;
     }
     bool isComplete = true;
     for (const Step &step : std::span(std::begin(kSteps), &last + 1))
     {
-        const HRESULT result = (this->*step.run)(*inForce);
+        const HRESULT result = (this->*step.run)(*former);
         if (FAILED(result))
         {
             isComplete = false;
@@ -96,15 +149,22 @@ void TarnDepthPresets::SetBack(const Step &last)
                         static_cast<unsigned long>(result));
         }
     }
-    if (isComplete)
+    isMixed = isMixed || !isComplete;
+    if (!isMixed)
     {
-        TRACE_INFO("%s: %s stays in force", GetName(), inForce->name);
+        TRACE_INFO("%s: %s stays in force", GetName(), former->name);
     }
 }
 
 TarnDepthPresets::PresetTypes TarnDepthPresets::GetCurrentPreset() const noexcept
 {
-    return currentPreset;
+    const DepthPreset *const preset = inForce;
+    return preset != nullptr ? TypeOf(*preset) : PresetTypes::DEFAULT;
+}
+
+TarnDepthPresets::PresetTypes TarnDepthPresets::GetWantedPreset() const noexcept
+{
+    return TypeOf(*wanted);
 }
 
 template <UvcCommand TarnDepthPresets::*control, std::uint8_t DepthPreset::*value>

@@ -1,4 +1,4 @@
-// Puts depth presets into force: extension-unit controls and firmware commands, all or none.
+// Depth presets: the one that applications want and the one in force, which face login changes for a while.
 #pragma once
 
 #include "platform/MediaFoundation.h"
@@ -39,12 +39,23 @@ class TarnDepthPresets : public user_space_frameworks::Object
     // Applies PresetTypes::DEFAULT; fails as ApplyPreset does.
     HRESULT Init();
 
-    // E_INVALIDARG for an unknown type, with nothing sent. When a step fails its failure is returned and the steps done
-    // so far are set back to the preset that was in force, as far as the camera lets them; the trace tells.
+    // What applications want from now on: put into force at once, or when face login ends. E_INVALIDARG for an unknown
+    // type, with nothing sent. When a step fails its failure is returned, what is wanted stays, and the steps done so
+    // far are set back to the preset that was in force, as far as the camera lets them; the trace tells.
     HRESULT ApplyPreset(PresetTypes type);
 
-    // The last one applied. Does not wait for one that is being applied.
+    // Puts FACE_LOGIN into force until EndFaceLogin. Fails as ApplyPreset; face login has not begun then.
+    HRESULT BeginFaceLogin();
+    // Puts the wanted preset into force. When the camera refuses it face login has ended all the same, and
+    // RestoreWantedPreset tries again. Does nothing when face login has not begun.
+    HRESULT EndFaceLogin();
+
+    // Puts the wanted preset into force if a refusal has left anything else there, and face login does not last.
+    HRESULT RestoreWantedPreset();
+
+    // The last one applied as a whole, and the one that applications want. Neither waits for one that is being applied.
     PresetTypes GetCurrentPreset() const noexcept;
+    PresetTypes GetWantedPreset() const noexcept;
 
   private:
     struct Step
@@ -59,7 +70,9 @@ class TarnDepthPresets : public user_space_frameworks::Object
     HRESULT SetAutoRange(const DepthPreset &preset);
     HRESULT SetHdrConfiguration(const DepthPreset &preset);
     HRESULT SetHdr(const DepthPreset &preset);
-    void SetBack(const Step &last); // from the first to the last one run; call under the lock
+    // Both under the lock. SetBack: from the first to the last one run.
+    HRESULT PutIntoForce(const DepthPreset &preset);
+    void SetBack(const Step &last);
 
     UvcCommand laserPower;
     UvcCommand accuracy;
@@ -69,8 +82,11 @@ class TarnDepthPresets : public user_space_frameworks::Object
     const std::shared_ptr<IFirmwareCommandPipe> firmwareCommandPipe;
 
     user_space_frameworks::CriticalSection lock;
-    const DepthPreset *inForce = nullptr; // guarded by lock; null until the first is applied
-    std::atomic<PresetTypes> currentPreset{PresetTypes::DEFAULT};
+    // Changed under the lock, read without it.
+    std::atomic<const DepthPreset *> inForce{nullptr}; // null until the first is applied
+    std::atomic<const DepthPreset *> wanted{FindDepthPreset(TARN_DEPTH_PRESET_DEFAULT)};
+    bool isMixed = false;     // guarded by lock: the camera kept steps of a preset that it refused
+    bool isFaceLogin = false; // guarded by lock
 };
 
 } // namespace mft_core

@@ -23,9 +23,15 @@ void FpsMonitor::Reset(double framesPerSecond)
     {
         throw std::invalid_argument("FPS must be > 0");
     }
+    Clear();
+    reportedFps = std::llround(framesPerSecond);
+}
+
+void FpsMonitor::Clear() noexcept
+{
     intervals.Clear();
     hasPreviousTime = false;
-    reportedFps = std::llround(framesPerSecond);
+    reportedFps = 0;
 }
 
 void FpsMonitor::AddSample(std::int64_t timeMicroseconds)

@@ -23,6 +23,9 @@ class FpsMonitor
     // std::invalid_argument("FPS must be > 0") otherwise, and then changes nothing.
     void Reset(double framesPerSecond);
 
+    // Forgets all intervals and the rate reported last: nothing is known of the rate to come.
+    void Clear() noexcept;
+
     // Takes the time of a sample. A time that does not advance restarts the measurement. Throws what the callback
     // throws.
     void AddSample(std::int64_t timeMicroseconds);

@@ -11,6 +11,7 @@
 #include "core/PassThroughDeviceMft.h"
 #include "sim/SimulatedCamera.h"
 #include "tests/core/AsyncDeviceMft.h"
+#include "tests/support/GiveInput.h"
 #include "trace/Check.h"
 #include "base/ComObject.h"
 
@@ -69,7 +70,7 @@ class TransformRound
 
     void Frame()
     {
-        transform->ProcessInput(0, sample.Get(), 0);
+        tarn_test::GiveInput(transform, 0, sample.Get());
         ComPtr<IMFMediaEvent> event;
         events->GetEvent(0, &event);
         MFT_OUTPUT_DATA_BUFFER buffer{};

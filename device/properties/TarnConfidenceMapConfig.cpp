@@ -7,7 +7,7 @@
 #include "device/properties/CheckLength.h"
 #include "ks/KsRequest.h"
 #include "tarn/tarn_dmft.h"
-#include "trace/Check.h"
+#include "trace/Guard.h"
 
 namespace mft_core
 {
@@ -49,22 +49,28 @@ HRESULT TarnConfidenceMapConfig::Run(PKSPROPERTY pProperty, ULONG, LPVOID pvProp
     return S_OK;
 }
 
-HRESULT TarnConfidenceMapConfig::Set(bool nextEnabled)
+HRESULT TarnConfidenceMapConfig::Set(bool requested)
 {
     const std::scoped_lock guard(lock);
     const bool previous = IsEnabled();
-    if (nextEnabled == previous)
+    if (requested == previous)
     {
         TRACE_INFO("confidence map stays %s", StateName(previous));
         return S_OK;
     }
-    TRACE_INFO("confidence map: %s -> %s", StateName(previous), StateName(nextEnabled));
+    TRACE_INFO("confidence map: %s -> %s", StateName(previous), StateName(requested));
     if (setCallback == nullptr)
     {
         throw std::runtime_error("no callback function or instance");
     }
-    CHECK_HR_AS("(*setCallback)(nextEnabled)", setCallback(nextEnabled));
-    enabled.store(nextEnabled, std::memory_order_relaxed);
+    nextEnabled.store(requested, std::memory_order_relaxed);
+    const HRESULT changed = mft_utils::Guarded([&] { return setCallback(requested); });
+    if (FAILED(changed))
+    {
+        nextEnabled.store(previous, std::memory_order_relaxed);
+    }
+    CHECK_HR_AS("(*setCallback)(nextEnabled)", changed);
+    enabled.store(requested, std::memory_order_relaxed);
     return S_OK;
 }
 

@@ -31,13 +31,20 @@ class TarnConfidenceMapConfig : public KsPropHandler
         return enabled.load(std::memory_order_relaxed);
     }
 
+    // What a topology is built for: during the callback the state to come, which is not the state yet.
+    bool WillBeEnabled() const noexcept
+    {
+        return nextEnabled.load(std::memory_order_relaxed);
+    }
+
   private:
-    HRESULT Set(bool nextEnabled);
+    HRESULT Set(bool requested);
 
     const SetCallback setCallback;
     user_space_frameworks::CriticalSection ownLock;
     user_space_frameworks::CriticalSection &lock; // the transform's, or the one above
     std::atomic<bool> enabled{false};
+    std::atomic<bool> nextEnabled{false};
 };
 
 } // namespace mft_core

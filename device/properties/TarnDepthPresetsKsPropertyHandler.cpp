@@ -40,7 +40,7 @@ HRESULT TarnDepthPresetsKsPropertyHandler::Run(PKSPROPERTY pProperty, ULONG, LPV
         return E_INVALIDARG;
     }
     WriteBlock(pvPropertyData,
-               KSPROPERTY_TARN_DEPTH_PRESET{static_cast<std::uint32_t>(depthPresetsController->GetCurrentPreset())});
+               KSPROPERTY_TARN_DEPTH_PRESET{static_cast<std::uint32_t>(depthPresetsController->GetWantedPreset())});
     return S_OK;
 }
 

@@ -1,4 +1,4 @@
-// Private property: the depth preset in force.
+// Private property: the depth preset that applications want.
 #pragma once
 
 #include <memory>
@@ -15,9 +15,9 @@ class TarnDepthPresetsKsPropertyHandler : public KsPropHandler
   public:
     explicit TarnDepthPresetsKsPropertyHandler(std::shared_ptr<TarnDepthPresets> controller);
 
-    // Get and set, KSPROPERTY_TARN_DEPTH_PRESET. ERROR_MORE_DATA as an HRESULT below 4 bytes, E_POINTER without a
-    // buffer, E_INVALIDARG for an unknown preset and for other requests, the camera's failure; the preset that was in
-    // force stays then.
+    // Get and set, KSPROPERTY_TARN_DEPTH_PRESET. While face login lasts a set comes into force at its end; a get
+    // answers what was set last in any case. ERROR_MORE_DATA as an HRESULT below 4 bytes, E_POINTER without a buffer,
+    // E_INVALIDARG for an unknown preset and for other requests, the camera's failure; the preset stays then.
     HRESULT Run(PKSPROPERTY pProperty, ULONG ulPropertyLength, LPVOID pvPropertyData, ULONG ulDataLength,
                 ULONG *pBytesReturned) override;
 

@@ -42,7 +42,7 @@ HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
     ComPtr<IMFAttributes> depthAttributes;
     CHECK_HR(depthOutStream->GetAttributes(depthAttributes.GetAddressOf()));
 
-    if (confidenceMapCfgHandler->IsEnabled())
+    if (confidenceMapCfgHandler->WillBeEnabled())
     {
         CHECK_HR(requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_ZC));
     }

@@ -17,7 +17,7 @@
 #include "nodes/Crop16BitTopologyNode.h"
 #include "nodes/ImageResizeTopologyNode.h"
 #include "nodes/ImageThresholdTopologyNode.h"
-#include "trace/Check.h"
+#include "trace/Guard.h"
 
 using mft_utils::MediaTypeData;
 using mft_utils::MediaTypeParser;
@@ -42,6 +42,11 @@ TarnDepthIRTopology::TarnDepthIRTopology(const std::string &ownerName, bool isFa
     : Topology(ownerName + " IR Standalone Topology"), faceAuthMode(isFaceAuthMode),
       depthPresetsController(std::move(presetsController))
 {
+}
+
+TarnDepthIRTopology::~TarnDepthIRTopology()
+{
+    mft_utils::Guarded([&] { return EndFaceLogin(); });
 }
 
 HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std::shared_ptr<OutputStream> irOutStream,
@@ -134,9 +139,9 @@ HRESULT TarnDepthIRTopology::Activate()
 {
     if (faceAuthMode)
     {
-        previousPreset = depthPresetsController->GetCurrentPreset();
-        CHECK_HR(depthPresetsController->ApplyPreset(TarnDepthPresets::PresetTypes::FACE_LOGIN));
-        presetChanged = true;
+        CHECK_HR_AS("depthPresetsController->ApplyPreset(TarnDepthPresets::PresetTypes::FACE_LOGIN)",
+                    depthPresetsController->BeginFaceLogin());
+        hasBegunFaceLogin = true;
     }
     CHECK_HR(Topology::Activate());
     return S_OK;
@@ -145,16 +150,15 @@ HRESULT TarnDepthIRTopology::Activate()
 HRESULT TarnDepthIRTopology::Deactivate()
 {
     const HRESULT deactivated = Topology::Deactivate();
-    if (std::exchange(presetChanged, false))
-    {
-        const HRESULT restored = depthPresetsController->ApplyPreset(previousPreset);
-        if (SUCCEEDED(deactivated))
-        {
-            CHECK_HR_AS("depthPresetsController->ApplyPreset(previousPreset)", restored);
-        }
-    }
+    const HRESULT restored = EndFaceLogin();
     CHECK_HR_AS("Topology::Deactivate()", deactivated);
+    CHECK_HR_AS("depthPresetsController->ApplyPreset(previousPreset)", restored);
     return S_OK;
+}
+
+HRESULT TarnDepthIRTopology::EndFaceLogin()
+{
+    return std::exchange(hasBegunFaceLogin, false) ? depthPresetsController->EndFaceLogin() : S_OK;
 }
 
 } // namespace mft_core

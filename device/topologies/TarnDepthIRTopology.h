@@ -15,6 +15,8 @@ class TarnDepthIRTopology : public Topology
   public:
     TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
                         std::shared_ptr<TarnDepthPresets> presetsController);
+    // Ends face login where Deactivate has not: one that is released while it runs, with its transform.
+    ~TarnDepthIRTopology() override;
 
     // Face login needs an output of 360 x 360 and the camera's format for it; without either the mode is left and
     // ordinary frames are served. Ordinary input is the closest infrared and depth type at or above the output's size
@@ -25,7 +27,7 @@ class TarnDepthIRTopology : public Topology
 
     // A failed change of preset is returned before the input stream is asked for anything.
     HRESULT Activate() override;
-    // Puts the former preset back even when the base fails.
+    // Puts the wanted preset back even when the base fails.
     HRESULT Deactivate() override;
 
   private:
@@ -33,14 +35,14 @@ class TarnDepthIRTopology : public Topology
                                const mft_utils::MediaTypeData &outputMtData);
     HRESULT FindFaceLoginMediaType(IMFMediaType **ppFound, const InputStream &inputStream,
                                    const mft_utils::MediaTypeData &outputMtData) const;
+    HRESULT EndFaceLogin();
     std::shared_ptr<ITopologyNode> AddFaceLoginNodes(std::shared_ptr<ITopologyNode> successor,
                                                      const mft_utils::MediaTypeData &inputMtData,
                                                      const mft_utils::MediaTypeData &outputMtData) const;
 
     bool faceAuthMode;
     const std::shared_ptr<TarnDepthPresets> depthPresetsController;
-    TarnDepthPresets::PresetTypes previousPreset = TarnDepthPresets::PresetTypes::DEFAULT;
-    bool presetChanged = false;
+    bool hasBegunFaceLogin = false;
 };
 
 } // namespace mft_core

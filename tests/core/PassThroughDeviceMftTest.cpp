@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/core/AsyncDeviceMft.h"
+#include "tests/core/TestParts.h"
 #include "tests/support/HandleCount.h"
 #include "tests/support/TestFrameServer.h"
 
@@ -131,27 +132,30 @@ TEST(PassThroughDeviceMftTest, FlushEmptiesTheQueuesAndTheStreamRunsOn)
     EXPECT_EQ(1u, server.CollectAll(0).size());
 }
 
-TEST(PassThroughDeviceMftTest, ProcessInputKeepsTheReferenceRuleOfTheBuild)
+TEST(PassThroughDeviceMftTest, ProcessInputConsumesWhatTheBuildSaysWhateverItsResult)
 {
     TestFrameServer server(NewTransform(), SteppedCamera());
+    const auto give = [&](DWORD streamId, const ComPtr<IMFSample> &sample, ULONG forwarded) {
+        sample.Get()->AddRef();
+        const HRESULT result = server.transform->ProcessInput(streamId, sample.Get(), 0);
+        EXPECT_REFS(sample, 2 - tarn_test::kReferencesConsumed + forwarded);
+        return result;
+    };
+    EXPECT_HR(S_OK, give(0, tarn_test::MakeSample(1), 0)); // nothing runs
     ASSERT_HR(S_OK, server.Start(0));
-    ComPtr<IMFSample> sample;
-    ASSERT_HR(S_OK, MFCreateSample(&sample));
-    ASSERT_HR(S_OK, sample->SetSampleTime(5));
-    server.OnFrame(0, sample.Get());
-    EXPECT_REFS(sample, 2); // ours and the queue's
+    const auto delivered = tarn_test::MakeSample(2);
+    EXPECT_HR(S_OK, give(0, delivered, 1)); // the queue's
     const auto collected = server.Collect(0);
-    EXPECT_EQ(sample.Get(), collected.Get());
-    EXPECT_REFS(sample, 2); // ours and exactly one handed out
-
+    EXPECT_EQ(delivered.Get(), collected.Get());
+    EXPECT_REFS(delivered, 3 - tarn_test::kReferencesConsumed); // exactly one handed out
+    EXPECT_HR(E_FAIL, give(7, tarn_test::MakeSample(3), 0));
     ComPtr<IMFSample> timeless;
     ASSERT_HR(S_OK, MFCreateSample(&timeless));
-    IMFSample *const passed = timeless.Get();
-#ifdef TARN_PROCESS_INPUT_CONSUMES_REFERENCE
-    passed->AddRef();
-#endif
-    EXPECT_HR(MF_E_NO_SAMPLE_TIMESTAMP, server.transform->ProcessInput(0, passed, 0));
-    EXPECT_REFS(timeless, 1); // consumed or kept, also on failure
+    EXPECT_HR(MF_E_NO_SAMPLE_TIMESTAMP, give(0, timeless, 0));
+    ComPtr<IMFShutdown> shutdown;
+    ASSERT_HR(S_OK, server.transform.As(&shutdown));
+    EXPECT_HR(S_OK, shutdown->Shutdown());
+    EXPECT_HR(S_OK, give(0, tarn_test::MakeSample(4), 0));
 }
 
 // Start, stop, flush and shutdown while the capture thread delivers as fast as it can and a consumer collects.

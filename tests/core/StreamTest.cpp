@@ -6,6 +6,7 @@
 
 #include "tests/core/TestParts.h"
 #include "tests/support/Expect.h"
+#include "tests/trace/TraceLines.h"
 
 using mft_core::InputStream;
 using mft_core::MediaTypeList;
@@ -159,6 +160,30 @@ TEST(StreamTest, OnlyARunningOutputKeepsSamples)
     stream->SetState(DeviceStreamState_Stop);
     EXPECT_HR(MF_E_SHUTDOWN, stream->SetState(DeviceStreamState_Run));
     EXPECT_EQ(DeviceStreamState_Stop, stream->GetState());
+}
+
+TEST(StreamTest, ATypeWithoutARateDoesNotInheritTheFormerOnesFrames)
+{
+    TestEventGenerator generator;
+    for (const auto &[rate, denominator] : {std::pair{30u, 0u}, std::pair{0u, 1u}})
+    {
+        const auto stream = StreamWith({MakeType(640, 480, 30)}, &generator);
+        const tarn_test::TraceLines trace(mft_utils::TraceLevel::Information);
+        ASSERT_HR(S_OK, stream->SetState(DeviceStreamState_Run));
+        for (int frame = 0; frame < 2; ++frame)
+        {
+            const MFTIME before = MFGetSystemTime();
+            EXPECT_TRUE(tarn_test::WaitUntil([&] { return MFGetSystemTime() > before + 10; })); // a microsecond
+            EXPECT_HR(S_OK, stream->ProcessSample(MakeSample(frame).Get()));
+        }
+        ASSERT_HR(S_OK, stream->SetState(DeviceStreamState_Stop));
+        EXPECT_EQ(std::string::npos, trace.lines.back().find("input 0.0 fps")) << trace.lines.back();
+
+        ASSERT_HR(S_OK, stream->SetCurrentMediaType(MakeType(640, 480, rate, MFVideoFormat_D16, denominator).Get()));
+        ASSERT_HR(S_OK, stream->SetState(DeviceStreamState_Run));
+        ASSERT_HR(S_OK, stream->SetState(DeviceStreamState_Stop));
+        EXPECT_NE(std::string::npos, trace.lines.back().find("input 0.0 fps")) << trace.lines.back();
+    }
 }
 
 } // namespace

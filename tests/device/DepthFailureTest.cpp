@@ -15,6 +15,7 @@
 #include "tests/core/FailureSession.h"
 #include "tests/device/FlatScene.h"
 #include "tests/support/Expect.h"
+#include "tests/support/GiveInput.h"
 #include "media/MediaTypeParser.h"
 #include "base/TakeReference.h"
 
@@ -145,7 +146,7 @@ class Client : public tarn_sim::IFrameSink
         for (std::uint32_t i = 0; i < frames; ++i)
         {
             const auto frame = NextFrame();
-            const HRESULT accepted = transform->ProcessInput(0, frame.Get(), 0);
+            const HRESULT accepted = tarn_test::GiveInput(transform, 0, frame.Get());
             lost += HasReachedAll(frame) ? 0 : 1;
             if (FAILED(accepted))
             {
@@ -172,7 +173,7 @@ class Client : public tarn_sim::IFrameSink
         {
             ASSERT_EQ(DeviceStreamState_Run, camera->GetPinState(0));
             const auto frame = NextFrame();
-            EXPECT_HR(S_OK, transform->ProcessInput(0, frame.Get(), 0));
+            EXPECT_HR(S_OK, tarn_test::GiveInput(transform, 0, frame.Get()));
             EXPECT_TRUE(HasReachedAll(frame));
         }
     }

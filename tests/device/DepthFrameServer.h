@@ -109,8 +109,13 @@ class DepthFrameServer : public TestFrameServer
 
     HRESULT SendProperty(const GUID &set, ULONG id, ULONG flags, void *data, ULONG size)
     {
+        return SendProperty(transform, set, id, flags, data, size);
+    }
+    static HRESULT SendProperty(const ComPtr<IMFDeviceTransform> &receiver, const GUID &set, ULONG id, ULONG flags,
+                                void *data, ULONG size)
+    {
         ComPtr<IKsControl> control;
-        EXPECT_HR(S_OK, transform.As(&control));
+        EXPECT_HR(S_OK, receiver.As(&control));
         KSPROPERTY property{};
         property.Set = set;
         property.Id = id;
@@ -145,6 +150,10 @@ class DepthFrameServer : public TestFrameServer
 
     HRESULT SetFaceLogin(bool on)
     {
+        return SetFaceLogin(transform, on);
+    }
+    static HRESULT SetFaceLogin(const ComPtr<IMFDeviceTransform> &receiver, bool on)
+    {
         struct
         {
             KSCAMERA_EXTENDEDPROP_HEADER header;
@@ -152,11 +161,12 @@ class DepthFrameServer : public TestFrameServer
         } mode{};
         mode.header.Flags = on ? KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_ALTERNATIVE_FRAME_ILLUMINATION
                                : KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_DISABLED;
-        return SendProperty(KSPROPERTYSETID_ExtendedCameraControl, KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE,
-                            KSPROPERTY_TYPE_SET, &mode, sizeof(mode));
+        return SendProperty(receiver, KSPROPERTYSETID_ExtendedCameraControl,
+                            KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE, KSPROPERTY_TYPE_SET, &mode, sizeof(mode));
     }
 
-    UINT32 CurrentPreset()
+    // What applications want.
+    UINT32 Preset()
     {
         return Property(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS);
     }

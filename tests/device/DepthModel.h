@@ -60,11 +60,7 @@ class DepthModel
         EndTopology();
         pin = next;
         isDepthAlone = output == kDepth && !other;
-        if (isFaceLogin)
-        {
-            presetBefore = preset;
-            preset = TARN_DEPTH_PRESET_FACE_LOGIN;
-        }
+        presetInForce = isFaceLogin ? UINT32{TARN_DEPTH_PRESET_FACE_LOGIN} : preset;
         isListening = isListening || !running.at(output);
         running.at(output) = format;
         hasStopped.at(output) = false;
@@ -103,6 +99,13 @@ class DepthModel
         return S_OK;
     }
 
+    HRESULT SetPreset(UINT32 wanted)
+    {
+        preset = wanted;
+        presetInForce = IsFaceLogin() ? presetInForce : wanted;
+        return S_OK;
+    }
+
     HRESULT SetFaceLogin(bool on)
     {
         if (AnyRuns())
@@ -111,6 +114,11 @@ class DepthModel
         }
         faceLogin = on;
         return S_OK;
+    }
+
+    bool IsFaceLogin() const
+    {
+        return pin.rfind("PAIR", 0) == 0;
     }
 
     bool AnyRuns() const
@@ -123,7 +131,8 @@ class DepthModel
     bool isDepthAlone = false;   // the topology of depth alone
     bool confidenceMap = false;
     bool faceLogin = false;
-    UINT32 preset = TARN_DEPTH_PRESET_DEFAULT;
+    UINT32 preset = TARN_DEPTH_PRESET_DEFAULT; // that applications want
+    UINT32 presetInForce = TARN_DEPTH_PRESET_DEFAULT;
     bool isListening = false; // to the camera's auto-update event
 
   private:
@@ -144,10 +153,9 @@ class DepthModel
     void EndTopology()
     {
         isDepthAlone = false;
-        preset = std::exchange(presetBefore, std::nullopt).value_or(preset);
+        presetInForce = preset;
     }
 
-    std::optional<UINT32> presetBefore; // while face login runs
     std::array<bool, 2> hasStopped{};
 };
 

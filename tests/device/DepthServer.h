@@ -1,6 +1,8 @@
 // A frame server over a depth transform of this process.
 #pragma once
 
+#include <vector>
+
 #include "device/TarnDepthDeviceMft.h"
 #include "tests/device/DepthFrameServer.h"
 
@@ -24,6 +26,16 @@ class DepthServer : public DepthFrameServer
         auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
         configuration.pacing = tarn_sim::Pacing::Stepped;
         configuration.buffersPerPin = 64;
+        return configuration;
+    }
+
+    static tarn_sim::CameraConfiguration WithoutSubtype(const GUID &subtype)
+    {
+        auto configuration = SteppedTarnDepth();
+        std::erase_if(configuration.pins.front().types, [&](const ComPtr<IMFMediaType> &type) {
+            GUID present{};
+            return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &present)) && IsEqualGUID(present, subtype) != 0;
+        });
         return configuration;
     }
 };

@@ -1,6 +1,7 @@
 // Frames through the three topologies, and the changes between them.
 #include "platform/CameraAttributes.h"
 
+#include "device/DepthPresetTable.h"
 #include "tests/device/DepthCamera.h"
 #include "tests/device/DepthServer.h"
 #include "tests/device/SceneComparison.h"
@@ -223,6 +224,24 @@ TEST(DepthStreamingTest, TheConfidenceMapComesToDepthThatInfraredHasLeft)
     }
 }
 
+TEST(DepthStreamingTest, AConfidenceMapThatThePinCannotServeChangesNothing)
+{
+    for (const bool wasEnabled : {false, true})
+    {
+        DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeConfidenceDepth));
+        ASSERT_HR(S_OK, server.SetConfidenceMap(wasEnabled)); // nothing runs that could refuse it
+        ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+        ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+        ASSERT_HR(S_OK, server.Stop(kInfrared));
+        EXPECT_EQ(wasEnabled, server.HasConfidenceMap()); // though the topology of both gives none
+
+        EXPECT_HR(wasEnabled ? S_OK : E_FAIL, server.SetConfidenceMap(!wasEnabled)); // off is always served
+        EXPECT_EQ(wasEnabled ? "INVZ 320x240@30" : "INZI 640x480@30", server.Pin());
+        EXPECT_FALSE(server.HasConfidenceMap());
+        EXPECT_EQ(0u, WrongDepths(server.StepAndCollect(kDepth, 1).at(0), 320, 240));
+    }
+}
+
 TEST(DepthStreamingTest, NothingIsSeenWhilePrivacyIsOn)
 {
     DepthServer server;
@@ -253,7 +272,12 @@ TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)
     ASSERT_HR(S_OK, server.SetFaceLogin(true));
     ASSERT_HR(S_OK, server.Run(kInfrared, 360, 360, 60));
     EXPECT_EQ("PAIR 640x480@60", server.Pin());
-    EXPECT_EQ(14u, server.CurrentPreset());
+    const auto isInForce = [&](UINT32 preset) {
+        return mft_core::FindDepthPreset(preset)->laserPower ==
+               server.camera->ControlValue(tarn_sim::kControlLaserPower);
+    };
+    EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
+    EXPECT_EQ(0u, server.Preset());
     EXPECT_HR(E_FAIL, server.SetFaceLogin(false));
 
     const auto samples = server.StepAndCollect(kInfrared, 4);
@@ -280,9 +304,20 @@ TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)
     EXPECT_EQ((std::vector<UINT64>{1, 0, 1, 0}), lights);
     EXPECT_GT(brightness[0], 2 * brightness[1]);
 
-    ASSERT_HR(S_OK, server.Stop(kInfrared));
-    EXPECT_EQ(0u, server.CurrentPreset());
+    // What an application wants meanwhile comes afterwards, where the camera refuses it at first with the next start.
+    EXPECT_HR(S_OK, server.SetProperty(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, TARN_DEPTH_PRESET_LOW_POWER));
+    EXPECT_EQ(static_cast<UINT32>(TARN_DEPTH_PRESET_LOW_POWER), server.Preset());
+    EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
+    tarn_sim::FaultPlan plan;
+    plan.ksCall = {1, E_ABORT, true};
+    server.camera->SetFaultPlan(plan);
+    EXPECT_HR(E_ABORT, server.Stop(kInfrared));
+    EXPECT_EQ("stopped", server.Pin());
+    server.camera->SetFaultPlan({});
+    EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
     EXPECT_HR(S_OK, server.SetFaceLogin(false));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 360, 360, 60));
+    EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_LOW_POWER));
 }
 
 } // namespace

@@ -182,8 +182,8 @@ class Sequence
         case 6: {
             UINT32 preset = kPresets.at(random() % kPresets.size());
             Log("preset " + std::to_string(preset));
-            model.preset = preset;
-            EXPECT_HR(S_OK, server->SetProperty(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, preset));
+            ExpectResult(model.SetPreset(preset),
+                         server->SetProperty(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, preset));
             break;
         }
         case 7:
@@ -226,10 +226,15 @@ class Sequence
             return;
         }
         EXPECT_EQ(model.pin, server->Pin());
-        EXPECT_EQ(model.preset, server->CurrentPreset());
-        EXPECT_EQ(mft_core::FindDepthPreset(model.preset)->laserPower,
-                  camera->ControlValue(tarn_sim::kControlLaserPower));
+        EXPECT_EQ(model.preset, server->Preset());
+        CheckPresetInForce(model.presetInForce);
         EXPECT_EQ(model.confidenceMap, server->HasConfidenceMap());
+    }
+
+    void CheckPresetInForce(UINT32 preset)
+    {
+        EXPECT_EQ(mft_core::FindDepthPreset(preset)->laserPower, camera->ControlValue(tarn_sim::kControlLaserPower));
+        EXPECT_EQ(mft_core::FindDepthPreset(preset)->accuracy, camera->ControlValue(tarn_sim::kControlAccuracy));
     }
 
     std::uint32_t DeliverFrames(std::uint32_t frames)
@@ -299,7 +304,7 @@ class Sequence
         std::mt19937 own(42); // NOLINT: the same in every run
         while (!isOver && meanwhile != Meanwhile::Nothing)
         {
-            server->CurrentPreset();
+            server->Preset();
             server->HasConfidenceMap();
             if (meanwhile == Meanwhile::Changes)
             {
@@ -327,6 +332,7 @@ class Sequence
         {
             EXPECT_EQ(map + model.running[kDepth]->Text(), pin);
         }
+        CheckPresetInForce(pin.rfind("PAIR", 0) == 0 ? UINT32{TARN_DEPTH_PRESET_FACE_LOGIN} : server->Preset());
         CollectFrames();
     }
 

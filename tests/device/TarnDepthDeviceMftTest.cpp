@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "device/DepthPresetTable.h"
 #include "tarn/firmware_errors.h"
 #include "tests/device/DepthCamera.h"
 #include "tests/device/DepthServer.h"
@@ -49,6 +50,11 @@ std::vector<Model> IntrinsicsOf(const DepthServer &server, DWORD output)
     return models;
 }
 
+int LaserPowerOf(std::uint32_t preset)
+{
+    return mft_core::FindDepthPreset(preset)->laserPower;
+}
+
 DWORD TypeCount(const DepthServer &server, DWORD output)
 {
     DWORD count = 0;
@@ -58,16 +64,6 @@ DWORD TypeCount(const DepthServer &server, DWORD output)
         ++count;
     }
     return count;
-}
-
-CameraConfiguration WithoutSubtype(const GUID &subtype)
-{
-    auto configuration = DepthServer::SteppedTarnDepth();
-    std::erase_if(configuration.pins.front().types, [&](const ComPtr<IMFMediaType> &type) {
-        GUID present{};
-        return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &present)) && IsEqualGUID(present, subtype) != 0;
-    });
-    return configuration;
 }
 
 TEST(TarnDepthDeviceMftTest, DepthComesFirstInEighthsOfAMillimetre)
@@ -112,7 +108,7 @@ TEST(TarnDepthDeviceMftTest, TheFaceLoginTypeIsTheFirstOfTheInfraredOutput)
 
 TEST(TarnDepthDeviceMftTest, ACameraWithoutFaceLoginFormatOffersNeitherTypeNorMode)
 {
-    DepthServer server(WithoutSubtype(tarn_sim::kSubtypeFaceLogin));
+    DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeFaceLogin));
     ASSERT_HR(S_OK, server.initialized);
     EXPECT_EQ(5u, TypeCount(server, kInfrared));
     EXPECT_EQ(nullptr, server.FindType(kInfrared, 360, 360, 60));
@@ -147,7 +143,7 @@ TEST(TarnDepthDeviceMftTest, PrivatePropertiesAreServedAndOthersReachTheCamera)
     EXPECT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_API_VERSION,
                                         KSPROPERTY_TYPE_GET, &version, sizeof(version)));
     EXPECT_EQ(7u, version.second);
-    EXPECT_EQ(0u, server.CurrentPreset());
+    EXPECT_EQ(0u, server.Preset());
     struct
     {
         KSPROPERTY_TARN_HW_COMMAND command;
@@ -174,21 +170,28 @@ TEST(TarnDepthDeviceMftTest, AFirmwareErrorIsTracedWhenTheCameraSignalsIt)
 
 TEST(TarnDepthDeviceMftTest, ATransformReleasedWithoutShutdownLeavesNothing)
 {
-    auto camera = MakeCom<SimulatedCamera>(DepthServer::SteppedTarnDepth());
+    for (const DWORD output : {kDepth, kInfrared}) // infrared for face login
     {
-        const ComPtr<IMFDeviceTransform> transform = MakeCom<mft_core::TarnDepthDeviceMft>();
-        ComPtr<IMFAttributes> filter;
-        ASSERT_HR(S_OK, MFCreateAttributes(&filter, 1));
-        ASSERT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
-                                           static_cast<IMFTransform *>(camera.Get())));
-        ASSERT_HR(S_OK, transform->InitializeTransform(filter.Get()));
-        ComPtr<IMFMediaType> type;
-        ASSERT_HR(S_OK, transform->GetOutputAvailableType(kDepth, 0, &type));
-        ASSERT_HR(S_OK, transform->SetOutputStreamState(kDepth, type.Get(), DeviceStreamState_Run, 0));
-        EXPECT_EQ(1u, camera->EventListenerCount());
+        auto camera = MakeCom<SimulatedCamera>(DepthServer::SteppedTarnDepth());
+        {
+            const ComPtr<IMFDeviceTransform> transform = MakeCom<mft_core::TarnDepthDeviceMft>();
+            ComPtr<IMFAttributes> filter;
+            ASSERT_HR(S_OK, MFCreateAttributes(&filter, 1));
+            ASSERT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
+                                               static_cast<IMFTransform *>(camera.Get())));
+            ASSERT_HR(S_OK, transform->InitializeTransform(filter.Get()));
+            ASSERT_HR(S_OK, tarn_test::DepthFrameServer::SetFaceLogin(transform, true));
+            ComPtr<IMFMediaType> type;
+            ASSERT_HR(S_OK, transform->GetOutputAvailableType(output, 0, &type));
+            ASSERT_HR(S_OK, transform->SetOutputStreamState(output, type.Get(), DeviceStreamState_Run, 0));
+            EXPECT_EQ(1u, camera->EventListenerCount());
+            EXPECT_EQ(output == kDepth,
+                      LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT) == camera->ControlValue(tarn_sim::kControlLaserPower));
+        }
+        EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
+        EXPECT_EQ(0u, camera->EventListenerCount());
+        EXPECT_EQ(LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT), camera->ControlValue(tarn_sim::kControlLaserPower));
     }
-    EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
-    EXPECT_EQ(0u, camera->EventListenerCount());
 }
 
 } // namespace

@@ -135,6 +135,46 @@ TEST_F(TarnDepthPresetsTest, ACameraThatTakesNothingAnyMoreIsReported)
     EXPECT_FALSE(trace.Contains("stays in force"));
 }
 
+TEST_F(TarnDepthPresetsTest, FaceLoginEndsWithWhatApplicationsWantAlsoAfterRefusals)
+{
+    const auto inForce = [this](Types type) {
+        return device.camera->ControlValue(tarn_sim::kControlLaserPower) ==
+                   mft_core::FindDepthPreset(static_cast<std::uint32_t>(type))->laserPower &&
+               presets->GetCurrentPreset() == type;
+    };
+    ASSERT_HR(S_OK, presets->ApplyPreset(Types::LOW_POWER));
+    ASSERT_HR(S_OK, presets->BeginFaceLogin());
+    EXPECT_TRUE(inForce(Types::FACE_LOGIN));
+    EXPECT_EQ(Types::LOW_POWER, presets->GetWantedPreset());
+    device.camera->ClearKsTraffic();
+    EXPECT_HR(S_OK, presets->ApplyPreset(Types::CLOSE_UP));
+    EXPECT_HR(E_INVALIDARG, presets->ApplyPreset(Types{13}));
+    EXPECT_HR(S_OK, presets->RestoreWantedPreset());
+    EXPECT_TRUE(device.camera->KsTraffic().empty());
+    EXPECT_EQ(Types::CLOSE_UP, presets->GetWantedPreset());
+
+    device.FailKsCall(1);
+    EXPECT_HR(E_ABORT, presets->EndFaceLogin());
+    EXPECT_TRUE(inForce(Types::FACE_LOGIN)); // and the next face login does not take it for the wanted one
+    ASSERT_HR(S_OK, presets->BeginFaceLogin());
+    ASSERT_HR(S_OK, presets->EndFaceLogin());
+    EXPECT_TRUE(inForce(Types::CLOSE_UP));
+
+    // A camera that neither takes a preset nor lets go of its first steps gets the wanted one later.
+    device.FailKsCall(3, true);
+    EXPECT_HR(E_ABORT, presets->BeginFaceLogin());
+    EXPECT_HR(E_ABORT, presets->RestoreWantedPreset());
+    EXPECT_NE(mft_core::FindDepthPreset(TARN_DEPTH_PRESET_CLOSE_UP)->laserPower,
+              device.camera->ControlValue(tarn_sim::kControlLaserPower));
+    device.camera->SetFaultPlan({});
+    EXPECT_HR(S_OK, presets->RestoreWantedPreset());
+    EXPECT_TRUE(inForce(Types::CLOSE_UP));
+    device.camera->ClearKsTraffic();
+    EXPECT_HR(S_OK, presets->EndFaceLogin()); // it has not begun
+    EXPECT_HR(S_OK, presets->RestoreWantedPreset());
+    EXPECT_TRUE(device.camera->KsTraffic().empty());
+}
+
 TEST_F(TarnDepthPresetsTest, PresetsFromTwoThreadsDoNotMix)
 {
     const auto apply = [this](Types first, Types second) {

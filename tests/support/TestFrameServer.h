@@ -9,6 +9,7 @@
 
 #include "sim/SimulatedCamera.h"
 #include "tests/support/Expect.h"
+#include "tests/support/GiveInput.h"
 #include "base/TakeReference.h"
 
 namespace tarn_test
@@ -54,10 +55,7 @@ class TestFrameServer : public tarn_sim::IFrameSink
 
     void OnFrame(DWORD streamId, IMFSample *sample) override
     {
-#ifdef TARN_PROCESS_INPUT_CONSUMES_REFERENCE
-        sample->AddRef(); // the transform takes this one over
-#endif
-        EXPECT_HR(S_OK, transform->ProcessInput(streamId, sample, 0));
+        EXPECT_HR(S_OK, GiveInput(transform, streamId, sample));
     }
 
     // Answers every event that is queued now.

@@ -34,10 +34,7 @@ const char *NameOf(DeviceStreamState state)
 
 } // namespace
 
-DeviceTransformSession::DeviceTransformSession(SessionListener &sessionListener, InputReference reference)
-    : listener(sessionListener), inputReference(reference)
-{
-}
+DeviceTransformSession::DeviceTransformSession(SessionListener &sessionListener) : listener(sessionListener) {}
 
 DeviceTransformSession::~DeviceTransformSession()
 {
@@ -68,6 +65,7 @@ void DeviceTransformSession::Open(const CLSID &transformClass, IUnknown *cameraF
     ThrowIfFailed(realTimeClient->SetWorkQueueEx(workQueue->Id(), 0), "SetWorkQueueEx");
 
     ReadStreamIds();
+    FindInputRule();
     eventLoop = std::thread([this] { RunEventLoop(); });
 }
 
@@ -79,6 +77,27 @@ void DeviceTransformSession::ReadStreamIds()
     inputIds.resize(inputs);
     outputIds.resize(outputs);
     ThrowIfFailed(transform->GetStreamIDs(inputs, inputIds.data(), outputs, outputIds.data()), "GetStreamIDs");
+}
+
+// Before an output runs the transform drops what it is given, and what is then left of our references shows the rule.
+void DeviceTransformSession::FindInputRule()
+{
+    if (inputIds.empty())
+    {
+        return;
+    }
+    ComPtr<IMFSample> sample;
+    ThrowIfFailed(MFCreateSample(&sample), "MFCreateSample");
+    ThrowIfFailed(sample->SetSampleTime(0), "SetSampleTime");
+    sample.Get()->AddRef();
+    ThrowIfFailed(transform->ProcessInput(inputIds.front(), sample.Get(), 0), "ProcessInput");
+    sample.Get()->AddRef();
+    const ULONG left = sample.Get()->Release();
+    isInputConsumed = left == 1;
+    if (!isInputConsumed)
+    {
+        sample.Get()->Release();
+    }
 }
 
 std::vector<ComPtr<IMFMediaType>> DeviceTransformSession::OutputTypes(DWORD outputId) const
@@ -153,7 +172,7 @@ void DeviceTransformSession::Synchronise(std::chrono::milliseconds limit)
 
 HRESULT DeviceTransformSession::ProcessInput(DWORD inputId, IMFSample *sample) const
 {
-    if (inputReference == InputReference::Consumed)
+    if (isInputConsumed)
     {
         sample->AddRef();
     }

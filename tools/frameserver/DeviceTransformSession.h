@@ -19,13 +19,6 @@
 namespace tarn_host
 {
 
-// What ProcessInput does with the reference on the sample that it is given.
-enum class InputReference
-{
-    Keep,    // The caller keeps its reference: the ordinary COM rule.
-    Consumed // The transform releases it: the caller hands over one of its own.
-};
-
 // Called on the session's event loop thread.
 class SessionListener
 {
@@ -53,7 +46,7 @@ class DeviceTransformSession
 {
   public:
     // `sessionListener` outlives the session.
-    DeviceTransformSession(SessionListener &sessionListener, InputReference reference);
+    explicit DeviceTransformSession(SessionListener &sessionListener);
     // Closes without looking at the outcome when Close was not called.
     ~DeviceTransformSession();
     DeviceTransformSession(const DeviceTransformSession &) = delete;
@@ -85,6 +78,7 @@ class DeviceTransformSession
     // Waits until every event that the transform has raised so far has been answered. Throws HostError when that takes
     // longer than `limit`.
     void Synchronise(std::chrono::milliseconds limit);
+    // The caller's reference stays its own, whichever rule the transform follows.
     HRESULT ProcessInput(DWORD inputId, IMFSample *sample) const;
 
     // The first failure of the event loop.
@@ -98,6 +92,7 @@ class DeviceTransformSession
 
   private:
     void ReadStreamIds();
+    void FindInputRule();
     void RunEventLoop();
     HRESULT HandleEvent(IMFMediaEvent &event);
     HRESULT FollowInputState(IMFMediaEvent &event);
@@ -105,7 +100,7 @@ class DeviceTransformSession
     void Fail(const std::string &step, HRESULT result);
 
     SessionListener &listener;
-    const InputReference inputReference;
+    bool isInputConsumed = true; // ProcessInput takes over the reference on the sample; immutable after Open
     std::optional<WorkQueue> workQueue;
     ComPtr<IMFDeviceTransform> transform;
     ComPtr<IMFMediaEventGenerator> events;

@@ -42,7 +42,7 @@ void RunOverModule(const KsSessionOptions &options, const std::function<void(con
         options.transform == TransformKind::Depth ? tarn_sim::CameraConfiguration::TarnDepth()
                                                   : tarn_sim::CameraConfiguration::TarnColor());
     PinDriver pins(*camera.Get());
-    DeviceTransformSession session(pins, InputReference::Keep);
+    DeviceTransformSession session(pins);
     session.Open(ClassOf(options.transform), static_cast<IMFTransform *>(camera.Get()));
     use(KsClient(session.KsControl()));
     if (const std::optional<std::string> failure = session.Failure())

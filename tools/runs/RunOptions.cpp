@@ -27,9 +27,6 @@ void RunOptionsLine::AddTo(CLI::App &app)
     app.add_option("--frames", frames, "folder of recorded PNG frames (default: a generated scene)")->type_name("DIR");
     AddChoice<Pace>(app, "--pace", options.pace, {{"realtime", Pace::RealTime}, {"fast", Pace::Fast}},
                     "by the frame rate, or as fast as frames are taken (default realtime)");
-    AddChoice<InputReference>(app, "--input-reference", options.inputReference,
-                              {{"keep", InputReference::Keep}, {"consumed", InputReference::Consumed}},
-                              "who owns the reference given to ProcessInput (default keep)");
     app.add_option("--out", outFolder, std::string("folder for ") + kPictureName + " (default: no picture)")
         ->type_name("DIR");
     app.add_option("--dll", module, "the module (default: tarn_dmft.dll beside this program)")->type_name("PATH");

@@ -27,7 +27,6 @@ struct RunOptions
     bool registerModule = true;
     std::filesystem::path frames; // Empty: the built-in scene.
     Pace pace = Pace::RealTime;
-    InputReference inputReference = InputReference::Keep;
     std::filesystem::path outFolder; // Empty: no files.
     bool saveFrames = false;
     std::size_t framesToShow = 0; // of each output, for the contact sheet

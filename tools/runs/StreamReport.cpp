@@ -108,8 +108,7 @@ std::vector<std::string> StreamReport::Problems() const
     }
     if (leftovers.frames != 0)
     {
-        problems.push_back(Format("%u frames never returned to the camera; does --input-reference fit the module?",
-                                  static_cast<unsigned>(leftovers.frames)));
+        problems.push_back(Format("%u frames never returned to the camera", static_cast<unsigned>(leftovers.frames)));
     }
     if (leftovers.canUnload != S_OK || !leftovers.unloaded)
     {

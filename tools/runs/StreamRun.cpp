@@ -45,8 +45,7 @@ std::shared_ptr<tarn_sim::IFrameSource> MakeSource(const std::filesystem::path &
 } // namespace
 
 StreamRun::StreamRun(const Scenario &playedScenario, const RunOptions &runOptions)
-    : scenario(playedScenario), options(runOptions), session(*this, runOptions.inputReference),
-      books(runOptions.framesToShow)
+    : scenario(playedScenario), options(runOptions), session(*this), books(runOptions.framesToShow)
 {
 }
 
