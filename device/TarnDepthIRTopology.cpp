@@ -38,9 +38,10 @@ constexpr std::uint16_t kLargestInfrared = 1023; // of 10 bits; the sharpening o
 } // namespace
 
 TarnDepthIRTopology::TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
-                                         std::shared_ptr<TarnDepthPresets> presetsController)
+                                         std::shared_ptr<TarnDepthPresets> presetsController,
+                                         std::shared_ptr<FramePrivacy> framePrivacy)
     : Topology(ownerName + " IR Standalone Topology"), faceAuthMode(isFaceAuthMode),
-      depthPresetsController(std::move(presetsController))
+      depthPresetsController(std::move(presetsController)), privacyState(std::move(framePrivacy))
 {
 }
 
@@ -60,7 +61,7 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
     // From the end: each node is given its successor.
     const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(AddOutput(irOutStream));
     const auto calibration = make_shared<TarnCalibrationTopologyNode>(metadata, *irOutStream);
-    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration);
+    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration, privacyState);
     const auto illumination = make_shared<TarnIrIlluminationTopologyNode>(privacy);
     const auto tenToEight = make_shared<TarnIr10to8TopologyNode>(
         illumination, static_cast<std::int32_t>(outputMtData.width), static_cast<std::int32_t>(outputMtData.height));

@@ -3,6 +3,7 @@
 
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
+#include "device/FramePrivacy.h"
 #include "device/TarnDepthPresets.h"
 #include "utils/MediaTypeParser.h"
 
@@ -14,7 +15,8 @@ class TarnDepthIRTopology : public Topology
 {
   public:
     TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
-                        std::shared_ptr<TarnDepthPresets> presetsController);
+                        std::shared_ptr<TarnDepthPresets> presetsController,
+                        std::shared_ptr<FramePrivacy> framePrivacy);
 
     // Face login needs an output of 360 x 360 and the camera's format for it; without either the mode is left and
     // ordinary frames are served. Ordinary input is the closest infrared and depth type at or above the output's size
@@ -39,6 +41,7 @@ class TarnDepthIRTopology : public Topology
 
     bool faceAuthMode;
     const std::shared_ptr<TarnDepthPresets> depthPresetsController;
+    const std::shared_ptr<FramePrivacy> privacyState;
     TarnDepthPresets::PresetTypes previousPreset = TarnDepthPresets::PresetTypes::DEFAULT;
     bool presetChanged = false;
 };

@@ -33,8 +33,8 @@ constexpr double kDepthPlaneLength = 0.5;
 } // namespace
 
 // The name is the depth topology's; recordings are read by it.
-TarnDepthZITopology::TarnDepthZITopology(const std::string &ownerName)
-    : Topology(ownerName + " Depth Standalone Topology")
+TarnDepthZITopology::TarnDepthZITopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy)
+    : Topology(ownerName + " Depth Standalone Topology"), privacyState(std::move(framePrivacy))
 {
 }
 
@@ -66,7 +66,7 @@ HRESULT TarnDepthZITopology::Init(std::shared_ptr<InputStream> inputStream,
                                                             BranchSamples::Separate, "ZI to Z topology node");
     splitter->AddNextNode(AddDepthBranch(depthOutStream, depthAttributes.Get(), inputMtData, depthMtData));
     const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(splitter);
-    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(metadata);
+    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(metadata, privacyState);
     const std::vector<TarnFrameFormatTopologyNode::Format> formats{{CUSTOM_GUID_KELP_ZI, 4}};
     const auto format =
         make_shared<TarnFrameFormatTopologyNode>(privacy, formats, inputMtData.width, inputMtData.height);

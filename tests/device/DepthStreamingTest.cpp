@@ -247,6 +247,30 @@ TEST(DepthStreamingTest, NothingIsSeenWhilePrivacyIsOn)
     EXPECT_EQ(0u, WrongInfrared(server.StepAndCollect(kInfrared, 1).at(0), 320, 240));
 }
 
+TEST(DepthStreamingTest, PrivacyIsKnownToEachStartThoughNoFrameTells)
+{
+    for (const bool announced : {true, false})
+    {
+        auto configuration = DepthServer::SteppedTarnDepth();
+        configuration.privacyControl = announced;
+        DepthServer server(configuration);
+        tarn_sim::FaultPlan silent;
+        silent.metadata = tarn_sim::MetadataFault::Absent;
+        server.camera->SetFaultPlan(announced ? silent : tarn_sim::FaultPlan{});
+        const auto isBlankFrom = [&](UINT32 width, UINT32 height) {
+            EXPECT_HR(S_OK, server.Run(kDepth, width, height, 30));
+            const std::vector<BYTE> pixels = PixelsOf(server.StepAndCollect(kDepth, 1).at(0));
+            return pixels == std::vector<BYTE>(pixels.size());
+        };
+        server.camera->SetPrivacy(true);
+        EXPECT_TRUE(isBlankFrom(640, 480)) << "the camera or the frame told";
+        server.camera->SetFaultPlan(silent);
+        EXPECT_TRUE(isBlankFrom(320, 240)) << "what is known outlives the topology";
+        server.camera->SetPrivacy(false);
+        EXPECT_EQ(!announced, isBlankFrom(640, 480));
+    }
+}
+
 TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)
 {
     DepthServer server;
