@@ -63,10 +63,10 @@ HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
     const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration, privacyState);
     const auto confidence = make_shared<TarnConfidenceMapTopologyNode>(
         privacy, static_cast<std::int32_t>(outputMtData.width), static_cast<std::int32_t>(outputMtData.height),
-        std::move(confidenceMapCfgHandler));
-    const std::vector<TarnFrameFormatTopologyNode::Format> formats{{CUSTOM_GUID_KELP_Z, 2}, {CUSTOM_GUID_KELP_ZC, 4}};
-    const auto format =
-        make_shared<TarnFrameFormatTopologyNode>(confidence, formats, outputMtData.width, outputMtData.height);
+        confidenceMapCfgHandler);
+    const std::vector<GUID> formats{CUSTOM_GUID_KELP_Z, CUSTOM_GUID_KELP_ZC};
+    const auto format = make_shared<TarnFrameFormatTopologyNode>(
+        confidence, *inputStream, formats, outputMtData.width, outputMtData.height, std::move(confidenceMapCfgHandler));
     AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
                   inputMediaType.Get());
     return S_OK;

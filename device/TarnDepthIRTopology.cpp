@@ -75,10 +75,9 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
         first = make_shared<Crop16BitTopologyNode>(tenToEight, inputMtData.width, inputMtData.height,
                                                    outputMtData.width, outputMtData.height);
     }
-    const TarnFrameFormatTopologyNode::Format faceLogin{CUSTOM_GUID_KELP_FACE_LOGIN, 2};
-    const TarnFrameFormatTopologyNode::Format ordinary{CUSTOM_GUID_KELP_ZI, 4};
-    const std::vector<TarnFrameFormatTopologyNode::Format> formats{faceAuthMode ? faceLogin : ordinary};
-    const auto format = make_shared<TarnFrameFormatTopologyNode>(first, formats, inputMtData.width, inputMtData.height);
+    const std::vector<GUID> formats{faceAuthMode ? CUSTOM_GUID_KELP_FACE_LOGIN : CUSTOM_GUID_KELP_ZI};
+    const auto format =
+        make_shared<TarnFrameFormatTopologyNode>(first, *inputStream, formats, inputMtData.width, inputMtData.height);
     AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
                   inputMediaType.Get());
     return S_OK;
