@@ -300,4 +300,45 @@ TEST(FramePrivacyTest, TheCameraIsAskedWhenItAnnouncesThePrivacyControl)
     }
 }
 
+// A camera whose frames tell while it is being asked.
+class BusyCamera final : public user_space_frameworks::ComObject<IKsControl>
+{
+  public:
+    BusyCamera(ComPtr<IKsControl> busyControl, FramePrivacy &framePrivacy)
+        : control(std::move(busyControl)), privacy(framePrivacy)
+    {
+    }
+    HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY property, ULONG length, void *data, ULONG dataLength,
+                                         ULONG *returned) noexcept override
+    {
+        const HRESULT result = control->KsProperty(property, length, data, dataLength, returned);
+        if (property->Flags == KSPROPERTY_TYPE_GET)
+        {
+            privacy.Tell(true);
+        }
+        return result;
+    }
+    HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, void *, ULONG, ULONG *) noexcept override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, void *, ULONG, ULONG *) noexcept override
+    {
+        return E_NOTIMPL;
+    }
+
+  private:
+    const ComPtr<IKsControl> control;
+    FramePrivacy &privacy;
+};
+
+TEST(FramePrivacyTest, AnAnswerDoesNotOpenWhatAFrameHasClosedMeanwhile)
+{
+    const tarn_test::DepthCamera device;
+    FramePrivacy privacy("Test");
+    const auto busy = user_space_frameworks::MakeCom<BusyCamera>(ComPtr<IKsControl>(device.camera.Get()), privacy);
+    privacy.AskCamera(busy.Get());
+    EXPECT_EQ(FramePrivacy::State::On, privacy.Now());
+}
+
 } // namespace
