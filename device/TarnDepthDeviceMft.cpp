@@ -51,7 +51,8 @@ HRESULT SetInfraredFrameSize(IMFMediaType *faceAuthMt, UINT32 width, UINT32 heig
 } // namespace
 
 TarnDepthDeviceMft::TarnDepthDeviceMft()
-    : Object("Tarn Depth DMFT"), DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl)
+    : Object("Tarn Depth DMFT"), DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl),
+      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT"))
 {
 }
 

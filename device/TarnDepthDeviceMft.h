@@ -6,6 +6,7 @@
 #include "core/DeviceMft.h"
 #include "core/Topology.h"
 #include "device/properties/FaceAuthKsPropertyHandler.h"
+#include "device/nodes/FramePrivacy.h"
 #include "device/calibration/TarnCalibration.h"
 #include "device/properties/TarnConfidenceMapConfig.h"
 #include "device/TarnDepthPresets.h"
@@ -69,6 +70,7 @@ class TarnDepthDeviceMft : public DeviceMft
     std::shared_ptr<FaceAuthKsPropertyHandler> faceAuthKsPropertyHandler;
     std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler;
     std::shared_ptr<TarnDepthPresets> depthPresetsController;
+    const std::shared_ptr<FramePrivacy> framePrivacy;
     std::shared_ptr<Topology> currentTopology; // guarded by stateChangeLock
     UINT32 depthStreamIndex = 0;
     UINT32 irStreamIndex = 0;

@@ -1,5 +1,6 @@
 #include "nodes/SampleCopyTopologyNode.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -10,10 +11,12 @@ namespace mft_core
 
 SampleCopyTopologyNode::SampleCopyTopologyNode(std::shared_ptr<ITopologyNode> successor,
                                                double inputBufferOffsetCoefficient,
-                                               double outputBufferLengthCoefficient, std::string nodeName)
+                                               double outputBufferLengthCoefficient, std::string nodeName,
+                                               std::size_t mostInputBytes)
     : BufferConvertingTopologyNode(std::move(successor), std::move(nodeName),
                                    "mft_core::SampleCopyTopologyNode::ProcessSample"),
-      inputOffsetCoefficient(inputBufferOffsetCoefficient), outputLengthCoefficient(outputBufferLengthCoefficient)
+      inputOffsetCoefficient(inputBufferOffsetCoefficient), outputLengthCoefficient(outputBufferLengthCoefficient),
+      mostInput(mostInputBytes)
 {
     // Written so that a value that is not a number is refused too.
     if (!(inputOffsetCoefficient >= 0.0 && inputOffsetCoefficient <= 1.0))
@@ -32,8 +35,9 @@ SampleCopyTopologyNode::SampleCopyTopologyNode(std::shared_ptr<ITopologyNode> su
 
 BufferConvertingTopologyNode::Part SampleCopyTopologyNode::PartOf(std::size_t inputBufferLength) const noexcept
 {
-    const std::size_t outputLength = Fraction(inputBufferLength, outputLengthCoefficient);
-    return {Fraction(inputBufferLength, inputOffsetCoefficient), outputLength, outputLength};
+    const std::size_t inputLength = std::min(inputBufferLength, mostInput);
+    const std::size_t outputLength = Fraction(inputLength, outputLengthCoefficient);
+    return {Fraction(inputLength, inputOffsetCoefficient), outputLength, outputLength};
 }
 
 void SampleCopyTopologyNode::Fill(BYTE *output, const BYTE *input, const Part &part) const noexcept

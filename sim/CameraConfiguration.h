@@ -44,6 +44,7 @@ struct CameraConfiguration
     GUID extensionUnitSet = {};                 // its property set
     std::vector<std::uint8_t> calibrationTable; // control 8; empty = the camera has no such control
     std::vector<std::uint8_t> deviceInfo;       // answer to the device-information command
+    bool privacyControl = true;                 // false: only the frames tell whether privacy is on
 
     // One pin (stream 0) with one D16 and one L16 type of the size and rate; no extension unit. Throws
     // std::runtime_error when a media type cannot be made, as do the other factories.

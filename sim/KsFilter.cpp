@@ -50,8 +50,8 @@ KsFilter::KsFilter(const CameraConfiguration &configuration, std::shared_ptr<Cam
                    std::shared_ptr<FaultInjector> faultInjector)
     : nodes(configuration.nodes), extensionUnitNode(configuration.extensionUnitNode),
       extensionUnitSet(configuration.extensionUnitSet), calibrationTable(configuration.calibrationTable),
-      controls(std::move(cameraControls)), faults(std::move(faultInjector)),
-      firmware(configuration.deviceInfo, controls, faults)
+      privacyControl(configuration.privacyControl), controls(std::move(cameraControls)),
+      faults(std::move(faultInjector)), firmware(configuration.deviceInfo, controls, faults)
 {
 }
 
@@ -83,7 +83,7 @@ HRESULT KsFilter::RunProperty(const KSPROPERTY *property, ULONG length, Request 
     {
         return ExtensionUnitProperty(request, returned);
     }
-    if (IsEqualGUID(request.identifier.Set, PROPSETID_VIDCAP_CAMERACONTROL))
+    if (privacyControl && IsEqualGUID(request.identifier.Set, PROPSETID_VIDCAP_CAMERACONTROL))
     {
         return PrivacyProperty(request, returned);
     }

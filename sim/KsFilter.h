@@ -61,6 +61,7 @@ class KsFilter
     const std::optional<DWORD> extensionUnitNode;
     const GUID extensionUnitSet;
     const std::vector<std::uint8_t> calibrationTable;
+    const bool privacyControl;
     const std::shared_ptr<CameraControls> controls;
     const std::shared_ptr<FaultInjector> faults;
     Firmware firmware;

@@ -4,13 +4,12 @@
 #include <stdexcept>
 #include <utility>
 
-#include <tarn/frame_metadata.h>
 #include <tarn/tarn_dmft.h>
 
+#include "device/nodes/FrameMetadataReader.h"
 #include "kernels/Confidence.h"
 #include "kernels/Copy.h"
 #include "nodes/SampleActivity.h"
-#include "device/nodes/UvcMetaDataWrapper.h"
 #include "trace/Check.h"
 #include "media/MediaBufferWrapper.h"
 
@@ -43,7 +42,7 @@ HRESULT TarnConfidenceMapTopologyNode::ProcessSample(IMFSample *sample)
         }
         else
         {
-            if (config->IsEnabled() && !IsSuppressed(sample))
+            if (config->IsEnabled() && !FrameMetadataReader(sample).IsConfidenceSuppressed())
             {
                 ExtractConfidenceMapToMetadata(buffer.data, sample);
             }
@@ -52,13 +51,6 @@ HRESULT TarnConfidenceMapTopologyNode::ProcessSample(IMFSample *sample)
     }
     HandOn(sample);
     return S_OK;
-}
-
-bool TarnConfidenceMapTopologyNode::IsSuppressed(IMFSample *sample) const noexcept
-{
-    const UvcMetaDataWrapper metaData(sample);
-    const auto flags = metaData.ByteAt(offsetof(TARN_FRAME_METADATA, flags));
-    return flags && (*flags & TARN_FRAME_FLAG_CONFIDENCE_SUPPRESSED) != 0;
 }
 
 // The blob spans the whole plane although the map fills half of it: applications know that size.

@@ -23,7 +23,6 @@ class TarnConfidenceMapTopologyNode : public ITopologyNode
     HRESULT ProcessSample(IMFSample *sample) override;
 
   private:
-    bool IsSuppressed(IMFSample *sample) const noexcept;
     void ExtractConfidenceMapToMetadata(BYTE *buffer, IMFSample *sample) const noexcept;
     void MoveDepthDataToExpectedLocation(BYTE *buffer) const noexcept;
 

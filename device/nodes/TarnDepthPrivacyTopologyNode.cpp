@@ -1,12 +1,11 @@
 #include "device/nodes/TarnDepthPrivacyTopologyNode.h"
 
-#include <cstddef>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
+#include "device/nodes/FrameMetadataReader.h"
 #include "nodes/SampleActivity.h"
-#include "device/nodes/UvcMetaDataWrapper.h"
-#include "tarn/frame_metadata.h"
 #include "tarn/tarn_dmft.h"
 #include "trace/Check.h"
 
@@ -15,8 +14,6 @@ namespace mft_core
 
 namespace
 {
-constexpr std::size_t kFlags = offsetof(TARN_FRAME_METADATA, flags);
-
 HRESULT BlankBuffer(IMFMediaBuffer *buffer)
 {
     BYTE *data = nullptr;
@@ -52,22 +49,16 @@ HRESULT TakeOffConfidenceMap(IMFSample *sample)
     }
     return S_OK;
 }
-
-void SuppressConfidence(IMFSample *sample)
-{
-    const UvcMetaDataWrapper metaData(sample);
-    if (const auto flags = metaData.ByteAt(kFlags))
-    {
-        // The wrapper is made for readers, but the metadata are this frame's own and locked for us.
-        const_cast<BYTE *>(metaData.Payload())[kFlags] =
-            static_cast<BYTE>(*flags | TARN_FRAME_FLAG_CONFIDENCE_SUPPRESSED);
-    }
-}
 } // namespace
 
-TarnDepthPrivacyTopologyNode::TarnDepthPrivacyTopologyNode(std::shared_ptr<ITopologyNode> successor)
-    : ITopologyNode(std::move(successor), "Tarn depth privacy topology node")
+TarnDepthPrivacyTopologyNode::TarnDepthPrivacyTopologyNode(std::shared_ptr<ITopologyNode> successor,
+                                                           std::shared_ptr<FramePrivacy> framePrivacy)
+    : ITopologyNode(std::move(successor), "Tarn depth privacy topology node"), privacy(std::move(framePrivacy))
 {
+    if (!privacy)
+    {
+        throw std::invalid_argument("framePrivacy is null");
+    }
 }
 
 HRESULT TarnDepthPrivacyTopologyNode::ProcessSample(IMFSample *sample)
@@ -78,25 +69,20 @@ HRESULT TarnDepthPrivacyTopologyNode::ProcessSample(IMFSample *sample)
     {
         CHECK_HR(BlankPixels(sample));
         CHECK_HR(TakeOffConfidenceMap(sample));
-        SuppressConfidence(sample);
     }
     HandOn(sample);
     return S_OK;
 }
 
-bool TarnDepthPrivacyTopologyNode::IsPrivate(IMFSample *sample)
+bool TarnDepthPrivacyTopologyNode::IsPrivate(IMFSample *sample) const
 {
-    const UvcMetaDataWrapper metaData(sample);
-    const auto flags = metaData.ByteAt(kFlags);
-    if (!flags)
+    const auto record = FrameMetadataReader(sample).Record(kFrameRecordHead);
+    if (!record)
     {
-        return privacyOn;
+        return privacy->IsOn();
     }
-    const bool isOn = (*flags & TARN_FRAME_FLAG_PRIVACY) != 0;
-    if (privacyOn.exchange(isOn) != isOn)
-    {
-        TRACE_INFO("%s: privacy %s", GetName(), isOn ? "on" : "off");
-    }
+    const bool isOn = (record->flags & TARN_FRAME_FLAG_PRIVACY) != 0;
+    privacy->Tell(isOn);
     return isOn;
 }
 

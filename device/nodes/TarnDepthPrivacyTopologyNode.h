@@ -1,29 +1,28 @@
 // Blanks frames while the camera's privacy control is on.
 #pragma once
 
-#include <atomic>
-
 #include "core/ITopologyNode.h"
+#include "device/nodes/FramePrivacy.h"
 
 namespace mft_core
 {
 
-// Works in the buffers it is given. The frame's own metadata tell whether privacy is on; a frame without readable
-// metadata is treated like the one before it. Owned by its topology. Thread-safe.
+// Works in the buffers it is given. The frame's own record tells whether privacy is on; a frame without a record that
+// holds is treated by what is known. Owned by its topology, shares the privacy state. Immutable after Init.
 class TarnDepthPrivacyTopologyNode : public ITopologyNode
 {
   public:
-    explicit TarnDepthPrivacyTopologyNode(std::shared_ptr<ITopologyNode> successor);
+    // Throws std::invalid_argument("framePrivacy is null").
+    TarnDepthPrivacyTopologyNode(std::shared_ptr<ITopologyNode> successor, std::shared_ptr<FramePrivacy> framePrivacy);
 
-    // With privacy on, every buffer of the sample is zeroed to its full capacity, a confidence map is taken off, and
-    // the frame's metadata say that there is no confidence, so that nodes behind make none. A frame that cannot be
-    // blanked is dropped.
+    // With privacy on, every buffer of the sample is zeroed to its full capacity and a confidence map is taken off; one
+    // that is made behind shows nothing. A frame that cannot be blanked is dropped.
     HRESULT ProcessSample(IMFSample *sample) override;
 
   private:
-    bool IsPrivate(IMFSample *sample);
+    bool IsPrivate(IMFSample *sample) const;
 
-    std::atomic<bool> privacyOn{false}; // as of the last frame that told
+    const std::shared_ptr<FramePrivacy> privacy;
 };
 
 } // namespace mft_core

@@ -2,13 +2,10 @@
 
 #include "platform/CameraAttributes.h"
 
-#include <cstddef>
 #include <utility>
 
-#include <tarn/frame_metadata.h>
-
+#include "device/nodes/FrameMetadataReader.h"
 #include "nodes/SampleActivity.h"
-#include "device/nodes/UvcMetaDataWrapper.h"
 #include "trace/Check.h"
 
 namespace mft_core
@@ -24,8 +21,8 @@ HRESULT TarnIrIlluminationTopologyNode::ProcessSample(IMFSample *sample)
     CHECK_POINTER(sample);
     const SampleActivity activity("mft_core::TarnIrIlluminationTopologyNode::ProcessSample", sample);
     {
-        const UvcMetaDataWrapper metaData(sample);
-        if (const auto illumination = metaData.ByteAt(offsetof(TARN_FRAME_METADATA, illumination)))
+        const FrameMetadataReader metaData(sample);
+        if (const auto illumination = metaData.Illumination())
         {
             // A frame without its state is better than no frame.
             (void)metaData.Store()->SetUINT64(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, *illumination);

@@ -21,8 +21,8 @@ using std::make_shared;
 namespace mft_core
 {
 
-TarnDepthDepthTopology::TarnDepthDepthTopology(const std::string &ownerName)
-    : Topology(ownerName + " Depth Standalone Topology")
+TarnDepthDepthTopology::TarnDepthDepthTopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy)
+    : Topology(ownerName + " Depth Standalone Topology"), privacyState(std::move(framePrivacy))
 {
 }
 
@@ -60,13 +60,13 @@ HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
                                                            kMinReliableDepthCm, kMaxReliableDepthCm);
     const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(range);
     const auto calibration = make_shared<TarnCalibrationTopologyNode>(metadata, *depthOutStream);
-    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration);
+    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration, privacyState);
     const auto confidence = make_shared<TarnConfidenceMapTopologyNode>(
         privacy, static_cast<std::int32_t>(outputMtData.width), static_cast<std::int32_t>(outputMtData.height),
-        std::move(confidenceMapCfgHandler));
-    const std::vector<TarnFrameFormatTopologyNode::Format> formats{{CUSTOM_GUID_KELP_Z, 2}, {CUSTOM_GUID_KELP_ZC, 4}};
-    const auto format =
-        make_shared<TarnFrameFormatTopologyNode>(confidence, formats, outputMtData.width, outputMtData.height);
+        confidenceMapCfgHandler);
+    const std::vector<GUID> formats{CUSTOM_GUID_KELP_Z, CUSTOM_GUID_KELP_ZC};
+    const auto format = make_shared<TarnFrameFormatTopologyNode>(
+        confidence, *inputStream, formats, outputMtData.width, outputMtData.height, std::move(confidenceMapCfgHandler));
     AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
                   inputMediaType.Get());
     return S_OK;

@@ -3,6 +3,7 @@
 
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
+#include "device/nodes/FramePrivacy.h"
 #include "device/properties/TarnConfidenceMapConfig.h"
 
 namespace mft_core
@@ -11,7 +12,7 @@ namespace mft_core
 class TarnDepthDepthTopology : public Topology
 {
   public:
-    explicit TarnDepthDepthTopology(const std::string &ownerName);
+    TarnDepthDepthTopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy);
 
     // Asks for input of the output's size and rate: depth with confidence while the map is enabled, else depth alone.
     // MF_E_INVALIDMEDIATYPE for a type that the output does not offer, E_FAIL when the pin has no matching one; the
@@ -19,6 +20,9 @@ class TarnDepthDepthTopology : public Topology
     HRESULT Init(std::shared_ptr<InputStream> inputStream, std::shared_ptr<OutputStream> depthOutStream,
                  IMFMediaType *nextMediaType, const WorkQueueParameters &wqParams,
                  std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler);
+
+  private:
+    const std::shared_ptr<FramePrivacy> privacyState;
 };
 
 } // namespace mft_core

@@ -38,9 +38,10 @@ constexpr std::uint16_t kLargestInfrared = 1023; // of 10 bits; the sharpening o
 } // namespace
 
 TarnDepthIRTopology::TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
-                                         std::shared_ptr<TarnDepthPresets> presetsController)
+                                         std::shared_ptr<TarnDepthPresets> presetsController,
+                                         std::shared_ptr<FramePrivacy> framePrivacy)
     : Topology(ownerName + " IR Standalone Topology"), faceAuthMode(isFaceAuthMode),
-      depthPresetsController(std::move(presetsController))
+      depthPresetsController(std::move(presetsController)), privacyState(std::move(framePrivacy))
 {
 }
 
@@ -65,7 +66,7 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
     // From the end: each node is given its successor.
     const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(AddOutput(irOutStream));
     const auto calibration = make_shared<TarnCalibrationTopologyNode>(metadata, *irOutStream);
-    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration);
+    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration, privacyState);
     const auto illumination = make_shared<TarnIrIlluminationTopologyNode>(privacy);
     const auto tenToEight = make_shared<TarnIr10to8TopologyNode>(
         illumination, static_cast<std::int32_t>(outputMtData.width), static_cast<std::int32_t>(outputMtData.height));
@@ -79,10 +80,9 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
         first = make_shared<Crop16BitTopologyNode>(tenToEight, inputMtData.width, inputMtData.height,
                                                    outputMtData.width, outputMtData.height);
     }
-    const TarnFrameFormatTopologyNode::Format faceLogin{CUSTOM_GUID_KELP_FACE_LOGIN, 2};
-    const TarnFrameFormatTopologyNode::Format ordinary{CUSTOM_GUID_KELP_ZI, 4};
-    const std::vector<TarnFrameFormatTopologyNode::Format> formats{faceAuthMode ? faceLogin : ordinary};
-    const auto format = make_shared<TarnFrameFormatTopologyNode>(first, formats, inputMtData.width, inputMtData.height);
+    const std::vector<GUID> formats{faceAuthMode ? CUSTOM_GUID_KELP_FACE_LOGIN : CUSTOM_GUID_KELP_ZI};
+    const auto format =
+        make_shared<TarnFrameFormatTopologyNode>(first, *inputStream, formats, inputMtData.width, inputMtData.height);
     AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
                   inputMediaType.Get());
     return S_OK;

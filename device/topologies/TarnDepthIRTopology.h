@@ -3,6 +3,7 @@
 
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
+#include "device/nodes/FramePrivacy.h"
 #include "device/TarnDepthPresets.h"
 #include "media/MediaTypeParser.h"
 
@@ -14,7 +15,8 @@ class TarnDepthIRTopology : public Topology
 {
   public:
     TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
-                        std::shared_ptr<TarnDepthPresets> presetsController);
+                        std::shared_ptr<TarnDepthPresets> presetsController,
+                        std::shared_ptr<FramePrivacy> framePrivacy);
     // Ends face login where Deactivate has not: one that is released while it runs, with its transform.
     ~TarnDepthIRTopology() override;
 
@@ -42,6 +44,7 @@ class TarnDepthIRTopology : public Topology
 
     bool faceAuthMode;
     const std::shared_ptr<TarnDepthPresets> depthPresetsController;
+    const std::shared_ptr<FramePrivacy> privacyState;
     bool hasBegunFaceLogin = false;
 };
 

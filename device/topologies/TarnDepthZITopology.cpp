@@ -33,8 +33,8 @@ constexpr double kDepthPlaneLength = 0.5;
 } // namespace
 
 // The name is the depth topology's; recordings are read by it.
-TarnDepthZITopology::TarnDepthZITopology(const std::string &ownerName)
-    : Topology(ownerName + " Depth Standalone Topology")
+TarnDepthZITopology::TarnDepthZITopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy)
+    : Topology(ownerName + " Depth Standalone Topology"), privacyState(std::move(framePrivacy))
 {
 }
 
@@ -66,10 +66,9 @@ HRESULT TarnDepthZITopology::Init(std::shared_ptr<InputStream> inputStream,
                                                             BranchSamples::Separate, "ZI to Z topology node");
     splitter->AddNextNode(AddDepthBranch(depthOutStream, depthAttributes.Get(), inputMtData, depthMtData));
     const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(splitter);
-    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(metadata);
-    const std::vector<TarnFrameFormatTopologyNode::Format> formats{{CUSTOM_GUID_KELP_ZI, 4}};
-    const auto format =
-        make_shared<TarnFrameFormatTopologyNode>(privacy, formats, inputMtData.width, inputMtData.height);
+    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(metadata, privacyState);
+    const auto format = make_shared<TarnFrameFormatTopologyNode>(
+        privacy, *inputStream, std::vector<GUID>{requiredSubType}, inputMtData.width, inputMtData.height);
     AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
                   inputMediaType.Get());
     return S_OK;
@@ -96,7 +95,11 @@ std::shared_ptr<ITopologyNode> TarnDepthZITopology::AddDepthBranch(const std::sh
     const auto calibration = make_shared<TarnCalibrationTopologyNode>(range, *depthOutStream);
     const auto crop = make_shared<Crop16BitTopologyNode>(calibration, inputMtData.width, inputMtData.height,
                                                          depthMtData.width, depthMtData.height);
-    return make_shared<SampleCopyTopologyNode>(crop, kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node");
+    // A driver may pad its frames: the fractions are the frame's, not the buffer's.
+    const auto frameBytes = static_cast<std::size_t>(
+        TarnFrameFormatTopologyNode::FrameBytes(CUSTOM_GUID_KELP_ZI, inputMtData.width, inputMtData.height));
+    return make_shared<SampleCopyTopologyNode>(crop, kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node",
+                                               frameBytes);
 }
 
 } // namespace mft_core

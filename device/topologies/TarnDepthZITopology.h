@@ -3,6 +3,7 @@
 
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
+#include "device/nodes/FramePrivacy.h"
 
 namespace mft_core
 {
@@ -10,7 +11,7 @@ namespace mft_core
 class TarnDepthZITopology : public Topology
 {
   public:
-    explicit TarnDepthZITopology(const std::string &ownerName);
+    TarnDepthZITopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy);
 
     // Asks for the closest infrared and depth type at or above the larger of the two sizes and rates; both outputs get
     // every frame. MF_E_INVALIDMEDIATYPE for a type that its output does not offer, E_FAIL when the pin has none that
@@ -27,6 +28,8 @@ class TarnDepthZITopology : public Topology
                                                   IMFAttributes *depthAttributes,
                                                   const mft_utils::MediaTypeData &inputMtData,
                                                   const mft_utils::MediaTypeData &depthMtData);
+
+    const std::shared_ptr<FramePrivacy> privacyState;
 };
 
 } // namespace mft_core

@@ -1,7 +1,7 @@
 // Frames through the three topologies, and the changes between them.
 #include "platform/CameraAttributes.h"
 
-#include "device/DepthPresetTable.h"
+#include "tests/core/TestParts.h"
 #include "tests/device/DepthCamera.h"
 #include "tests/device/DepthServer.h"
 #include "tests/device/SceneComparison.h"
@@ -152,6 +152,42 @@ TEST(DepthStreamingTest, FramesThatAreTooShortAreDroppedAndBadMetadataAreNot)
     }
 }
 
+TEST(DepthStreamingTest, FramesThatADriverPadsArriveUnshifted)
+{
+    constexpr std::size_t kPlane = 320 * 240 * 2; // bytes
+    constexpr std::size_t kPadding = 101;
+    std::vector<BYTE> bytes(2 * kPlane + kPadding, 0xEE);
+    for (std::size_t i = 0; i < 2 * kPlane; ++i)
+    {
+        bytes[i] = static_cast<BYTE>(i % 251);
+    }
+    const std::vector<BYTE> depthPlane(bytes.begin() + kPlane, bytes.begin() + 2 * kPlane);
+    DepthServer server;
+    const auto deliver = [&] {
+        const ComPtr<IMFSample> sample = tarn_test::MakeSample(0); // without a record
+        ComPtr<IMFMediaBuffer> buffer;
+        BYTE *data = nullptr;
+        EXPECT_HR(S_OK, MFCreateMemoryBuffer(static_cast<DWORD>(bytes.size()), &buffer));
+        EXPECT_HR(S_OK, buffer->Lock(&data, nullptr, nullptr));
+        std::copy(bytes.begin(), bytes.end(), data);
+        EXPECT_HR(S_OK, buffer->Unlock());
+        EXPECT_HR(S_OK, buffer->SetCurrentLength(static_cast<DWORD>(bytes.size())));
+        EXPECT_HR(S_OK, sample->AddBuffer(buffer.Get()));
+        server.OnFrame(0, sample.Get());
+        const auto samples = server.WaitForSamples(kDepth, 1);
+        return samples.empty() ? std::vector<BYTE>{} : PixelsOf(samples[0]);
+    };
+    ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+    ASSERT_HR(S_OK, server.Run(kInfrared, 320, 240, 30));
+    EXPECT_EQ(depthPlane, deliver());
+
+    ASSERT_HR(S_OK, server.Stop(kInfrared));
+    ASSERT_HR(S_OK, server.SetConfidenceMap(true)); // depth alone now
+    std::vector<BYTE> pixels = deliver();
+    pixels.resize(kPlane); // the buffer keeps its length
+    EXPECT_EQ(depthPlane, pixels);
+}
+
 TEST(DepthStreamingTest, AStartThatNoTopologyCanServeChangesNothing)
 {
     auto configuration = DepthServer::SteppedTarnDepth();
@@ -264,6 +300,30 @@ TEST(DepthStreamingTest, NothingIsSeenWhilePrivacyIsOn)
     EXPECT_TRUE(isBlank(server.StepAndCollect(kInfrared, 1).at(0)));
     server.camera->SetPrivacy(false);
     EXPECT_EQ(0u, WrongInfrared(server.StepAndCollect(kInfrared, 1).at(0), 320, 240));
+}
+
+TEST(DepthStreamingTest, PrivacyIsKnownToEachStartThoughNoFrameTells)
+{
+    for (const bool announced : {true, false})
+    {
+        auto configuration = DepthServer::SteppedTarnDepth();
+        configuration.privacyControl = announced;
+        DepthServer server(configuration);
+        tarn_sim::FaultPlan silent;
+        silent.metadata = tarn_sim::MetadataFault::Absent;
+        server.camera->SetFaultPlan(announced ? silent : tarn_sim::FaultPlan{});
+        const auto isBlankFrom = [&](UINT32 width, UINT32 height) {
+            EXPECT_HR(S_OK, server.Run(kDepth, width, height, 30));
+            const std::vector<BYTE> pixels = PixelsOf(server.StepAndCollect(kDepth, 1).at(0));
+            return pixels == std::vector<BYTE>(pixels.size());
+        };
+        server.camera->SetPrivacy(true);
+        EXPECT_TRUE(isBlankFrom(640, 480)) << "the camera or the frame told";
+        server.camera->SetFaultPlan(silent);
+        EXPECT_TRUE(isBlankFrom(320, 240)) << "what is known outlives the topology";
+        server.camera->SetPrivacy(false);
+        EXPECT_EQ(!announced, isBlankFrom(640, 480));
+    }
 }
 
 TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)

@@ -10,10 +10,12 @@
 #include "device/nodes/TarnConfidenceMapTopologyNode.h"
 #include "device/nodes/TarnDepthMetadataTopologyNode.h"
 #include "device/nodes/TarnDepthPrivacyTopologyNode.h"
+#include "device/nodes/UvcMetaDataWrapper.h"
 #include "tarn/frame_metadata.h"
 #include "tarn/sample_attributes.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/core/TestParts.h"
+#include "tests/device/DepthCamera.h"
 
 using namespace mft_core;
 using std::make_shared;
@@ -112,6 +114,13 @@ Bytes BlobOf(const ComPtr<IMFSample> &sample, const GUID &key)
     return blob;
 }
 
+// The bytes of our item.
+Bytes PayloadOf(const ComPtr<IMFSample> &sample)
+{
+    const UvcMetaDataWrapper metaData(sample.Get());
+    return {metaData.Payload(), metaData.Payload() + metaData.PayloadSize()};
+}
+
 TEST(TarnCalibrationTopologyNodeTest, SamplesCarryWhatTheStreamHas)
 {
     tarn_test::TestEventGenerator generator;
@@ -179,8 +188,16 @@ class TarnDepthPrivacyTopologyNodeTest : public testing::Test
         {
             Attach(sample.Get(), BytesOf(Record(*flags)));
         }
-        node.Process(sample.Get());
+        TarnDepthPrivacyTopologyNode(end, privacy).Process(sample.Get());
         return sample;
+    }
+    bool BlanksFrameWith(const Bytes &payload)
+    {
+        const ComPtr<IMFSample> sample = Picture({1, 2});
+        Attach(sample.Get(), payload);
+        TarnDepthPrivacyTopologyNode(end, privacy).Process(sample.Get());
+        EXPECT_EQ(payload, PayloadOf(sample)) << "the driver's bytes stay";
+        return Contents(sample) == Bytes(2);
     }
     static bool IsBlank(const ComPtr<IMFSample> &sample)
     {
@@ -190,7 +207,7 @@ class TarnDepthPrivacyTopologyNodeTest : public testing::Test
     }
 
     std::shared_ptr<EndNode> end = make_shared<EndNode>();
-    TarnDepthPrivacyTopologyNode node{end};
+    std::shared_ptr<FramePrivacy> privacy = make_shared<FramePrivacy>("Test"); // a new node for each frame shares it
 };
 
 TEST_F(TarnDepthPrivacyTopologyNodeTest, AFrameWithoutPrivacyIsUntouched)
@@ -208,7 +225,7 @@ TEST_F(TarnDepthPrivacyTopologyNodeTest, NothingOfAPrivateFrameIsLeft)
     EXPECT_EQ(1, end->samples);
 }
 
-TEST_F(TarnDepthPrivacyTopologyNodeTest, AFrameThatDoesNotTellIsTreatedLikeTheOneBefore)
+TEST_F(TarnDepthPrivacyTopologyNodeTest, AFrameThatDoesNotTellIsTreatedByWhatIsKnown)
 {
     EXPECT_FALSE(IsBlank(Process(std::nullopt)));
     EXPECT_TRUE(IsBlank(Process(std::uint8_t{TARN_FRAME_FLAG_PRIVACY})));
@@ -217,21 +234,111 @@ TEST_F(TarnDepthPrivacyTopologyNodeTest, AFrameThatDoesNotTellIsTreatedLikeTheOn
     EXPECT_FALSE(IsBlank(Process(std::nullopt)));
 }
 
-TEST_F(TarnDepthPrivacyTopologyNodeTest, NoConfidenceMapIsMadeBehindIt)
+TEST_F(TarnDepthPrivacyTopologyNodeTest, OnlyARecordThatHoldsDecides)
+{
+    const Bytes isOn = BytesOf(Record(TARN_FRAME_FLAG_PRIVACY));
+    const Bytes isOff = BytesOf(Record(0));
+    EXPECT_TRUE(BlanksFrameWith(isOn));
+    EXPECT_FALSE(BlanksFrameWith(isOff));
+    for (const bool known : {false, true})
+    {
+        privacy->Tell(known);
+        Bytes cut = known ? isOff : isOn;
+        cut.resize(16); // shorter than its size says
+        EXPECT_EQ(known, BlanksFrameWith(cut));
+        for (const auto &[at, value] : {std::pair{0, 0}, std::pair{4, 0}, std::pair{6, 7}, std::pair{6, 65}})
+        {
+            Bytes bad = known ? isOff : isOn; // magic, version, size below what is read and above what is there
+            bad[static_cast<std::size_t>(at)] = static_cast<UINT8>(value);
+            EXPECT_EQ(known, BlanksFrameWith(bad)) << at << " " << value;
+        }
+    }
+}
+
+TEST_F(TarnDepthPrivacyTopologyNodeTest, AConfidenceMapThatIsMadeBehindItShowsNothing)
 {
     KSPROPERTY set{};
     set.Flags = KSPROPERTY_TYPE_SET;
     UINT32 enabled = 1;
     const auto config = make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
     EXPECT_HR(S_OK, config->Run(&set, sizeof(set), &enabled, sizeof(enabled), nullptr));
-    TarnDepthPrivacyTopologyNode before(make_shared<TarnConfidenceMapTopologyNode>(end, 2, 1, config));
+    TarnDepthPrivacyTopologyNode before(make_shared<TarnConfidenceMapTopologyNode>(end, 2, 1, config), privacy);
     for (const std::uint8_t flags : {std::uint8_t{0}, std::uint8_t{TARN_FRAME_FLAG_PRIVACY}})
     {
         const ComPtr<IMFSample> sample = Picture({200, 200, 0, 0, 7, 7, 7, 7}); // confidence, then depth
         Attach(sample.Get(), BytesOf(Record(flags)));
         before.Process(sample.Get());
-        EXPECT_EQ(flags != 0, BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP).empty());
+        EXPECT_EQ(flags != 0, BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP) == Bytes(4));
     }
+}
+
+TEST(FramePrivacyTest, TheCameraIsAskedWhenItAnnouncesThePrivacyControl)
+{
+    using State = FramePrivacy::State;
+    for (const bool announced : {false, true})
+    {
+        auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
+        configuration.privacyControl = announced;
+        const tarn_test::DepthCamera device(configuration);
+        FramePrivacy privacy("Test");
+        device.camera->SetPrivacy(true);
+        device.FailKsCall(1, true);
+        privacy.AskCamera(device.camera.Get());
+        EXPECT_EQ(State::Unknown, privacy.Now());
+        device.camera->SetFaultPlan({});
+        privacy.AskCamera(device.camera.Get());
+        EXPECT_EQ(announced ? State::On : State::Unknown, privacy.Now());
+
+        device.camera->SetPrivacy(false);
+        privacy.Tell(true);
+        device.FailKsCall(2); // announced, but not answered
+        privacy.AskCamera(device.camera.Get());
+        EXPECT_EQ(State::On, privacy.Now());
+        device.camera->SetFaultPlan({});
+        privacy.AskCamera(device.camera.Get());
+        EXPECT_EQ(announced ? State::Off : State::On, privacy.Now());
+    }
+}
+
+// A camera whose frames tell while it is being asked.
+class BusyCamera final : public user_space_frameworks::ComObject<IKsControl>
+{
+  public:
+    BusyCamera(ComPtr<IKsControl> busyControl, FramePrivacy &framePrivacy)
+        : control(std::move(busyControl)), privacy(framePrivacy)
+    {
+    }
+    HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY property, ULONG length, void *data, ULONG dataLength,
+                                         ULONG *returned) noexcept override
+    {
+        const HRESULT result = control->KsProperty(property, length, data, dataLength, returned);
+        if (property->Flags == KSPROPERTY_TYPE_GET)
+        {
+            privacy.Tell(true);
+        }
+        return result;
+    }
+    HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, void *, ULONG, ULONG *) noexcept override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, void *, ULONG, ULONG *) noexcept override
+    {
+        return E_NOTIMPL;
+    }
+
+  private:
+    const ComPtr<IKsControl> control;
+    FramePrivacy &privacy;
+};
+
+TEST(FramePrivacyTest, AnAnswerDoesNotOpenWhatAFrameHasClosedMeanwhile)
+{
+    const tarn_test::DepthCamera device;
+    FramePrivacy privacy("Test");
+    const auto busy = user_space_frameworks::MakeCom<BusyCamera>(ComPtr<IKsControl>(device.camera.Get()), privacy);
+    privacy.AskCamera(busy.Get());
+    EXPECT_EQ(FramePrivacy::State::On, privacy.Now());
 }
 
 } // namespace

@@ -43,4 +43,6 @@ TEST(SampleCopyTopologyNodeTest, BothProductsAreTruncated)
     std::iota(bytes.begin(), bytes.end(), BYTE{0});
     EXPECT_EQ(Bytes(bytes.begin() + 500, bytes.begin() + 1000),
               BytesOf(Converted<SampleCopyTopologyNode>(MakeFrame(bytes), 0.5, 0.5, "Second half").Get()));
+    EXPECT_EQ(Bytes(bytes.begin() + 400, bytes.begin() + 800),
+              BytesOf(Converted<SampleCopyTopologyNode>(MakeFrame(bytes), 0.5, 0.5, "Of a padded frame", 800u).Get()));
 }

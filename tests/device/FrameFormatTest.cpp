@@ -1,0 +1,126 @@
+// Which frames get into a chain, and what is said of the others.
+#include <cstring>
+
+#include "platform/CameraAttributes.h"
+
+#include "core/InputStream.h"
+#include "device/nodes/TarnFrameFormatTopologyNode.h"
+#include "sim/FrameMetadata.h"
+#include "tarn/tarn_formats.h"
+#include "tests/core/TestParts.h"
+#include "tests/device/DepthCamera.h"
+
+using namespace mft_core;
+using std::make_shared;
+
+namespace
+{
+
+constexpr DWORD kSmall = 320 * 240 * 2;
+constexpr DWORD kLarge = 640 * 480 * 2; // bytes of one plane
+
+class TarnFrameFormatTopologyNodeTest : public testing::Test
+{
+  protected:
+    // A node of a topology that is built while the pin runs, or ran last, with frames of that size.
+    std::shared_ptr<TarnFrameFormatTopologyNode> NodeFor(std::vector<GUID> subtypes, UINT32 width, UINT32 height,
+                                                         const ComPtr<IMFMediaType> &former)
+    {
+        InputStream pin(0, &generator, device.camera.Get(), {}, "Test");
+        pin.SetCurrentMediaType(former.Get());
+        return make_shared<TarnFrameFormatTopologyNode>(end, pin, std::move(subtypes), width, height, config);
+    }
+    bool Passes(const std::shared_ptr<TarnFrameFormatTopologyNode> &node, DWORD length,
+                const std::optional<TARN_FRAME_METADATA> &record = std::nullopt)
+    {
+        const ComPtr<IMFSample> sample = tarn_test::MakeSample(0);
+        ComPtr<IMFMediaBuffer> buffer;
+        EXPECT_HR(S_OK, MFCreateMemoryBuffer(length, &buffer));
+        EXPECT_HR(S_OK, buffer->SetCurrentLength(length));
+        EXPECT_HR(S_OK, sample->AddBuffer(buffer.Get()));
+        if (record)
+        {
+            tarn_sim::AttachMetadata(sample.Get(), *record, tarn_sim::MetadataFault::None);
+        }
+        const std::size_t before = end->Times().size();
+        node->Process(sample.Get());
+        return end->Times().size() > before;
+    }
+    static TARN_FRAME_METADATA Record(const GUID &subtype, std::uint16_t width, std::uint16_t height)
+    {
+        TARN_FRAME_METADATA record{};
+        record.magic = TARN_FRAME_METADATA_MAGIC;
+        record.version = TARN_FRAME_METADATA_VERSION;
+        record.size = sizeof(record);
+        record.formatFourCc = subtype.Data1;
+        record.width = width;
+        record.height = height;
+        return record;
+    }
+
+    const tarn_test::DepthCamera device;
+    tarn_test::TestEventGenerator generator;
+    const std::shared_ptr<tarn_test::RecordingNode> end = make_shared<tarn_test::RecordingNode>();
+    const std::shared_ptr<TarnConfidenceMapConfig> config =
+        make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
+    const ComPtr<IMFMediaType> small = tarn_test::MakeType(320, 240, 30, CUSTOM_GUID_KELP_Z);
+    const ComPtr<IMFMediaType> large = tarn_test::MakeType(640, 480, 30, CUSTOM_GUID_KELP_Z);
+};
+
+TEST_F(TarnFrameFormatTopologyNodeTest, AFrameWithoutARecordIsRefusedForTheLengthOfAFormerFormatOnly)
+{
+    const auto both = NodeFor({CUSTOM_GUID_KELP_ZI}, 320, 240, large);
+    EXPECT_TRUE(Passes(both, 2 * kSmall));
+    EXPECT_TRUE(Passes(both, 2 * kSmall + 1));
+    EXPECT_TRUE(Passes(both, 2 * kLarge + 1));
+    EXPECT_FALSE(Passes(both, 2 * kSmall - 1));
+    EXPECT_FALSE(Passes(both, kLarge));
+    EXPECT_FALSE(Passes(both, 2 * kLarge));
+    const auto first = NodeFor({CUSTOM_GUID_KELP_ZI}, 320, 240, nullptr); // nothing ran
+    EXPECT_TRUE(Passes(first, kLarge));
+
+    const auto depth = NodeFor({CUSTOM_GUID_KELP_Z, CUSTOM_GUID_KELP_ZC}, 640, 480, small);
+    const auto passesAll = [&](std::initializer_list<DWORD> lengths) {
+        return std::all_of(lengths.begin(), lengths.end(), [&](DWORD length) { return Passes(depth, length); });
+    };
+    EXPECT_TRUE(passesAll({kLarge, kLarge + 100, 2 * kLarge, 2 * kLarge + 100}));
+    EXPECT_FALSE(Passes(depth, kLarge - 1));
+    KSPROPERTY set{};
+    set.Flags = KSPROPERTY_TYPE_SET;
+    UINT32 enabled = 1;
+    EXPECT_HR(S_OK, config->Run(&set, sizeof(set), &enabled, sizeof(enabled), nullptr));
+    EXPECT_TRUE(passesAll({kLarge, 2 * kLarge, 2 * kLarge + 100}));
+    EXPECT_FALSE(Passes(depth, 2 * kLarge - 1)) << "its confidence would be taken for depth";
+}
+
+TEST_F(TarnFrameFormatTopologyNodeTest, ARecordTellsTheFormatAndRefusalsAreSaidAsAnError)
+{
+    const auto node = NodeFor({CUSTOM_GUID_KELP_ZI}, 320, 240, large);
+    const tarn_test::TraceText errors(mft_utils::TraceLevel::Error);
+    const TARN_FRAME_METADATA ours = Record(CUSTOM_GUID_KELP_ZI, 320, 240);
+    EXPECT_TRUE(Passes(node, 2 * kSmall, ours));
+    EXPECT_TRUE(Passes(node, kLarge, ours)); // padded to the length of a former format
+    EXPECT_EQ("", errors.Text());
+
+    EXPECT_FALSE(Passes(node, 2 * kSmall - 1, ours));
+    EXPECT_TRUE(errors.Contains("0 of another format, 1 too short")) << errors.Text();
+    EXPECT_FALSE(Passes(node, 2 * kSmall, Record(CUSTOM_GUID_KELP_ZC, 320, 240)));
+    EXPECT_FALSE(Passes(node, 2 * kSmall, Record(CUSTOM_GUID_KELP_ZI, 240, 320)));
+}
+
+TEST(FrameRefusalsTest, TheyAreSaidAtOnceAndThenOnceASecond)
+{
+    using Reason = FrameRefusals::Reason;
+    constexpr LONGLONG kSecond = 10'000'000;
+    FrameRefusals refusals;
+    EXPECT_TRUE(refusals.Add(Reason::TooShort, 5 * kSecond));
+    EXPECT_FALSE(refusals.Add(Reason::TooShort, 5 * kSecond));
+    EXPECT_FALSE(refusals.Add(Reason::OtherFormat, 6 * kSecond - 1));
+    const auto counts = refusals.Add(Reason::OtherFormat, 6 * kSecond);
+    ASSERT_TRUE(counts);
+    EXPECT_EQ(2u, counts->otherFormat);
+    EXPECT_EQ(2u, counts->tooShort);
+    EXPECT_FALSE(refusals.Add(Reason::TooShort, 7 * kSecond - 1));
+}
+
+} // namespace
