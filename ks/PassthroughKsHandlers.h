@@ -24,12 +24,14 @@ class PassthroughKsHandler : public Call::Base
     HRESULT Run(KSIDENTIFIER *request, ULONG requestLength, LPVOID data, ULONG dataLength,
                 ULONG *bytesReturned) override
     {
-        IKsControl *const myKsControl = this->myKsControl.Get();
         CHECK_POINTER(myKsControl);
-        const HRESULT result = (myKsControl->*Call::kMethod)(request, requestLength, data, dataLength, bytesReturned);
+        const HRESULT result = (myKsControl.Get()->*Call::kMethod)(request, requestLength, data, dataLength, bytesReturned);
         CHECK_HR_AS(Call::kText, result);
         return result;
     }
+
+  private:
+    using Call::Base::myKsControl;
 };
 
 struct ForwardedProperty
