@@ -126,7 +126,7 @@ CameraBlob TarnDepthDeviceMft::CreateIntrinsics(const MediaTypeList &mtList, UIN
 
 CameraBlob TarnDepthDeviceMft::CreateExtrinsics(UINT32)
 {
-    return calibration ? calibration->CreateExtrinsics() : CameraBlob{};
+    return calibration ? calibration->CreateExtrinsics(CameraPose::Depth) : CameraBlob{};
 }
 
 HRESULT TarnDepthDeviceMft::CreateOutputStreams()

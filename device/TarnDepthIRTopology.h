@@ -4,6 +4,7 @@
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
 #include "device/FramePrivacy.h"
+#include "device/TarnCalibration.h"
 #include "device/TarnDepthPresets.h"
 #include "utils/MediaTypeParser.h"
 
@@ -15,8 +16,8 @@ class TarnDepthIRTopology : public Topology
 {
   public:
     TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
-                        std::shared_ptr<TarnDepthPresets> presetsController,
-                        std::shared_ptr<FramePrivacy> framePrivacy);
+                        std::shared_ptr<TarnDepthPresets> presetsController, std::shared_ptr<FramePrivacy> framePrivacy,
+                        std::shared_ptr<const TarnCalibration> cameraCalibration);
 
     // Face login needs an output of 360 x 360 and the camera's format for it; without either the mode is left and
     // ordinary frames are served. Ordinary input is the closest infrared and depth type at or above the output's size
@@ -38,10 +39,13 @@ class TarnDepthIRTopology : public Topology
     std::shared_ptr<ITopologyNode> AddFaceLoginNodes(std::shared_ptr<ITopologyNode> successor,
                                                      const mft_utils::MediaTypeData &inputMtData,
                                                      const mft_utils::MediaTypeData &outputMtData) const;
+    FrameGeometry GeometryOf(const mft_utils::MediaTypeData &inputMtData,
+                             const mft_utils::MediaTypeData &outputMtData) const;
 
     bool faceAuthMode;
     const std::shared_ptr<TarnDepthPresets> depthPresetsController;
     const std::shared_ptr<FramePrivacy> privacyState;
+    const std::shared_ptr<const TarnCalibration> calibrationTable;
     TarnDepthPresets::PresetTypes previousPreset = TarnDepthPresets::PresetTypes::DEFAULT;
     bool presetChanged = false;
 };
