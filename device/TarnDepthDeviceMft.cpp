@@ -105,6 +105,13 @@ HRESULT TarnDepthDeviceMft::UninitializeMembers()
     return S_OK;
 }
 
+HRESULT TarnDepthDeviceMft::CreateAttributes()
+{
+    CHECK_HR(DeviceMft::CreateAttributes());
+    CHECK_HR(devInfo->AddTo(attributes.Get()));
+    return S_OK;
+}
+
 HRESULT TarnDepthDeviceMft::RegisterKsControlHandlres()
 {
     CHECK_HR(DeviceMft::RegisterKsControlHandlres());
@@ -203,6 +210,8 @@ HRESULT TarnDepthDeviceMft::AddOutputStream(OutputStreamConfiguration &configura
     configuration.parentName = GetNameCopy();
     configuration.intrinsics = CreateIntrinsics(*configuration.mtList, inputStreamId);
     configuration.extrinsics = CreateExtrinsics(inputStreamId);
+    CHECK_HR(MFCreateAttributes(configuration.attributes.GetAddressOf(), 4)); // what applications can read of it
+    CHECK_HR(devInfo->AddTo(configuration.attributes.Get()));
     AppendOutputStream(make_shared<OutputStream>(streamId, this, configuration));
     streamIndex = streamId;
     return S_OK;
