@@ -1,5 +1,6 @@
 #include "device/TarnColorDeviceMft.h"
 
+#include "device/topologies/TarnColorTopology.h"
 #include "ks/CompleteSetPropsHandler.h"
 #include "tarn/calibration_table.h"
 #include "tarn/tarn_dmft.h"
@@ -10,9 +11,15 @@ using std::make_shared;
 namespace mft_core
 {
 
+namespace
+{
+constexpr auto kErrorControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_COLOR::XU_ERROR);
+} // namespace
+
 TarnColorDeviceMft::TarnColorDeviceMft()
-    : Object("Tarn Color DMFT"), PassThroughDeviceMft("Tarn Color DMFT", KSPROPERTYSETID_TARN_COLOR_CONTROL,
-                                                      static_cast<ULONG>(KSPROPERTY_XU_TARN_COLOR::XU_ERROR))
+    : Object("Tarn Color DMFT"),
+      PassThroughDeviceMft("Tarn Color DMFT", KSPROPERTYSETID_TARN_COLOR_CONTROL, kErrorControl),
+      framePrivacy(make_shared<FramePrivacy>("Tarn Color DMFT"))
 {
 }
 
@@ -21,9 +28,23 @@ TarnColorDeviceMft::~TarnColorDeviceMft() = default;
 HRESULT TarnColorDeviceMft::InitializeMembers()
 {
     CHECK_HR_AS("PassThroughDeviceMft::InitializeMembers()", PassThroughDeviceMft::InitializeMembers());
+    fwErrorHandler =
+        make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kErrorControl, GetNameCopy());
+    CHECK_HR(autoUpdateEventListener->RegisterObserver(fwErrorHandler));
     calibration =
         make_shared<TarnCalibration>(deviceXuKsControl.Get(), deviceXuSetId, TARN_CALIBRATION_CONTROL, GetNameCopy());
     CHECK_HR(calibration->Init());
+    return S_OK;
+}
+
+HRESULT TarnColorDeviceMft::UninitializeMembers()
+{
+    if (autoUpdateEventListener && fwErrorHandler)
+    {
+        autoUpdateEventListener->UnregisterObserver(fwErrorHandler);
+        fwErrorHandler.reset();
+    }
+    CHECK_HR_AS("PassThroughDeviceMft::UninitializeMembers()", PassThroughDeviceMft::UninitializeMembers());
     return S_OK;
 }
 
@@ -39,6 +60,24 @@ HRESULT TarnColorDeviceMft::RegisterKsControlHandlres()
 CameraBlob TarnColorDeviceMft::CreateIntrinsics(const MediaTypeList &mtList, UINT32)
 {
     return calibration ? calibration->CreateIntrinsics(mtList) : CameraBlob{};
+}
+
+// The color camera is the origin to which the table relates the depth camera.
+CameraBlob TarnColorDeviceMft::CreateExtrinsics(UINT32)
+{
+    return calibration ? calibration->CreateExtrinsics(CameraPose::Origin) : CameraBlob{};
+}
+
+HRESULT TarnColorDeviceMft::BuildTopology(const std::shared_ptr<OutputStream> &outputStream,
+                                          IMFMediaType *nextMediaType, std::shared_ptr<Topology> &topology)
+{
+    const auto inputStream = InputStreamOf(*outputStream);
+    CHECK_POINTER(inputStream);
+    const auto topo = make_shared<TarnColorTopology>(GetNameCopy(), framePrivacy, calibration);
+    CHECK_HR(topo->Init(inputStream, outputStream, nextMediaType));
+    framePrivacy->AskCamera(filterKsControl.Get()); // before the first frame, which may not tell
+    topology = topo;
+    return S_OK;
 }
 
 } // namespace mft_core

@@ -105,6 +105,13 @@ HRESULT TarnDepthDeviceMft::UninitializeMembers()
     return S_OK;
 }
 
+HRESULT TarnDepthDeviceMft::CreateAttributes()
+{
+    CHECK_HR(DeviceMft::CreateAttributes());
+    CHECK_HR(devInfo->AddTo(attributes.Get()));
+    return S_OK;
+}
+
 HRESULT TarnDepthDeviceMft::RegisterKsControlHandlres()
 {
     CHECK_HR(DeviceMft::RegisterKsControlHandlres());
@@ -126,7 +133,7 @@ CameraBlob TarnDepthDeviceMft::CreateIntrinsics(const MediaTypeList &mtList, UIN
 
 CameraBlob TarnDepthDeviceMft::CreateExtrinsics(UINT32)
 {
-    return calibration ? calibration->CreateExtrinsics() : CameraBlob{};
+    return calibration ? calibration->CreateExtrinsics(CameraPose::Depth) : CameraBlob{};
 }
 
 HRESULT TarnDepthDeviceMft::CreateOutputStreams()
@@ -203,6 +210,8 @@ HRESULT TarnDepthDeviceMft::AddOutputStream(OutputStreamConfiguration &configura
     configuration.parentName = GetNameCopy();
     configuration.intrinsics = CreateIntrinsics(*configuration.mtList, inputStreamId);
     configuration.extrinsics = CreateExtrinsics(inputStreamId);
+    CHECK_HR(MFCreateAttributes(configuration.attributes.GetAddressOf(), 4)); // what applications can read of it
+    CHECK_HR(devInfo->AddTo(configuration.attributes.Get()));
     AppendOutputStream(make_shared<OutputStream>(streamId, this, configuration));
     streamIndex = streamId;
     return S_OK;

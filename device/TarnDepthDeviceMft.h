@@ -31,6 +31,7 @@ class TarnDepthDeviceMft : public DeviceMft
 
     HRESULT InitializeMembers() override;
     HRESULT UninitializeMembers() override;
+    HRESULT CreateAttributes() override;
     HRESULT RegisterKsControlHandlres() override;
     CameraBlob CreateIntrinsics(const MediaTypeList &mtList, UINT32 inputStreamId) override;
     CameraBlob CreateExtrinsics(UINT32 inputStreamId) override;

@@ -57,7 +57,7 @@ HRESULT TarnDepthDeviceMft::BuildDepthTopology(IMFMediaType *nextMediaType, std:
     const WorkQueueParameters workQueue = GetWorkQueueParameters();
     if (!IsRunning(*irOutStream))
     {
-        const auto topo = make_shared<TarnDepthDepthTopology>(GetNameCopy(), framePrivacy);
+        const auto topo = make_shared<TarnDepthDepthTopology>(GetNameCopy(), framePrivacy, calibration);
         CHECK_HR_AS("topo->Init(inputStream, depthOutStream, nextMediaType, wqParams, confidenceMapCfgHandler)",
                     topo->Init(inputStream, depthOutStream, nextMediaType, workQueue, confidenceMapCfgHandler));
         topology = topo;
@@ -65,7 +65,7 @@ HRESULT TarnDepthDeviceMft::BuildDepthTopology(IMFMediaType *nextMediaType, std:
     }
     ComPtr<IMFMediaType> irOutMediaType;
     CHECK_HR(irOutStream->GetCurrentMediaType(irOutMediaType.GetAddressOf()));
-    const auto topo = make_shared<TarnDepthZITopology>(GetNameCopy(), framePrivacy);
+    const auto topo = make_shared<TarnDepthZITopology>(GetNameCopy(), framePrivacy, calibration);
     CHECK_HR_AS("topo->Init(inputStream, depthOutStream, nextMediaType, irOutStream, irOutMediaType.Get(), wqParams)",
                 topo->Init(inputStream, depthOutStream, nextMediaType, irOutStream, irOutMediaType.Get(), workQueue));
     topology = topo;
@@ -81,7 +81,7 @@ HRESULT TarnDepthDeviceMft::BuildIrTopology(IMFMediaType *nextMediaType, std::sh
     if (!IsRunning(*depthOutStream))
     {
         const auto topo = make_shared<TarnDepthIRTopology>(GetNameCopy(), faceAuthKsPropertyHandler->faceAuthMode,
-                                                           depthPresetsController, framePrivacy);
+                                                           depthPresetsController, framePrivacy, calibration);
         CHECK_HR_AS("topo->Init(inputStream, irOutStream, nextMediaType, wqParams)",
                     topo->Init(inputStream, irOutStream, nextMediaType, workQueue));
         topology = topo;
@@ -89,7 +89,7 @@ HRESULT TarnDepthDeviceMft::BuildIrTopology(IMFMediaType *nextMediaType, std::sh
     }
     ComPtr<IMFMediaType> depthOutMediaType;
     CHECK_HR(depthOutStream->GetCurrentMediaType(depthOutMediaType.GetAddressOf()));
-    const auto topo = make_shared<TarnDepthZITopology>(GetNameCopy(), framePrivacy);
+    const auto topo = make_shared<TarnDepthZITopology>(GetNameCopy(), framePrivacy, calibration);
     CHECK_HR_AS(
         "topo->Init(inputStream, depthOutStream, depthOutMediaType.Get(), irOutStream, nextMediaType, wqParams)",
         topo->Init(inputStream, depthOutStream, depthOutMediaType.Get(), irOutStream, nextMediaType, workQueue));

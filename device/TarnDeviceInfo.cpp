@@ -9,8 +9,10 @@
 #include <utility>
 
 #include "device/calibration/Crc32.h"
+#include "tarn/device_attributes.h"
 #include "tarn/tarn_dmft.h"
 #include "trace/Check.h"
+#include "base/WideString.h"
 
 namespace mft_core
 {
@@ -55,6 +57,21 @@ HRESULT TarnDeviceInfo::Init()
     }
     record = read;
     TraceRecord();
+    return S_OK;
+}
+
+HRESULT TarnDeviceInfo::AddTo(IMFAttributes *store) const
+{
+    CHECK_POINTER(store);
+    if (!record)
+    {
+        return S_OK;
+    }
+    CHECK_HR(store->SetBlob(TARN_DEVICE_INFO_RECORD, reinterpret_cast<const UINT8 *>(&*record), sizeof(*record)));
+    CHECK_HR(store->SetString(TARN_DEVICE_PRODUCT_NAME, mft_utils::Widen(Printable(record->productName)).c_str()));
+    CHECK_HR(store->SetString(TARN_DEVICE_SERIAL_NUMBER, mft_utils::Widen(Printable(record->serialNumber)).c_str()));
+    CHECK_HR(
+        store->SetString(TARN_DEVICE_FIRMWARE_VERSION, mft_utils::Widen(VersionText(record->firmwareVersion)).c_str()));
     return S_OK;
 }
 

@@ -1,5 +1,7 @@
-// What the camera says about itself, for traces.
+// What the camera says about itself: traced, and told to whoever reads the transform's attributes.
 #pragma once
+
+#include "platform/MediaFoundation.h"
 
 #include <memory>
 #include <optional>
@@ -27,6 +29,9 @@ class TarnDeviceInfo : public user_space_frameworks::Object
     {
         return record;
     }
+
+    // Adds the record and its texts (tarn/device_attributes.h) to a store; nothing without a record.
+    HRESULT AddTo(IMFAttributes *store) const;
 
   private:
     void TraceRecord() const;

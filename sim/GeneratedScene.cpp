@@ -11,7 +11,7 @@ namespace tarn_sim
 
 namespace
 {
-// The scene is laid out in a field of 1024 x 768 units, whatever the picture's size.
+// The scene is laid out in a field of 1024 x 768 units: what the whole 4:3 sensor sees, whatever the picture's size.
 constexpr std::int32_t kFieldWidth = 1024;
 constexpr std::int32_t kFieldHeight = 768;
 constexpr std::int32_t kBallRadius = 150;
@@ -52,10 +52,27 @@ Point BallAt(std::uint64_t frame)
     return BallPath().at(static_cast<std::size_t>(frame % GeneratedScene::kPictureCount));
 }
 
-Point ToField(std::uint32_t x, std::uint32_t y, std::uint32_t width, std::uint32_t height)
+// The largest centred part of the field that has the picture's ratio.
+struct View
 {
-    return {static_cast<std::int32_t>(std::uint64_t{x} * kFieldWidth / width),
-            static_cast<std::int32_t>(std::uint64_t{y} * kFieldHeight / height)};
+    View(std::uint32_t width, std::uint32_t height)
+        : isWide(std::uint64_t{width} * kFieldHeight >= std::uint64_t{height} * kFieldWidth),
+          fieldUnits(isWide ? kFieldWidth : kFieldHeight), pixels(isWide ? width : height),
+          left((kFieldWidth - fieldUnits * width / pixels) / 2), top((kFieldHeight - fieldUnits * height / pixels) / 2)
+    {
+    }
+
+    bool isWide;
+    std::int64_t fieldUnits; // and as many pixels
+    std::int64_t pixels;
+    std::int64_t left;
+    std::int64_t top;
+};
+
+Point ToField(std::uint32_t x, std::uint32_t y, const View &view)
+{
+    return {static_cast<std::int32_t>(view.left + x * view.fieldUnits / view.pixels),
+            static_cast<std::int32_t>(view.top + y * view.fieldUnits / view.pixels)};
 }
 
 // Depth from the ball's own shape, or from what stands behind it.
@@ -119,7 +136,7 @@ Values ValuesAt(Point point, const Point *ball, bool illuminated)
 Values ValuesOf(const FrameRequest &request, std::uint32_t x, std::uint32_t y)
 {
     const Point ball = BallAt(request.number);
-    return ValuesAt(ToField(x, y, request.width, request.height), &ball, request.illuminated);
+    return ValuesAt(ToField(x, y, View(request.width, request.height)), &ball, request.illuminated);
 }
 
 void Store16(std::uint8_t *target, std::uint16_t value)
@@ -137,12 +154,13 @@ struct Area
 
 void Draw(const FrameRequest &request, Plane plane, const Point *ball, const Area &area, std::uint8_t *pixels)
 {
+    const View view(request.width, request.height);
     for (std::uint32_t y = area.top; y < area.bottom; ++y)
     {
         const std::size_t row = std::size_t{y} * request.width;
         for (std::uint32_t x = area.left; x < area.right; ++x)
         {
-            const Point point = ToField(x, y, request.width, request.height);
+            const Point point = ToField(x, y, view);
             const Values values = ValuesAt(point, ball, request.illuminated);
             switch (plane)
             {
@@ -168,12 +186,15 @@ void Draw(const FrameRequest &request, Plane plane, const Point *ball, const Are
 // The picture's pixels that the ball can cover.
 Area AreaOfBall(Point ball, std::uint32_t width, std::uint32_t height)
 {
-    const auto scale = [](std::int32_t value, std::int32_t field, std::uint32_t size) {
-        return static_cast<std::uint32_t>(std::clamp<std::int64_t>(std::int64_t{value} * size / field, 0, size));
+    const View view(width, height);
+    const auto toPixels = [&view](std::int64_t distance, std::uint32_t size) {
+        return static_cast<std::uint32_t>(std::clamp<std::int64_t>(distance * view.pixels / view.fieldUnits, 0, size));
     };
-    return {scale(ball.u - kBallRadius - 1, kFieldWidth, width), scale(ball.v - kBallRadius - 1, kFieldHeight, height),
-            scale(ball.u + kBallRadius + 2 + kFieldWidth / static_cast<std::int32_t>(width), kFieldWidth, width),
-            scale(ball.v + kBallRadius + 2 + kFieldHeight / static_cast<std::int32_t>(height), kFieldHeight, height)};
+    const std::int64_t onePixel = 1 + view.fieldUnits / view.pixels;
+    return {toPixels(ball.u - view.left - kBallRadius - 1, width),
+            toPixels(ball.v - view.top - kBallRadius - 1, height),
+            toPixels(ball.u - view.left + kBallRadius + 1 + onePixel, width),
+            toPixels(ball.v - view.top + kBallRadius + 1 + onePixel, height)};
 }
 } // namespace
 

@@ -13,7 +13,8 @@ namespace tarn_sim
 {
 
 // A slanted wall from 0.9 m to 2.5 m, a ball at 0.55 m that circles in front of it, a box that stands still at 1.2 m,
-// and a band without measurement at the left edge. Coordinates scale with the picture. Thread-safe.
+// and a band without measurement at the left edge. Coordinates scale with the picture; one that is not 4:3 shows the
+// largest centred part of that ratio, as the camera's calibration has it. Thread-safe.
 class GeneratedScene final : public IFrameSource
 {
   public:

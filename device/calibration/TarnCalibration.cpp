@@ -19,6 +19,7 @@ namespace mft_core
 
 namespace
 {
+static_assert(sizeof(MFPinholeCameraIntrinsics) == 48, "a count and one model");
 constexpr std::size_t kTransferBytes = 1024; // the longest answer of an extension-unit control
 
 struct FrameSize
@@ -44,13 +45,13 @@ std::vector<FrameSize> DistinctFrameSizes(const MediaTypeList &mtList)
     return sizes;
 }
 
-MFPinholeCameraIntrinsic_IntrinsicModel ModelOf(const CalibrationTable &table, const FrameSize &size)
+MFPinholeCameraIntrinsic_IntrinsicModel ModelOf(const CalibrationTable &table, const FrameGeometry &frame)
 {
-    const PinholeModel pinhole = ScalePinhole(table, size.width, size.height);
+    const PinholeModel pinhole = frame.PinholeOf(table);
     const DistortionCoefficients &distortion = table.distortion;
     const auto toFloat = [](double value) { return static_cast<FLOAT>(value); };
-    return {size.width,
-            size.height,
+    return {frame.Width(),
+            frame.Height(),
             {{toFloat(pinhole.focalLengthX), toFloat(pinhole.focalLengthY)},
              {toFloat(pinhole.principalPointX), toFloat(pinhole.principalPointY)}},
             {toFloat(distortion.radialK1), toFloat(distortion.radialK2), toFloat(distortion.radialK3),
@@ -115,7 +116,7 @@ CameraBlob TarnCalibration::CreateIntrinsics(const MediaTypeList &mtList) const
     for (const FrameSize &size : sizes)
     {
         TRACE_INFO("  %ux%u", size.width, size.height);
-        models.push_back(ModelOf(*table, size));
+        models.push_back(ModelOf(*table, FrameGeometry(size.width, size.height)));
     }
     const auto count = static_cast<UINT32>(models.size());
     constexpr std::size_t kModelsAt = offsetof(MFPinholeCameraIntrinsics, IntrinsicModels);
@@ -126,14 +127,27 @@ CameraBlob TarnCalibration::CreateIntrinsics(const MediaTypeList &mtList) const
     return MakeBlob(bytes.data(), bytes.size());
 }
 
-CameraBlob TarnCalibration::CreateExtrinsics() const
+CameraBlob TarnCalibration::CreateFrameIntrinsics(const FrameGeometry &frame) const
+{
+    if (!table || frame.Width() == 0 || frame.Height() == 0)
+    {
+        return {};
+    }
+    MFPinholeCameraIntrinsics intrinsics{};
+    intrinsics.IntrinsicModelCount = 1;
+    intrinsics.IntrinsicModels[0] = ModelOf(*table, frame);
+    return MakeBlob(&intrinsics, sizeof(intrinsics));
+}
+
+CameraBlob TarnCalibration::CreateExtrinsics(CameraPose pose) const
 {
     if (!table)
     {
         return {};
     }
-    const std::array<double, 3> position = TranslationInMetres(*table);
-    const Quaternion orientation = QuaternionOf(table->rotation);
+    const bool isOrigin = pose == CameraPose::Origin;
+    const std::array<double, 3> position = isOrigin ? std::array<double, 3>{} : TranslationInMetres(*table);
+    const Quaternion orientation = isOrigin ? Quaternion{} : QuaternionOf(table->rotation);
     MFCameraExtrinsics extrinsics{};
     extrinsics.TransformCount = 1;
     MFCameraExtrinsic_CalibratedTransform &transform = extrinsics.CalibratedTransforms[0];

@@ -3,15 +3,24 @@
 
 #include "platform/MediaFoundation.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
 #include "core/OutputStreamConfiguration.h"
 #include "device/calibration/CalibrationTable.h"
+#include "device/calibration/FrameGeometry.h"
 #include "ks/UvcCommand.h"
 
 namespace mft_core
 {
+
+// Where a camera stands in the rig: at its origin, or where the table says that the depth camera stands.
+enum class CameraPose : std::uint8_t
+{
+    Origin,
+    Depth
+};
 
 // Owned by its transform. Immutable after Init.
 class TarnCalibration : public user_space_frameworks::Object
@@ -27,8 +36,13 @@ class TarnCalibration : public user_space_frameworks::Object
     // size are passed over. Empty without a table, and when no size is left.
     CameraBlob CreateIntrinsics(const MediaTypeList &mtList) const;
 
-    // MFCameraExtrinsics with the transform from the depth to the color camera. Empty without a table.
-    CameraBlob CreateExtrinsics() const;
+    // MFPinholeCameraIntrinsics with the one model that holds for the pixels of such a frame. Empty without a table,
+    // and for an empty frame.
+    CameraBlob CreateFrameIntrinsics(const FrameGeometry &frame) const;
+
+    // MFCameraExtrinsics with the transform into the axes of the color camera, which is the origin of both: the
+    // table's for the depth camera, none at all for the color camera itself. Empty without a table.
+    CameraBlob CreateExtrinsics(CameraPose pose) const;
 
   private:
     HRESULT ReadTable(CalibrationTable &read);

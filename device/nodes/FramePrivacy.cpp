@@ -4,6 +4,7 @@
 #include <mutex>
 #include <utility>
 
+#include "device/nodes/FrameMetadataReader.h"
 #include "trace/Check.h"
 
 namespace mft_core
@@ -86,6 +87,18 @@ void FramePrivacy::AskCamera(IKsControl *filter)
     // Which is newer cannot be known when frames told meanwhile: the careful answer holds until the next frame tells.
     const bool doubt = framesThatTold != toldBefore && state == State::On;
     SetState(isOn || doubt ? State::On : State::Off);
+}
+
+bool FramePrivacy::Covers(IMFSample *sample)
+{
+    const auto record = FrameMetadataReader(sample).Record(kFrameRecordHead);
+    if (!record)
+    {
+        return IsOn();
+    }
+    const bool isOn = (record->flags & TARN_FRAME_FLAG_PRIVACY) != 0;
+    Tell(isOn);
+    return isOn;
 }
 
 void FramePrivacy::Tell(bool isOn)

@@ -31,6 +31,9 @@ class FramePrivacy : public user_space_frameworks::Object
     // not answer, changes nothing. When an output starts; waits for the camera: hold no lock that frames need.
     void AskCamera(IKsControl *filter);
 
+    // Whether this frame must be blanked: its own record tells, and what it tells is kept; a frame without a record
+    // that holds is treated by what is known.
+    bool Covers(IMFSample *sample);
     // A frame's record told.
     void Tell(bool isOn);
 

@@ -2,6 +2,7 @@
 
 #include "platform/CameraAttributes.h"
 
+#include <cstddef>
 #include <utility>
 
 #include "nodes/SampleActivity.h"
@@ -31,26 +32,25 @@ std::vector<UINT8> ReadBlob(IMFAttributes *attributes, const GUID &key)
     return blob;
 }
 
-HRESULT WriteBlob(IMFSample *sample, const GUID &key, const std::vector<UINT8> &blob)
+HRESULT WriteBlob(IMFSample *sample, const GUID &key, const UINT8 *blob, std::size_t size)
 {
-    if (!blob.empty())
+    if (size != 0)
     {
-        CHECK_HR(sample->SetBlob(key, blob.data(), static_cast<UINT32>(blob.size())));
+        CHECK_HR(sample->SetBlob(key, blob, static_cast<UINT32>(size)));
     }
     return S_OK;
 }
 } // namespace
 
 TarnCalibrationTopologyNode::TarnCalibrationTopologyNode(std::shared_ptr<ITopologyNode> successor,
-                                                         const OutputStream &stream)
-    : ITopologyNode(std::move(successor), "Tarn calibration topology node")
+                                                         const OutputStream &stream, CameraBlob frameIntrinsics)
+    : ITopologyNode(std::move(successor), "Tarn calibration topology node"), intrinsics(std::move(frameIntrinsics))
 {
     ComPtr<IMFAttributes> attributes;
     if (const HRESULT result = stream.GetAttributes(attributes.GetAddressOf()); FAILED(result))
     {
         throw ComException(result, "Failed to get the stream's attributes");
     }
-    intrinsics = ReadBlob(attributes.Get(), MFStreamExtension_PinholeCameraIntrinsics);
     extrinsics = ReadBlob(attributes.Get(), MFStreamExtension_CameraExtrinsics);
 }
 
@@ -58,8 +58,9 @@ HRESULT TarnCalibrationTopologyNode::ProcessSample(IMFSample *sample)
 {
     CHECK_POINTER(sample);
     const SampleActivity activity("mft_core::TarnCalibrationTopologyNode::ProcessSample", sample);
-    const HRESULT written[] = {WriteBlob(sample, MFSampleExtension_PinholeCameraIntrinsics, intrinsics),
-                               WriteBlob(sample, MFSampleExtension_CameraExtrinsics, extrinsics)};
+    const HRESULT written[] = {
+        WriteBlob(sample, MFSampleExtension_PinholeCameraIntrinsics, intrinsics.data.get(), intrinsics.sizeBytes),
+        WriteBlob(sample, MFSampleExtension_CameraExtrinsics, extrinsics.data(), extrinsics.size())};
     if (FAILED(written[0]) || FAILED(written[1]))
     {
         TRACE_ERROR("%s: the sample goes without a camera record", GetName());

@@ -1,4 +1,4 @@
-// Writes the stream's camera intrinsics and extrinsics on every sample.
+// Writes the frame's camera intrinsics and the stream's extrinsics on every sample.
 #pragma once
 
 #include <memory>
@@ -14,15 +14,17 @@ namespace mft_core
 class TarnCalibrationTopologyNode : public ITopologyNode
 {
   public:
-    // Takes both records from the stream's attributes; what the stream does not have is not written. May throw
-    // ComException when an attribute cannot be read.
-    TarnCalibrationTopologyNode(std::shared_ptr<ITopologyNode> successor, const OutputStream &stream);
+    // `frameIntrinsics` holds the one model that is right for the pixels of these samples; the extrinsics are taken
+    // from the stream's attributes. What is empty is not written. May throw ComException when the attribute cannot be
+    // read.
+    TarnCalibrationTopologyNode(std::shared_ptr<ITopologyNode> successor, const OutputStream &stream,
+                                CameraBlob frameIntrinsics);
 
     // A record that cannot be written is traced; the sample goes on without it.
     HRESULT ProcessSample(IMFSample *sample) override;
 
   private:
-    std::vector<UINT8> intrinsics; // MFPinholeCameraIntrinsics
+    const CameraBlob intrinsics;   // MFPinholeCameraIntrinsics
     std::vector<UINT8> extrinsics; // MFCameraExtrinsics
 };
 

@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "device/nodes/FrameMetadataReader.h"
 #include "nodes/SampleActivity.h"
 #include "tarn/tarn_dmft.h"
 #include "trace/Check.h"
@@ -65,25 +64,13 @@ HRESULT TarnDepthPrivacyTopologyNode::ProcessSample(IMFSample *sample)
 {
     CHECK_POINTER(sample);
     const SampleActivity activity("mft_core::TarnDepthPrivacyTopologyNode::ProcessSample", sample);
-    if (IsPrivate(sample))
+    if (privacy->Covers(sample))
     {
         CHECK_HR(BlankPixels(sample));
         CHECK_HR(TakeOffConfidenceMap(sample));
     }
     HandOn(sample);
     return S_OK;
-}
-
-bool TarnDepthPrivacyTopologyNode::IsPrivate(IMFSample *sample) const
-{
-    const auto record = FrameMetadataReader(sample).Record(kFrameRecordHead);
-    if (!record)
-    {
-        return privacy->IsOn();
-    }
-    const bool isOn = (record->flags & TARN_FRAME_FLAG_PRIVACY) != 0;
-    privacy->Tell(isOn);
-    return isOn;
 }
 
 } // namespace mft_core

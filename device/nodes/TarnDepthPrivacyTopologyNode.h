@@ -20,8 +20,6 @@ class TarnDepthPrivacyTopologyNode : public ITopologyNode
     HRESULT ProcessSample(IMFSample *sample) override;
 
   private:
-    bool IsPrivate(IMFSample *sample) const;
-
     const std::shared_ptr<FramePrivacy> privacy;
 };
 

@@ -21,8 +21,10 @@ using std::make_shared;
 namespace mft_core
 {
 
-TarnDepthDepthTopology::TarnDepthDepthTopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy)
-    : Topology(ownerName + " Depth Standalone Topology"), privacyState(std::move(framePrivacy))
+TarnDepthDepthTopology::TarnDepthDepthTopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy,
+                                               std::shared_ptr<const TarnCalibration> cameraCalibration)
+    : Topology(ownerName + " Depth Standalone Topology"), privacyState(std::move(framePrivacy)),
+      calibrationTable(std::move(cameraCalibration))
 {
 }
 
@@ -32,6 +34,7 @@ HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
                                      std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler)
 {
     CHECK_POINTER(confidenceMapCfgHandler);
+    CHECK_POINTER(calibrationTable);
     const TopologySettings settings{inputStream, {{depthOutStream, nextMediaType}}};
     CHECK_HR(settings.Validate());
     ComPtr<IMFMediaType> requiredInputMediaType;
@@ -59,7 +62,9 @@ HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
     const auto range = make_shared<DepthRangeTopologyNode>(AddOutput(depthOutStream), depthAttributes.Get(),
                                                            kMinReliableDepthCm, kMaxReliableDepthCm);
     const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(range);
-    const auto calibration = make_shared<TarnCalibrationTopologyNode>(metadata, *depthOutStream);
+    const auto calibration = make_shared<TarnCalibrationTopologyNode>(
+        metadata, *depthOutStream,
+        calibrationTable->CreateFrameIntrinsics(FrameGeometry(outputMtData.width, outputMtData.height)));
     const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration, privacyState);
     const auto confidence = make_shared<TarnConfidenceMapTopologyNode>(
         privacy, static_cast<std::int32_t>(outputMtData.width), static_cast<std::int32_t>(outputMtData.height),

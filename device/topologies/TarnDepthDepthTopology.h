@@ -4,6 +4,7 @@
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
 #include "device/nodes/FramePrivacy.h"
+#include "device/calibration/TarnCalibration.h"
 #include "device/properties/TarnConfidenceMapConfig.h"
 
 namespace mft_core
@@ -12,7 +13,8 @@ namespace mft_core
 class TarnDepthDepthTopology : public Topology
 {
   public:
-    TarnDepthDepthTopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy);
+    TarnDepthDepthTopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy,
+                           std::shared_ptr<const TarnCalibration> cameraCalibration);
 
     // Asks for input of the output's size and rate: depth with confidence while the map is enabled, else depth alone.
     // MF_E_INVALIDMEDIATYPE for a type that the output does not offer, E_FAIL when the pin has no matching one; the
@@ -23,6 +25,7 @@ class TarnDepthDepthTopology : public Topology
 
   private:
     const std::shared_ptr<FramePrivacy> privacyState;
+    const std::shared_ptr<const TarnCalibration> calibrationTable;
 };
 
 } // namespace mft_core

@@ -39,9 +39,11 @@ constexpr std::uint16_t kLargestInfrared = 1023; // of 10 bits; the sharpening o
 
 TarnDepthIRTopology::TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
                                          std::shared_ptr<TarnDepthPresets> presetsController,
-                                         std::shared_ptr<FramePrivacy> framePrivacy)
+                                         std::shared_ptr<FramePrivacy> framePrivacy,
+                                         std::shared_ptr<const TarnCalibration> cameraCalibration)
     : Topology(ownerName + " IR Standalone Topology"), faceAuthMode(isFaceAuthMode),
-      depthPresetsController(std::move(presetsController)), privacyState(std::move(framePrivacy))
+      depthPresetsController(std::move(presetsController)), privacyState(std::move(framePrivacy)),
+      calibrationTable(std::move(cameraCalibration))
 {
 }
 
@@ -54,6 +56,7 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
                                   IMFMediaType *nextMediaType, const WorkQueueParameters &wqParams)
 {
     CHECK_POINTER(depthPresetsController);
+    CHECK_POINTER(calibrationTable);
     const TopologySettings settings{inputStream, {{irOutStream, nextMediaType}}};
     CHECK_HR(settings.Validate());
     MediaTypeData outputMtData;
@@ -65,7 +68,8 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
 
     // From the end: each node is given its successor.
     const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(AddOutput(irOutStream));
-    const auto calibration = make_shared<TarnCalibrationTopologyNode>(metadata, *irOutStream);
+    const auto calibration = make_shared<TarnCalibrationTopologyNode>(
+        metadata, *irOutStream, calibrationTable->CreateFrameIntrinsics(GeometryOf(inputMtData, outputMtData)));
     const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration, privacyState);
     const auto illumination = make_shared<TarnIrIlluminationTopologyNode>(privacy);
     const auto tenToEight = make_shared<TarnIr10to8TopologyNode>(
@@ -133,6 +137,16 @@ std::shared_ptr<ITopologyNode> TarnDepthIRTopology::AddFaceLoginNodes(std::share
     return make_shared<CropMmTopologyNode>(sharpening, static_cast<std::int32_t>(inputMtData.width),
                                            static_cast<std::int32_t>(inputMtData.height), kSharpenedSide,
                                            kSharpenedSide);
+}
+
+// What the nodes of the chain do to the picture, in their order.
+FrameGeometry TarnDepthIRTopology::GeometryOf(const MediaTypeData &inputMtData, const MediaTypeData &outputMtData) const
+{
+    const FrameGeometry camera(inputMtData.width, inputMtData.height);
+    return faceAuthMode ? camera.CropCentre(kSharpenedSide, kSharpenedSide)
+                              .CropCentre(kResizedSide, kResizedSide)
+                              .Scale(outputMtData.width, outputMtData.height)
+                        : camera.CropCentre(outputMtData.width, outputMtData.height);
 }
 
 HRESULT TarnDepthIRTopology::Activate()

@@ -4,6 +4,7 @@
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
 #include "device/nodes/FramePrivacy.h"
+#include "device/calibration/TarnCalibration.h"
 #include "device/TarnDepthPresets.h"
 #include "media/MediaTypeParser.h"
 
@@ -15,8 +16,8 @@ class TarnDepthIRTopology : public Topology
 {
   public:
     TarnDepthIRTopology(const std::string &ownerName, bool isFaceAuthMode,
-                        std::shared_ptr<TarnDepthPresets> presetsController,
-                        std::shared_ptr<FramePrivacy> framePrivacy);
+                        std::shared_ptr<TarnDepthPresets> presetsController, std::shared_ptr<FramePrivacy> framePrivacy,
+                        std::shared_ptr<const TarnCalibration> cameraCalibration);
     // Ends face login where Deactivate has not: one that is released while it runs, with its transform.
     ~TarnDepthIRTopology() override;
 
@@ -41,10 +42,13 @@ class TarnDepthIRTopology : public Topology
     std::shared_ptr<ITopologyNode> AddFaceLoginNodes(std::shared_ptr<ITopologyNode> successor,
                                                      const mft_utils::MediaTypeData &inputMtData,
                                                      const mft_utils::MediaTypeData &outputMtData) const;
+    FrameGeometry GeometryOf(const mft_utils::MediaTypeData &inputMtData,
+                             const mft_utils::MediaTypeData &outputMtData) const;
 
     bool faceAuthMode;
     const std::shared_ptr<TarnDepthPresets> depthPresetsController;
     const std::shared_ptr<FramePrivacy> privacyState;
+    const std::shared_ptr<const TarnCalibration> calibrationTable;
     bool hasBegunFaceLogin = false;
 };
 

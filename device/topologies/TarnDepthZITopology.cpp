@@ -33,8 +33,10 @@ constexpr double kDepthPlaneLength = 0.5;
 } // namespace
 
 // The name is the depth topology's; recordings are read by it.
-TarnDepthZITopology::TarnDepthZITopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy)
-    : Topology(ownerName + " Depth Standalone Topology"), privacyState(std::move(framePrivacy))
+TarnDepthZITopology::TarnDepthZITopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy,
+                                         std::shared_ptr<const TarnCalibration> cameraCalibration)
+    : Topology(ownerName + " Depth Standalone Topology"), privacyState(std::move(framePrivacy)),
+      calibrationTable(std::move(cameraCalibration))
 {
 }
 
@@ -43,6 +45,7 @@ HRESULT TarnDepthZITopology::Init(std::shared_ptr<InputStream> inputStream,
                                   std::shared_ptr<OutputStream> irOutStream, IMFMediaType *irMediaType,
                                   const WorkQueueParameters &wqParams)
 {
+    CHECK_POINTER(calibrationTable);
     const TopologySettings settings{inputStream, {{depthOutStream, depthMediaType}, {irOutStream, irMediaType}}};
     CHECK_HR(settings.Validate());
     MediaTypeData depthMtData;
@@ -74,11 +77,19 @@ HRESULT TarnDepthZITopology::Init(std::shared_ptr<InputStream> inputStream,
     return S_OK;
 }
 
+CameraBlob TarnDepthZITopology::CroppedIntrinsics(const MediaTypeData &inputMtData,
+                                                  const MediaTypeData &outputMtData) const
+{
+    return calibrationTable->CreateFrameIntrinsics(
+        FrameGeometry(inputMtData.width, inputMtData.height).CropCentre(outputMtData.width, outputMtData.height));
+}
+
 std::shared_ptr<ITopologyNode> TarnDepthZITopology::AddInfraredBranch(const std::shared_ptr<OutputStream> &irOutStream,
                                                                       const MediaTypeData &inputMtData,
                                                                       const MediaTypeData &irMtData)
 {
-    const auto calibration = make_shared<TarnCalibrationTopologyNode>(AddOutput(irOutStream), *irOutStream);
+    const auto calibration = make_shared<TarnCalibrationTopologyNode>(AddOutput(irOutStream), *irOutStream,
+                                                                      CroppedIntrinsics(inputMtData, irMtData));
     const auto tenToEight = make_shared<TarnIr10to8TopologyNode>(calibration, static_cast<std::int32_t>(irMtData.width),
                                                                  static_cast<std::int32_t>(irMtData.height));
     return make_shared<Crop16BitTopologyNode>(tenToEight, inputMtData.width, inputMtData.height, irMtData.width,
@@ -92,7 +103,8 @@ std::shared_ptr<ITopologyNode> TarnDepthZITopology::AddDepthBranch(const std::sh
 {
     const auto range = make_shared<DepthRangeTopologyNode>(AddOutput(depthOutStream), depthAttributes,
                                                            kMinReliableDepthCm, kMaxReliableDepthCm);
-    const auto calibration = make_shared<TarnCalibrationTopologyNode>(range, *depthOutStream);
+    const auto calibration =
+        make_shared<TarnCalibrationTopologyNode>(range, *depthOutStream, CroppedIntrinsics(inputMtData, depthMtData));
     const auto crop = make_shared<Crop16BitTopologyNode>(calibration, inputMtData.width, inputMtData.height,
                                                          depthMtData.width, depthMtData.height);
     // A driver may pad its frames: the fractions are the frame's, not the buffer's.

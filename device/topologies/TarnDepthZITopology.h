@@ -4,6 +4,7 @@
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
 #include "device/nodes/FramePrivacy.h"
+#include "device/calibration/TarnCalibration.h"
 
 namespace mft_core
 {
@@ -11,7 +12,8 @@ namespace mft_core
 class TarnDepthZITopology : public Topology
 {
   public:
-    TarnDepthZITopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy);
+    TarnDepthZITopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy,
+                        std::shared_ptr<const TarnCalibration> cameraCalibration);
 
     // Asks for the closest infrared and depth type at or above the larger of the two sizes and rates; both outputs get
     // every frame. MF_E_INVALIDMEDIATYPE for a type that its output does not offer, E_FAIL when the pin has none that
@@ -21,6 +23,8 @@ class TarnDepthZITopology : public Topology
                  const WorkQueueParameters &wqParams);
 
   private:
+    CameraBlob CroppedIntrinsics(const mft_utils::MediaTypeData &inputMtData,
+                                 const mft_utils::MediaTypeData &outputMtData) const;
     std::shared_ptr<ITopologyNode> AddInfraredBranch(const std::shared_ptr<OutputStream> &irOutStream,
                                                      const mft_utils::MediaTypeData &inputMtData,
                                                      const mft_utils::MediaTypeData &irMtData);
@@ -30,6 +34,7 @@ class TarnDepthZITopology : public Topology
                                                   const mft_utils::MediaTypeData &depthMtData);
 
     const std::shared_ptr<FramePrivacy> privacyState;
+    const std::shared_ptr<const TarnCalibration> calibrationTable;
 };
 
 } // namespace mft_core

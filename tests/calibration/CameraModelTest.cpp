@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "device/calibration/FrameGeometry.h"
 #include "tests/calibration/CalibrationBytes.h"
 
 using mft_core::CalibrationTable;
@@ -77,10 +78,33 @@ TEST(CameraModelTest, TheWidescreenModelHasTheValuesOfAWorkedExample)
     EXPECT_NEAR(357.5, model.principalPointY, 1e-9);
 }
 
+TEST(CameraModelTest, CropsAndScalingsOfAChainAddUp)
+{
+    // 1280 x 720 shows rows 60 to 420 of the sensor twice as large. Columns 101 to 700 and rows 51 to 350 of it, five
+    // sixths as large, without 20 columns and 30 rows more: sensor column 101 / 2 + 20 / (2 * 5 / 6) = 62.5 on, row
+    // 60 + 51 / 2 + 30 / (5 / 3) = 103.5 on, at a scale of 5 / 3.
+    const mft_core::FrameGeometry chain =
+        mft_core::FrameGeometry(1280, 720).Crop(101, 51, 600, 300).Scale(500, 250).Crop(20, 30, 460, 200);
+    const PinholeModel model = chain.PinholeOf(GoodTable());
+
+    EXPECT_EQ(460u, chain.Width());
+    EXPECT_EQ(200u, chain.Height());
+    EXPECT_NEAR(474.5 * 5 / 3, model.focalLengthX, 1e-9);
+    EXPECT_NEAR(475.25 * 5 / 3, model.focalLengthY, 1e-9);
+    EXPECT_NEAR((322.25 - 62.5) * 5 / 3 - 0.5, model.principalPointX, 1e-9);
+    EXPECT_NEAR((239.0 - 103.5) * 5 / 3 - 0.5, model.principalPointY, 1e-9);
+
+    // An odd rest stays at the bottom and right, as the cropping nodes leave it.
+    const PinholeModel odd = mft_core::FrameGeometry(640, 480).CropCentre(433, 415).PinholeOf(GoodTable());
+    EXPECT_NEAR(321.75 - 103, odd.principalPointX, 1e-9);
+    EXPECT_NEAR(238.5 - 32, odd.principalPointY, 1e-9);
+}
+
 TEST(CameraModelTest, AnEmptyFrameHasNoModel)
 {
     EXPECT_EQ(0, ScalePinhole(GoodTable(), 0, 480).focalLengthX);
     EXPECT_EQ(0, ScalePinhole(GoodTable(), 640, 0).focalLengthY);
+    EXPECT_EQ(0, mft_core::FrameGeometry(640, 480).Crop(0, 0, 0, 480).PinholeOf(GoodTable()).focalLengthX);
 }
 
 TEST(CameraModelTest, TheTranslationIsInMetres)

@@ -1,6 +1,7 @@
 /* The device's public headers alone, as an application in plain C sees them. */
 #include "tarn/calibration_table.h"
 #include "tarn/depth_presets.h"
+#include "tarn/device_attributes.h"
 #include "tarn/device_info.h"
 #include "tarn/firmware_errors.h"
 #include "tarn/sample_attributes.h"

@@ -1,13 +1,16 @@
 // What the camera reports about itself: the device-information record and firmware errors.
 #include "device/TarnDeviceInfo.h"
 #include "device/TarnFwErrorHandler.h"
+#include "tarn/device_attributes.h"
 #include "tarn/firmware_errors.h"
 #include "tests/device/DepthCamera.h"
+#include "tests/device/DepthServer.h"
 
 using mft_core::TarnDeviceInfo;
 using mft_core::TarnFwErrorHandler;
 using tarn_sim::CameraConfiguration;
 using tarn_test::DepthCamera;
+using tarn_test::DepthServer;
 using tarn_test::TraceText;
 
 namespace
@@ -30,6 +33,31 @@ TEST(TarnDeviceInfoTest, TheRecordIsDecodedAndTraced)
                                "(version 3), 41.2 degrees Celsius"));
 }
 
+TEST(TarnDeviceInfoTest, ItIsFoundOnTheTransformAndOnBothOfItsOutputs)
+{
+    DepthServer server;
+    ComPtr<IMFTransform> face;
+    ASSERT_HR(S_OK, server.transform.As(&face));
+    ComPtr<IMFAttributes> stores[3];
+    ASSERT_HR(S_OK, face->GetAttributes(&stores[0]));
+    ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(tarn_test::kDepth, &stores[1]));
+    ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(tarn_test::kInfrared, &stores[2]));
+    for (const auto &store : stores)
+    {
+        TARN_DEVICE_INFO info{};
+        EXPECT_HR(S_OK,
+                  store->GetBlob(TARN_DEVICE_INFO_RECORD, reinterpret_cast<UINT8 *>(&info), sizeof(info), nullptr));
+        EXPECT_EQ(5u, info.hardwareRevision);
+        wchar_t text[32] = L"";
+        EXPECT_HR(S_OK, store->GetString(TARN_DEVICE_SERIAL_NUMBER, text, 32, nullptr));
+        EXPECT_STREQ(L"TRN0000000000042", text); // fills its field
+        EXPECT_HR(S_OK, store->GetString(TARN_DEVICE_FIRMWARE_VERSION, text, 32, nullptr));
+        EXPECT_STREQ(L"3.10.2.17", text);
+        EXPECT_HR(S_OK, store->GetString(TARN_DEVICE_PRODUCT_NAME, text, 32, nullptr));
+        EXPECT_STREQ(L"Tarn simulated", text);
+    }
+}
+
 TEST(TarnDeviceInfoTest, AnAnswerThatDoesNotCheckLeavesNoRecord)
 {
     for (const std::size_t spoilt : {0u, 2u, 60u, 173u}) // version, size, contents, checksum
@@ -43,6 +71,12 @@ TEST(TarnDeviceInfoTest, AnAnswerThatDoesNotCheckLeavesNoRecord)
         EXPECT_HR(S_OK, info.Init());
 
         EXPECT_FALSE(info.Record());
+        ComPtr<IMFAttributes> store;
+        EXPECT_HR(S_OK, MFCreateAttributes(&store, 1));
+        EXPECT_HR(S_OK, info.AddTo(store.Get()));
+        UINT32 count = 1;
+        EXPECT_HR(S_OK, store->GetCount(&count));
+        EXPECT_EQ(0u, count);
         EXPECT_TRUE(trace.Contains("does not check"));
     }
 }

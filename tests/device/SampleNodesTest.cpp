@@ -121,23 +121,23 @@ Bytes PayloadOf(const ComPtr<IMFSample> &sample)
     return {metaData.Payload(), metaData.Payload() + metaData.PayloadSize()};
 }
 
-TEST(TarnCalibrationTopologyNodeTest, SamplesCarryWhatTheStreamHas)
+TEST(TarnCalibrationTopologyNodeTest, SamplesCarryTheirOwnIntrinsicsAndTheStreamsExtrinsics)
 {
     tarn_test::TestEventGenerator generator;
     OutputStreamConfiguration configuration;
     configuration.mtList->push_back(tarn_test::MakeType(64, 48, 30));
     const auto end = make_shared<EndNode>();
     const ComPtr<IMFSample> plain = Picture({1});
-    TarnCalibrationTopologyNode(end, OutputStream(0, &generator, configuration)).Process(plain.Get());
+    TarnCalibrationTopologyNode(end, OutputStream(0, &generator, configuration), {}).Process(plain.Get());
     EXPECT_TRUE(BlobOf(plain, MFSampleExtension_PinholeCameraIntrinsics).empty());
     EXPECT_TRUE(BlobOf(plain, MFSampleExtension_CameraExtrinsics).empty());
 
     const std::shared_ptr<UINT8[]> three(new UINT8[3]{1, 2, 3});
     const std::shared_ptr<UINT8[]> two(new UINT8[2]{4, 5});
-    configuration.intrinsics = {three, 3};
+    configuration.intrinsics = {two, 2}; // of the whole stream: not for samples
     configuration.extrinsics = {two, 2};
     const ComPtr<IMFSample> calibrated = Picture({1});
-    TarnCalibrationTopologyNode(end, OutputStream(0, &generator, configuration)).Process(calibrated.Get());
+    TarnCalibrationTopologyNode(end, OutputStream(0, &generator, configuration), {three, 3}).Process(calibrated.Get());
     EXPECT_EQ((Bytes{1, 2, 3}), BlobOf(calibrated, MFSampleExtension_PinholeCameraIntrinsics));
     EXPECT_EQ((Bytes{4, 5}), BlobOf(calibrated, MFSampleExtension_CameraExtrinsics));
     EXPECT_EQ(2, end->samples);

@@ -8,6 +8,7 @@
 #include "tests/device/DepthCamera.h"
 
 using mft_core::CameraBlob;
+using mft_core::CameraPose;
 using mft_core::TarnCalibration;
 using tarn_sim::CameraConfiguration;
 using tarn_sim::MakeVideoType;
@@ -67,7 +68,7 @@ TEST(TarnCalibrationTest, ExtrinsicsTurnByOneDegreeAboutYAndAreInMetres)
     TarnCalibration calibration = Calibration(device);
     ASSERT_HR(S_OK, calibration.Init());
 
-    const CameraBlob blob = calibration.CreateExtrinsics();
+    const CameraBlob blob = calibration.CreateExtrinsics(CameraPose::Depth);
 
     ASSERT_EQ(sizeof(MFCameraExtrinsics), blob.sizeBytes);
     MFCameraExtrinsics extrinsics;
@@ -103,7 +104,7 @@ TEST(TarnCalibrationTest, ACameraWithoutAUsableTableWorksWithoutRecords)
         EXPECT_HR(S_OK, calibration.Init());
 
         EXPECT_EQ(nullptr, calibration.CreateIntrinsics(Types()).data);
-        EXPECT_EQ(nullptr, calibration.CreateExtrinsics().data);
+        EXPECT_EQ(nullptr, calibration.CreateExtrinsics(CameraPose::Origin).data);
         EXPECT_TRUE(trace.Contains("no table"));
     }
 }
