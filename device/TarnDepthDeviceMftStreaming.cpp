@@ -7,7 +7,6 @@
 #include "device/topologies/TarnDepthDepthTopology.h"
 #include "device/topologies/TarnDepthIRTopology.h"
 #include "device/topologies/TarnDepthZITopology.h"
-#include "tarn/tarn_formats.h"
 #include "base/Checked.h"
 #include "trace/Guard.h"
 
@@ -210,14 +209,9 @@ HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
     ComPtr<IMFMediaType> requiredMediaType;
     CHECK_HR(MFCreateMediaType(requiredMediaType.GetAddressOf()));
     CHECK_HR(currentMediaType->CopyAllItems(requiredMediaType.Get()));
-    if (enable)
-    {
-        CHECK_HR(requiredMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_ZC));
-    }
-    else
-    {
-        CHECK_HR(requiredMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_Z));
-    }
+    CHECK_HR_AS(enable ? "requiredMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_ZC)"
+                       : "requiredMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_Z)",
+                requiredMediaType->SetGUID(MF_MT_SUBTYPE, TarnDepthDepthTopology::InputSubtype(enable)));
     ComPtr<IMFMediaType> nextMediaType;
     CHECK_HR_AS("inputStream->FindMatchingMediaType(nextMediaType.GetAddressOf(), requiredMediaType)",
                 inputStream->FindMatchingMediaType(nextMediaType.GetAddressOf(), requiredMediaType.Get()));

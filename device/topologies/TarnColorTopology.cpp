@@ -1,14 +1,14 @@
 #include "device/topologies/TarnColorTopology.h"
 
+#include <functional>
 #include <utility>
 
+#include "core/NodeChain.h"
 #include "core/TopologySettings.h"
 #include "device/nodes/TarnCalibrationTopologyNode.h"
 #include "device/nodes/TarnColorPrivacyTopologyNode.h"
 #include "device/nodes/TarnDepthMetadataTopologyNode.h"
 #include "trace/Check.h"
-
-using std::make_shared;
 
 namespace mft_core
 {
@@ -33,12 +33,14 @@ HRESULT TarnColorTopology::Init(std::shared_ptr<InputStream> inputStream, std::s
         TRACE_INFO("%s: a media type without frame size, its samples carry no intrinsics", GetName());
     }
 
-    // From the end: each node is given its successor.
-    const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(AddOutput(outputStream));
-    const auto calibration = make_shared<TarnCalibrationTopologyNode>(
-        metadata, *outputStream, calibrationTable->CreateFrameIntrinsics(FrameGeometry(width, height)));
-    AddConnection(std::move(inputStream),
-                  make_shared<TarnColorPrivacyTopologyNode>(calibration, privacyState, mediaType), mediaType);
+    const auto first =
+        NodeChain()
+            .Then<TarnColorPrivacyTopologyNode>(privacyState, mediaType)
+            .Then<TarnCalibrationTopologyNode>(std::cref(*outputStream),
+                                               calibrationTable->CreateFrameIntrinsics(FrameGeometry(width, height)))
+            .Then<TarnDepthMetadataTopologyNode>()
+            .EndIn(AddOutput(outputStream));
+    AddConnection(std::move(inputStream), first, mediaType);
     return S_OK;
 }
 

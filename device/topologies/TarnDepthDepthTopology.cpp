@@ -1,8 +1,10 @@
 #include "device/topologies/TarnDepthDepthTopology.h"
 
+#include <functional>
 #include <utility>
 
 #include "core/AsyncTopologyNode.h"
+#include "core/NodeChain.h"
 #include "core/TopologySettings.h"
 #include "device/topologies/ReliableDepth.h"
 #include "device/nodes/TarnCalibrationTopologyNode.h"
@@ -16,7 +18,6 @@
 
 using mft_utils::MediaTypeData;
 using mft_utils::MediaTypeParser;
-using std::make_shared;
 
 namespace mft_core
 {
@@ -26,6 +27,11 @@ TarnDepthDepthTopology::TarnDepthDepthTopology(const std::string &ownerName, std
     : Topology(ownerName + " Depth Standalone Topology"), privacyState(std::move(framePrivacy)),
       calibrationTable(std::move(cameraCalibration))
 {
+}
+
+const GUID &TarnDepthDepthTopology::InputSubtype(bool withConfidenceMap) noexcept
+{
+    return withConfidenceMap ? CUSTOM_GUID_KELP_ZC : CUSTOM_GUID_KELP_Z;
 }
 
 HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
@@ -45,35 +51,32 @@ HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
     ComPtr<IMFAttributes> depthAttributes;
     CHECK_HR(depthOutStream->GetAttributes(depthAttributes.GetAddressOf()));
 
-    if (confidenceMapCfgHandler->WillBeEnabled())
-    {
-        CHECK_HR(requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_ZC));
-    }
-    else
-    {
-        CHECK_HR(requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_Z));
-    }
+    const bool withMap = confidenceMapCfgHandler->WillBeEnabled();
+    CHECK_HR_AS(withMap ? "requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_ZC)"
+                        : "requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_Z)",
+                requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, InputSubtype(withMap)));
     ComPtr<IMFMediaType> inputMediaType;
     CHECK_HR_AS("inputStream->FindMatchingMediaType(inputMediaType.GetAddressOf(), requiredInputMediaType)",
                 inputStream->FindMatchingMediaType(inputMediaType.GetAddressOf(), requiredInputMediaType.Get()));
 
-    // From the end: each node is given its successor. The confidence node is always there: the map may be switched on
-    // while the topology runs.
-    const auto range = make_shared<DepthRangeTopologyNode>(AddOutput(depthOutStream), depthAttributes.Get(),
-                                                           kMinReliableDepthCm, kMaxReliableDepthCm);
-    const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(range);
-    const auto calibration = make_shared<TarnCalibrationTopologyNode>(
-        metadata, *depthOutStream,
-        calibrationTable->CreateFrameIntrinsics(FrameGeometry(outputMtData.width, outputMtData.height)));
-    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration, privacyState);
-    const auto confidence = make_shared<TarnConfidenceMapTopologyNode>(
-        privacy, static_cast<std::int32_t>(outputMtData.width), static_cast<std::int32_t>(outputMtData.height),
-        confidenceMapCfgHandler);
-    const std::vector<GUID> formats{CUSTOM_GUID_KELP_Z, CUSTOM_GUID_KELP_ZC};
-    const auto format = make_shared<TarnFrameFormatTopologyNode>(
-        confidence, *inputStream, formats, outputMtData.width, outputMtData.height, std::move(confidenceMapCfgHandler));
-    AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
-                  inputMediaType.Get());
+    const FrameGeometry geometry(outputMtData.width, outputMtData.height);
+    // The confidence node is always there: the map may be switched on while the topology runs.
+    const auto first =
+        NodeChain()
+            .Then<AsyncTopologyNode>(GetNameCopy(), wqParams)
+            .Then<TarnFrameFormatTopologyNode>(std::cref(*inputStream),
+                                               std::vector<GUID>{InputSubtype(false), InputSubtype(true)},
+                                               outputMtData.width, outputMtData.height, confidenceMapCfgHandler)
+            .Then<TarnConfidenceMapTopologyNode>(static_cast<std::int32_t>(outputMtData.width),
+                                                 static_cast<std::int32_t>(outputMtData.height),
+                                                 confidenceMapCfgHandler)
+            .Then<TarnDepthPrivacyTopologyNode>(privacyState)
+            .Then<TarnCalibrationTopologyNode>(std::cref(*depthOutStream),
+                                               calibrationTable->CreateFrameIntrinsics(geometry))
+            .Then<TarnDepthMetadataTopologyNode>()
+            .Then<DepthRangeTopologyNode>(depthAttributes.Get(), kMinReliableDepthCm, kMaxReliableDepthCm)
+            .EndIn(AddOutput(depthOutStream));
+    AddConnection(std::move(inputStream), first, inputMediaType.Get());
     return S_OK;
 }
 

@@ -23,6 +23,9 @@ class TarnDepthDepthTopology : public Topology
                  IMFMediaType *nextMediaType, const WorkQueueParameters &wqParams,
                  std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler);
 
+    // What the pin has to deliver for depth with or without the map.
+    static const GUID &InputSubtype(bool withConfidenceMap) noexcept;
+
   private:
     const std::shared_ptr<FramePrivacy> privacyState;
     const std::shared_ptr<const TarnCalibration> calibrationTable;

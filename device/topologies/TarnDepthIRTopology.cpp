@@ -1,8 +1,10 @@
 #include "device/topologies/TarnDepthIRTopology.h"
 
+#include <functional>
 #include <utility>
 
 #include "core/AsyncTopologyNode.h"
+#include "core/NodeChain.h"
 #include "core/TopologySettings.h"
 #include "nodes/CropMmTopologyNode.h"
 #include "device/topologies/FaceLoginFrame.h"
@@ -21,7 +23,6 @@
 
 using mft_utils::MediaTypeData;
 using mft_utils::MediaTypeParser;
-using std::make_shared;
 
 namespace mft_core
 {
@@ -66,29 +67,30 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
     MediaTypeData inputMtData;
     CHECK_HR(MediaTypeParser::GetMediaTypeData(inputMtData, inputMediaType.Get()));
 
-    // From the end: each node is given its successor.
-    const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(AddOutput(irOutStream));
-    const auto calibration = make_shared<TarnCalibrationTopologyNode>(
-        metadata, *irOutStream, calibrationTable->CreateFrameIntrinsics(GeometryOf(inputMtData, outputMtData)));
-    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(calibration, privacyState);
-    const auto illumination = make_shared<TarnIrIlluminationTopologyNode>(privacy);
-    const auto tenToEight = make_shared<TarnIr10to8TopologyNode>(
-        illumination, static_cast<std::int32_t>(outputMtData.width), static_cast<std::int32_t>(outputMtData.height));
-    std::shared_ptr<ITopologyNode> first;
+    const std::vector<GUID> formats{faceAuthMode ? CUSTOM_GUID_KELP_FACE_LOGIN : CUSTOM_GUID_KELP_ZI};
+    NodeChain chain;
+    chain.Then<AsyncTopologyNode>(GetNameCopy(), wqParams)
+        .Then<TarnFrameFormatTopologyNode>(std::cref(*inputStream), formats, inputMtData.width, inputMtData.height);
     if (faceAuthMode)
     {
-        first = AddFaceLoginNodes(tenToEight, inputMtData, outputMtData);
+        AddFaceLoginNodes(chain, inputMtData, outputMtData);
     }
     else
     {
-        first = make_shared<Crop16BitTopologyNode>(tenToEight, inputMtData.width, inputMtData.height,
-                                                   outputMtData.width, outputMtData.height);
+        chain.Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, outputMtData.width,
+                                          outputMtData.height);
     }
-    const std::vector<GUID> formats{faceAuthMode ? CUSTOM_GUID_KELP_FACE_LOGIN : CUSTOM_GUID_KELP_ZI};
-    const auto format =
-        make_shared<TarnFrameFormatTopologyNode>(first, *inputStream, formats, inputMtData.width, inputMtData.height);
-    AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
-                  inputMediaType.Get());
+    const auto first =
+        chain
+            .Then<TarnIr10to8TopologyNode>(static_cast<std::int32_t>(outputMtData.width),
+                                           static_cast<std::int32_t>(outputMtData.height))
+            .Then<TarnIrIlluminationTopologyNode>()
+            .Then<TarnDepthPrivacyTopologyNode>(privacyState)
+            .Then<TarnCalibrationTopologyNode>(
+                std::cref(*irOutStream), calibrationTable->CreateFrameIntrinsics(GeometryOf(inputMtData, outputMtData)))
+            .Then<TarnDepthMetadataTopologyNode>()
+            .EndIn(AddOutput(irOutStream));
+    AddConnection(std::move(inputStream), first, inputMediaType.Get());
     return S_OK;
 }
 
@@ -123,20 +125,17 @@ HRESULT TarnDepthIRTopology::FindFaceLoginMediaType(IMFMediaType **ppFound, cons
                                             kFaceLoginInputWidth, kFaceLoginInputHeight);
 }
 
-std::shared_ptr<ITopologyNode> TarnDepthIRTopology::AddFaceLoginNodes(std::shared_ptr<ITopologyNode> successor,
-                                                                      const MediaTypeData &inputMtData,
-                                                                      const MediaTypeData &outputMtData) const
+void TarnDepthIRTopology::AddFaceLoginNodes(NodeChain &chain, const MediaTypeData &inputMtData,
+                                            const MediaTypeData &outputMtData)
 {
-    const auto threshold = make_shared<ImageThresholdTopologyNode>(std::move(successor), outputMtData.width,
-                                                                   outputMtData.height, kLargestInfrared);
-    const auto resize = make_shared<ImageResizeTopologyNode>(threshold, kResizedSide, kResizedSide, outputMtData.width,
-                                                             outputMtData.height);
-    const auto crop =
-        make_shared<Crop16BitTopologyNode>(resize, kSharpenedSide, kSharpenedSide, kResizedSide, kResizedSide);
-    const auto sharpening = make_shared<SharpeningTopologyNode>(crop, kSharpenedSide, kSharpenedSide);
-    return make_shared<CropMmTopologyNode>(sharpening, static_cast<std::int32_t>(inputMtData.width),
-                                           static_cast<std::int32_t>(inputMtData.height), kSharpenedSide,
-                                           kSharpenedSide);
+    chain
+        .Then<CropMmTopologyNode>(static_cast<std::int32_t>(inputMtData.width),
+                                  static_cast<std::int32_t>(inputMtData.height), kSharpenedSide, kSharpenedSide)
+        .Then<SharpeningTopologyNode>(kSharpenedSide, kSharpenedSide)
+        .Then<Crop16BitTopologyNode>(std::uint32_t{kSharpenedSide}, std::uint32_t{kSharpenedSide}, kResizedSide,
+                                     kResizedSide)
+        .Then<ImageResizeTopologyNode>(kResizedSide, kResizedSide, outputMtData.width, outputMtData.height)
+        .Then<ImageThresholdTopologyNode>(outputMtData.width, outputMtData.height, kLargestInfrared);
 }
 
 // What the nodes of the chain do to the picture, in their order.

@@ -1,6 +1,7 @@
 // Serves the infrared output alone, as ordinary frames or as frames for face login.
 #pragma once
 
+#include "core/NodeChain.h"
 #include "core/Topology.h"
 #include "core/WorkQueueParameters.h"
 #include "device/nodes/FramePrivacy.h"
@@ -39,9 +40,8 @@ class TarnDepthIRTopology : public Topology
     HRESULT FindFaceLoginMediaType(IMFMediaType **ppFound, const InputStream &inputStream,
                                    const mft_utils::MediaTypeData &outputMtData) const;
     HRESULT EndFaceLogin();
-    std::shared_ptr<ITopologyNode> AddFaceLoginNodes(std::shared_ptr<ITopologyNode> successor,
-                                                     const mft_utils::MediaTypeData &inputMtData,
-                                                     const mft_utils::MediaTypeData &outputMtData) const;
+    static void AddFaceLoginNodes(NodeChain &chain, const mft_utils::MediaTypeData &inputMtData,
+                                  const mft_utils::MediaTypeData &outputMtData);
     FrameGeometry GeometryOf(const mft_utils::MediaTypeData &inputMtData,
                              const mft_utils::MediaTypeData &outputMtData) const;
 

@@ -1,9 +1,11 @@
 #include "device/topologies/TarnDepthZITopology.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "core/AsyncTopologyNode.h"
+#include "core/NodeChain.h"
 #include "core/TopologySettings.h"
 #include "device/topologies/ReliableDepth.h"
 #include "device/nodes/TarnCalibrationTopologyNode.h"
@@ -65,15 +67,18 @@ HRESULT TarnDepthZITopology::Init(std::shared_ptr<InputStream> inputStream,
     CHECK_HR(depthOutStream->GetAttributes(depthAttributes.GetAddressOf()));
 
     // Applications get the samples of both branches: nothing that is written into one may show up in the other.
-    const auto splitter = make_shared<SplitterTopologyNode>(AddInfraredBranch(irOutStream, inputMtData, irMtData),
+    const auto splitter = make_shared<SplitterTopologyNode>(InfraredBranch(irOutStream, inputMtData, irMtData),
                                                             BranchSamples::Separate, "ZI to Z topology node");
-    splitter->AddNextNode(AddDepthBranch(depthOutStream, depthAttributes.Get(), inputMtData, depthMtData));
-    const auto metadata = make_shared<TarnDepthMetadataTopologyNode>(splitter);
-    const auto privacy = make_shared<TarnDepthPrivacyTopologyNode>(metadata, privacyState);
-    const auto format = make_shared<TarnFrameFormatTopologyNode>(
-        privacy, *inputStream, std::vector<GUID>{requiredSubType}, inputMtData.width, inputMtData.height);
-    AddConnection(std::move(inputStream), make_shared<AsyncTopologyNode>(format, GetNameCopy(), wqParams),
-                  inputMediaType.Get());
+    splitter->AddNextNode(DepthBranch(depthOutStream, depthAttributes.Get(), inputMtData, depthMtData));
+    const auto first =
+        NodeChain()
+            .Then<AsyncTopologyNode>(GetNameCopy(), wqParams)
+            .Then<TarnFrameFormatTopologyNode>(std::cref(*inputStream), std::vector<GUID>{requiredSubType},
+                                               inputMtData.width, inputMtData.height)
+            .Then<TarnDepthPrivacyTopologyNode>(privacyState)
+            .Then<TarnDepthMetadataTopologyNode>()
+            .EndIn(splitter);
+    AddConnection(std::move(inputStream), first, inputMediaType.Get());
     return S_OK;
 }
 
@@ -84,34 +89,32 @@ CameraBlob TarnDepthZITopology::CroppedIntrinsics(const MediaTypeData &inputMtDa
         FrameGeometry(inputMtData.width, inputMtData.height).CropCentre(outputMtData.width, outputMtData.height));
 }
 
-std::shared_ptr<ITopologyNode> TarnDepthZITopology::AddInfraredBranch(const std::shared_ptr<OutputStream> &irOutStream,
-                                                                      const MediaTypeData &inputMtData,
-                                                                      const MediaTypeData &irMtData)
+std::shared_ptr<ITopologyNode> TarnDepthZITopology::InfraredBranch(const std::shared_ptr<OutputStream> &irOutStream,
+                                                                   const MediaTypeData &inputMtData,
+                                                                   const MediaTypeData &irMtData)
 {
-    const auto calibration = make_shared<TarnCalibrationTopologyNode>(AddOutput(irOutStream), *irOutStream,
-                                                                      CroppedIntrinsics(inputMtData, irMtData));
-    const auto tenToEight = make_shared<TarnIr10to8TopologyNode>(calibration, static_cast<std::int32_t>(irMtData.width),
-                                                                 static_cast<std::int32_t>(irMtData.height));
-    return make_shared<Crop16BitTopologyNode>(tenToEight, inputMtData.width, inputMtData.height, irMtData.width,
-                                              irMtData.height);
+    return NodeChain()
+        .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, irMtData.width, irMtData.height)
+        .Then<TarnIr10to8TopologyNode>(static_cast<std::int32_t>(irMtData.width),
+                                       static_cast<std::int32_t>(irMtData.height))
+        .Then<TarnCalibrationTopologyNode>(std::cref(*irOutStream), CroppedIntrinsics(inputMtData, irMtData))
+        .EndIn(AddOutput(irOutStream));
 }
 
-std::shared_ptr<ITopologyNode> TarnDepthZITopology::AddDepthBranch(const std::shared_ptr<OutputStream> &depthOutStream,
-                                                                   IMFAttributes *depthAttributes,
-                                                                   const MediaTypeData &inputMtData,
-                                                                   const MediaTypeData &depthMtData)
+std::shared_ptr<ITopologyNode> TarnDepthZITopology::DepthBranch(const std::shared_ptr<OutputStream> &depthOutStream,
+                                                                IMFAttributes *depthAttributes,
+                                                                const MediaTypeData &inputMtData,
+                                                                const MediaTypeData &depthMtData)
 {
-    const auto range = make_shared<DepthRangeTopologyNode>(AddOutput(depthOutStream), depthAttributes,
-                                                           kMinReliableDepthCm, kMaxReliableDepthCm);
-    const auto calibration =
-        make_shared<TarnCalibrationTopologyNode>(range, *depthOutStream, CroppedIntrinsics(inputMtData, depthMtData));
-    const auto crop = make_shared<Crop16BitTopologyNode>(calibration, inputMtData.width, inputMtData.height,
-                                                         depthMtData.width, depthMtData.height);
     // A driver may pad its frames: the fractions are the frame's, not the buffer's.
     const auto frameBytes = static_cast<std::size_t>(
         TarnFrameFormatTopologyNode::FrameBytes(CUSTOM_GUID_KELP_ZI, inputMtData.width, inputMtData.height));
-    return make_shared<SampleCopyTopologyNode>(crop, kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node",
-                                               frameBytes);
+    return NodeChain()
+        .Then<SampleCopyTopologyNode>(kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node", frameBytes)
+        .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, depthMtData.width, depthMtData.height)
+        .Then<TarnCalibrationTopologyNode>(std::cref(*depthOutStream), CroppedIntrinsics(inputMtData, depthMtData))
+        .Then<DepthRangeTopologyNode>(depthAttributes, kMinReliableDepthCm, kMaxReliableDepthCm)
+        .EndIn(AddOutput(depthOutStream));
 }
 
 } // namespace mft_core

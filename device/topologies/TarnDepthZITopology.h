@@ -25,13 +25,13 @@ class TarnDepthZITopology : public Topology
   private:
     CameraBlob CroppedIntrinsics(const mft_utils::MediaTypeData &inputMtData,
                                  const mft_utils::MediaTypeData &outputMtData) const;
-    std::shared_ptr<ITopologyNode> AddInfraredBranch(const std::shared_ptr<OutputStream> &irOutStream,
-                                                     const mft_utils::MediaTypeData &inputMtData,
-                                                     const mft_utils::MediaTypeData &irMtData);
-    std::shared_ptr<ITopologyNode> AddDepthBranch(const std::shared_ptr<OutputStream> &depthOutStream,
-                                                  IMFAttributes *depthAttributes,
+    std::shared_ptr<ITopologyNode> InfraredBranch(const std::shared_ptr<OutputStream> &irOutStream,
                                                   const mft_utils::MediaTypeData &inputMtData,
-                                                  const mft_utils::MediaTypeData &depthMtData);
+                                                  const mft_utils::MediaTypeData &irMtData);
+    std::shared_ptr<ITopologyNode> DepthBranch(const std::shared_ptr<OutputStream> &depthOutStream,
+                                               IMFAttributes *depthAttributes,
+                                               const mft_utils::MediaTypeData &inputMtData,
+                                               const mft_utils::MediaTypeData &depthMtData);
 
     const std::shared_ptr<FramePrivacy> privacyState;
     const std::shared_ptr<const TarnCalibration> calibrationTable;
