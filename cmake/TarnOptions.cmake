@@ -2,9 +2,13 @@
 add_library(tarn_options INTERFACE)
 target_include_directories(tarn_options INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
 target_compile_options(tarn_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-                                              -fstack-protector-strong
-                                              # GCC 12 sees overlaps that are not there in std::string's operator+.
-                                              -Wno-restrict)
+                                              -fstack-protector-strong)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 sees overlaps that are not there in std::string's operator+.
+  target_compile_options(tarn_options INTERFACE -Wno-restrict)
+else()
+  target_compile_options(tarn_options INTERFACE -Wthread-safety)
+endif()
 target_compile_definitions(tarn_options INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 
 if(WIN32)

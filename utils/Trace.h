@@ -8,6 +8,8 @@
 #include <source_location>
 #include <string>
 
+#include "platform/CompilerChecks.h"
+
 namespace mft_utils
 {
 
@@ -26,11 +28,6 @@ inline std::atomic<std::uint32_t> textLevel{0};
 // "virtual HRESULT ns::Class::Method(int)::<lambda()>" becomes "ns::Class::Method".
 std::string QualifiedName(const char *prettyFunction);
 
-#if defined(__GNUC__)
-#define TARN_PRINTF_LIKE(formatIndex, firstArgument) __attribute__((format(gnu_printf, formatIndex, firstArgument)))
-#else
-#define TARN_PRINTF_LIKE(formatIndex, firstArgument)
-#endif
 void Write(TraceLevel level, const char *prettyFunction, const char *format, ...) noexcept TARN_PRINTF_LIKE(3, 4);
 void WriteEntry(const char *prettyFunction, const char *objectName) noexcept;
 void WriteExit(const char *prettyFunction, const char *objectName) noexcept;
