@@ -59,7 +59,7 @@ class TarnDepthPresets : public user_space_frameworks::Object
     HRESULT SetAutoRange(const DepthPreset &preset);
     HRESULT SetHdrConfiguration(const DepthPreset &preset);
     HRESULT SetHdr(const DepthPreset &preset);
-    void SetBack(const Step &last); // from the first to the last one run; call under the lock
+    void SetBack(const Step &last) TARN_REQUIRES(lock); // from the first to the last one run
 
     UvcCommand laserPower;
     UvcCommand accuracy;
@@ -69,7 +69,7 @@ class TarnDepthPresets : public user_space_frameworks::Object
     const std::shared_ptr<IFirmwareCommandPipe> firmwareCommandPipe;
 
     user_space_frameworks::CriticalSection lock;
-    const DepthPreset *inForce = nullptr; // guarded by lock; null until the first is applied
+    const DepthPreset *inForce TARN_GUARDED_BY(lock) = nullptr; // null until the first is applied
     std::atomic<PresetTypes> currentPreset{PresetTypes::DEFAULT};
 };
 

@@ -33,7 +33,7 @@ class KsEventHandler : public KsControlHandler
     HRESULT Subscribe(LPVOID pEventData, ULONG ulDataLength);
 
     user_space_frameworks::CriticalSection lock;
-    user_space_frameworks::UniqueHandle eventHandle; // guarded by lock
+    user_space_frameworks::UniqueHandle eventHandle TARN_GUARDED_BY(lock);
 };
 
 } // namespace mft_core

@@ -20,10 +20,10 @@ namespace
 using user_space_frameworks::SharedLock;
 
 constinit SharedLock lock;
-HANDLE file = nullptr;                               // guarded by lock; null sends lines to the debugger
-bool fileIsOwned = false;                            // guarded by lock; standard error is not
-DebugTraceSink::LineCallback lineCallback = nullptr; // guarded by lock
-void *callbackContext = nullptr;                     // guarded by lock
+HANDLE file TARN_GUARDED_BY(lock) = nullptr;    // null sends lines to the debugger
+bool fileIsOwned TARN_GUARDED_BY(lock) = false; // standard error is not
+DebugTraceSink::LineCallback lineCallback TARN_GUARDED_BY(lock) = nullptr;
+void *callbackContext TARN_GUARDED_BY(lock) = nullptr;
 std::atomic<std::uint32_t> configuredLevel{0};
 std::atomic<std::uint32_t> callbackLevel{0};
 std::atomic<std::uint32_t> failedLocks{0};
@@ -32,7 +32,7 @@ std::atomic<std::uint32_t> failedLocks{0};
 constexpr int kLockYields = 200;
 constexpr int kLockSleepsOf1ms = 50;
 
-bool LockBriefly() noexcept
+TARN_TRY_ACQUIRE(true, lock) bool LockBriefly() noexcept
 {
     for (int attempt = 0; attempt < kLockYields + kLockSleepsOf1ms; ++attempt)
     {
@@ -89,8 +89,7 @@ HANDLE OpenFile(std::string_view path) noexcept
     return opened == INVALID_HANDLE_VALUE ? nullptr : opened;
 }
 
-// Called with the lock held.
-void SetDestination(HANDLE newFile, bool isOwned, std::uint32_t level) noexcept
+TARN_REQUIRES(lock) void SetDestination(HANDLE newFile, bool isOwned, std::uint32_t level) noexcept
 {
     if (fileIsOwned)
     {
@@ -142,8 +141,7 @@ void AppendField(TraceText &line, const TraceField &field) noexcept
     }
 }
 
-// Called with the lock held.
-void SendToDestination(const char *text, std::size_t length) noexcept
+TARN_REQUIRES(lock) void SendToDestination(const char *text, std::size_t length) noexcept
 {
     if (file == nullptr)
     {

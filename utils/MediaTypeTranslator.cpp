@@ -6,7 +6,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <shared_mutex>
 
 #include "utils/GuidLess.h"
 #include "utils/GuidTranslator.h"
@@ -23,12 +22,13 @@ namespace
 using Table = std::map<GUID, char, GuidLess>;
 
 constinit user_space_frameworks::SharedLock lock;
-constinit Table *table = nullptr; // guarded by lock; a plain pointer, for it must outlive static destruction
+// A plain pointer, for it must outlive static destruction.
+constinit Table *table TARN_GUARDED_BY(lock) TARN_POINTEE_GUARDED_BY(lock) = nullptr;
 
 // 0 for an attribute that is a single number.
 char SeparatorOf(const GUID &key)
 {
-    const std::shared_lock guard(lock);
+    const user_space_frameworks::SharedGuard guard(lock);
     if (table == nullptr)
     {
         return 0;

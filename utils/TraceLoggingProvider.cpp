@@ -78,7 +78,7 @@ std::size_t CutLength(const char *text, std::size_t limit) noexcept
 }
 
 constinit user_space_frameworks::SharedLock registrationLock;
-bool registered = false; // guarded by registrationLock
+bool registered TARN_GUARDED_BY(registrationLock) = false;
 std::atomic<REGHANDLE> providerHandle{0};
 std::atomic<std::uint32_t> enabledLevel{0};
 
