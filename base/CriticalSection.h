@@ -3,12 +3,17 @@
 
 #include <windows.h>
 
+#include <cassert>
+
+#include "platform/CompilerChecks.h"
+#include "base/ScopedLock.h"
+
 namespace user_space_frameworks
 {
 
 // Recursive lock. Needs no memory of its own and leaves none behind, unlike this toolchain's std::mutex, whose
 // destructor frees nothing. Thread-safe.
-class CriticalSection
+class TARN_CAPABILITY("lock") CriticalSection
 {
   public:
     CriticalSection() noexcept
@@ -23,13 +28,19 @@ class CriticalSection
     CriticalSection &operator=(const CriticalSection &) = delete;
 
     // Lower case: the names that the standard's scoped locks ask for.
-    void lock() noexcept
+    void lock() noexcept TARN_ACQUIRE()
     {
         EnterCriticalSection(&section);
     }
-    void unlock() noexcept
+    void unlock() noexcept TARN_RELEASE()
     {
         LeaveCriticalSection(&section);
+    }
+
+    // For code that runs under the lock where the compiler cannot see it: a lambda that is called at once.
+    void AssertHeld() const noexcept TARN_ASSERT_HELD(this)
+    {
+        assert(section.OwningThread == ULongToHandle(GetCurrentThreadId()));
     }
 
   private:
@@ -55,7 +66,7 @@ class ConditionVariable
 
     // Call with the section locked exactly once. False when the condition did not come true within the limit.
     template <class Condition>
-    bool WaitFor(CriticalSection &section, DWORD limitMs, Condition &&condition)
+    bool WaitFor(CriticalSection &section, DWORD limitMs, Condition &&condition) TARN_REQUIRES(section)
     {
         const ULONGLONG end = GetTickCount64() + limitMs;
         while (!condition())

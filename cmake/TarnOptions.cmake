@@ -1,9 +1,13 @@
 # What every target is compiled and linked with.
 add_library(tarn_options INTERFACE)
 target_compile_options(tarn_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-                                              -fstack-protector-strong
-                                              # GCC 12 sees overlaps that are not there in std::string's operator+.
-                                              -Wno-restrict)
+                                              -fstack-protector-strong)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 sees overlaps that are not there in std::string's operator+.
+  target_compile_options(tarn_options INTERFACE -Wno-restrict)
+else()
+  target_compile_options(tarn_options INTERFACE -Wthread-safety)
+endif()
 target_compile_definitions(tarn_options INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 
 if(WIN32)

@@ -99,7 +99,7 @@ void AsyncTopologyNode::MarkReady(IMFSample *sample)
 
 void AsyncTopologyNode::HandOnReadySamples()
 {
-    std::unique_lock guard(lock);
+    user_space_frameworks::UniqueLock guard(lock);
     if (handingOn)
     {
         return; // the thread that hands on takes this sample too
@@ -137,10 +137,13 @@ void AsyncTopologyNode::ItemDone()
 HRESULT AsyncTopologyNode::Flush()
 {
     std::list<PendingSample> dropped; // released outside the lock
-    std::unique_lock guard(lock);
+    user_space_frameworks::UniqueLock guard(lock);
     ++flushing;
     dropped.swap(pending);
-    const bool ran = idle.WaitFor(lock, flushTimeoutMs, [&] { return queuedItems == 0 && !handingOn; });
+    const bool ran = idle.WaitFor(lock, flushTimeoutMs, [&] {
+        lock.AssertHeld();
+        return queuedItems == 0 && !handingOn;
+    });
     --flushing;
     const std::uint32_t left = queuedItems;
     guard.unlock();

@@ -57,7 +57,7 @@ class AsyncTopologyNode : public ITopologyNode,
     };
 
     void MarkReady(IMFSample *sample);
-    void HandOnReadySamples();
+    void HandOnReadySamples() TARN_EXCLUDES(lock);
     void ItemDone();
 
     const WorkQueueParameters wqParams;
@@ -66,14 +66,15 @@ class AsyncTopologyNode : public ITopologyNode,
 
     user_space_frameworks::CriticalSection lock;
     user_space_frameworks::ConditionVariable idle;
-    std::uint32_t queuedItems = 0;    // guarded by lock
-    std::uint32_t flushing = 0;       // guarded by lock; flushes under way
-    bool handingOn = false;           // guarded by lock; some thread is in HandOnReadySamples
-    std::list<PendingSample> pending; // guarded by lock; in order of arrival; a list: emptying it needs no memory
+    std::uint32_t queuedItems TARN_GUARDED_BY(lock) = 0;
+    std::uint32_t flushing TARN_GUARDED_BY(lock) = 0; // flushes under way
+    bool handingOn TARN_GUARDED_BY(lock) = false;     // some thread is in HandOnReadySamples
+    // In order of arrival; a list: emptying it needs no memory.
+    std::list<PendingSample> pending TARN_GUARDED_BY(lock);
 
     user_space_frameworks::CriticalSection referenceLock;
-    ULONG references = 0;                    // guarded by referenceLock
-    std::shared_ptr<AsyncTopologyNode> self; // guarded by referenceLock
+    ULONG references TARN_GUARDED_BY(referenceLock) = 0;
+    std::shared_ptr<AsyncTopologyNode> self TARN_GUARDED_BY(referenceLock);
 };
 
 } // namespace mft_core

@@ -162,6 +162,7 @@ HRESULT DeviceMft::InitializeMembers()
     msXuKsControl = MakeCom<ExtensionUnitKsControl>(MS_CAMERA_CONTROL_XU, GetNameCopy() + " MSXU ");
     CHECK_POINTER(msXuKsControl);
     FindExtensionUnit(*msXuKsControl.Get(), sourceTransform.Get(), filterKsControl.Get(), kMsXuKnownControl);
+    const std::scoped_lock guard(stateChangeLock);
     autoUpdateEventListener = MakeCom<KsEventListener>(KSEVENTSETID_VIDCAPTOSTI, KSEVENT_VIDCAP_AUTO_UPDATE,
                                                        GetNameCopy() + " Auto Update Event Listener");
     CHECK_POINTER(autoUpdateEventListener);

@@ -90,10 +90,10 @@ class DeviceMft : public IMFDeviceTransform,
     virtual HRESULT CreateInputStreams();
     // Media subtypes that input streams leave out.
     virtual std::vector<GUID> GetExcludedSubtypes();
-    virtual HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream,
-                                      IMFMediaType *nextMediaType) = 0;
-    virtual HRESULT StopOutputStream(const std::shared_ptr<OutputStream> &outputStream,
-                                     IMFMediaType *nextMediaType) = 0;
+    virtual HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType)
+        TARN_REQUIRES(stateChangeLock) = 0;
+    virtual HRESULT StopOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType)
+        TARN_REQUIRES(stateChangeLock) = 0;
     virtual CameraBlob CreateIntrinsics(const MediaTypeList &mtList, UINT32 inputStreamId);
     virtual CameraBlob CreateExtrinsics(UINT32 inputStreamId);
     virtual HRESULT CreateOutputStream(const std::shared_ptr<InputStream> &inputStream);
@@ -103,12 +103,12 @@ class DeviceMft : public IMFDeviceTransform,
     // Runs when the filter's interfaces are known; overrides call it first, then create their components.
     virtual HRESULT InitializeMembers();
     // Overrides release their components, then call it. May run more than once.
-    virtual HRESULT UninitializeMembers();
+    virtual HRESULT UninitializeMembers() TARN_REQUIRES(stateChangeLock);
 
     // Starts the output, and the listener when the output did not run before. When nothing runs after a failure the
     // listener does not either. Call under stateChangeLock.
     HRESULT StartWithListener(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType,
-                              DeviceStreamState previous);
+                              DeviceStreamState previous) TARN_REQUIRES(stateChangeLock);
 
     // Throws std::logic_error("stream id mismatch") when the stream's id is not its position.
     void AppendOutputStream(std::shared_ptr<OutputStream> stream);
@@ -122,8 +122,8 @@ class DeviceMft : public IMFDeviceTransform,
     const GUID deviceXuSetId;
     ComPtr<ExtensionUnitKsControl> deviceXuKsControl; // answers E_NOINTERFACE when the camera has no such unit
     ComPtr<ExtensionUnitKsControl> msXuKsControl;     // Microsoft's camera-control unit, likewise
-    // Runs from the start of an output to the next stop of any. Guarded by stateChangeLock; null after Shutdown.
-    ComPtr<KsEventListener> autoUpdateEventListener;
+    // Runs from the start of an output to the next stop of any. Null after Shutdown.
+    ComPtr<KsEventListener> autoUpdateEventListener TARN_GUARDED_BY(stateChangeLock);
 
     // Serialises changes of output states and shutdown, and what applications change of them. Taken before every other
     // lock.
@@ -133,12 +133,14 @@ class DeviceMft : public IMFDeviceTransform,
     IMFDeviceTransform &DeviceFace() noexcept override;
 
     HRESULT GetFilterStreamIds(std::vector<DWORD> &ids);
-    HRESULT ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value);
-    HRESULT StopAndReport(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType);
-    HRESULT StartListener();
-    void StopListener();
+    HRESULT ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value)
+        TARN_REQUIRES(stateChangeLock);
+    HRESULT StopAndReport(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType)
+        TARN_REQUIRES(stateChangeLock);
+    HRESULT StartListener() TARN_REQUIRES(stateChangeLock);
+    void StopListener() TARN_REQUIRES(stateChangeLock);
     bool AnyOutputRuns() const;
-    void ReleaseListener();
+    void ReleaseListener() TARN_REQUIRES(stateChangeLock);
     HRESULT FlushAllStreams();
     HRESULT RedirectCallToInputStream(DWORD streamId, const std::function<HRESULT(InputStream &stream)> &body);
     HRESULT RedirectCallToOutputStream(DWORD streamId, const std::function<HRESULT(OutputStream &stream)> &body);

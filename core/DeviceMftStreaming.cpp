@@ -398,7 +398,10 @@ void DeviceMft::StopListener()
 HRESULT DeviceMft::StartWithListener(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType,
                                      DeviceStreamState previous)
 {
-    const HRESULT started = Guarded([&] { return StartOutputStream(stream, nextMediaType); });
+    const HRESULT started = Guarded([&] {
+        stateChangeLock.AssertHeld();
+        return StartOutputStream(stream, nextMediaType);
+    });
     if (FAILED(started) && !AnyOutputRuns())
     {
         StopListener(); // the failure may have ended an output that had started it
@@ -408,7 +411,10 @@ HRESULT DeviceMft::StartWithListener(const std::shared_ptr<OutputStream> &stream
     {
         return S_OK;
     }
-    const HRESULT listening = Guarded([&] { return StartListener(); });
+    const HRESULT listening = Guarded([&] {
+        stateChangeLock.AssertHeld();
+        return StartListener();
+    });
     if (FAILED(listening))
     {
         StopOutputStream(stream, nextMediaType); // a failed start leaves the stream stopped

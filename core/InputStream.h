@@ -20,7 +20,7 @@ class InputStream : public Stream
                 const std::vector<GUID> &excludedSubtypes, const std::string &parentName);
 
     // Flushes the connected topology; succeeds when none is connected. Waits for queued frames: hold no lock.
-    HRESULT Flush() override;
+    HRESULT Flush() override TARN_EXCLUDES(lock);
 
     // Hands the sample to the connected topology on this thread; drops it when none is connected.
     HRESULT ProcessSample(IMFSample *sample) override;
@@ -36,10 +36,10 @@ class InputStream : public Stream
     HRESULT InitMediaTypesList(IMFTransform *sourceTransform, const std::vector<GUID> &excludedSubtypes);
     HRESULT InitAttributes(IMFTransform *sourceTransform);
 
-    std::shared_ptr<ITopologyNode> nextNode;                   // guarded by lock
-    bool firstSampleSeen = false;                              // guarded by lock
-    DeviceStreamState preferredState = DeviceStreamState_Stop; // guarded by lock
-    ComPtr<IMFMediaType> preferredMediaType;                   // guarded by lock
+    std::shared_ptr<ITopologyNode> nextNode TARN_GUARDED_BY(lock);
+    bool firstSampleSeen TARN_GUARDED_BY(lock) = false;
+    DeviceStreamState preferredState TARN_GUARDED_BY(lock) = DeviceStreamState_Stop;
+    ComPtr<IMFMediaType> preferredMediaType TARN_GUARDED_BY(lock);
 };
 
 } // namespace mft_core

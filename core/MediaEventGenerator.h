@@ -32,11 +32,11 @@ class MediaEventGenerator : public IMFMediaEventGenerator, public virtual user_s
     bool IsShutdown() const;
 
   private:
-    HRESULT CheckUsable() const; // call under lock
+    HRESULT CheckUsable() const TARN_REQUIRES(lock);
 
     mutable user_space_frameworks::CriticalSection lock;
-    ComPtr<IMFMediaEventQueue> pQueue;
-    bool shutdown = false; // guarded by lock
+    ComPtr<IMFMediaEventQueue> pQueue TARN_GUARDED_BY(lock);
+    bool shutdown TARN_GUARDED_BY(lock) = false;
     bool initialized = false;
 };
 

@@ -37,10 +37,10 @@ class OutputStream : public Stream
     HRESULT AddExtrinsicsToStreamAttributes(const CameraBlob &extrinsics);
     HRESULT AddIntrinsicsToStreamAttributes(const CameraBlob &intrinsics);
     HRESULT AddDepthAttributes(const std::optional<DepthDescription> &depth);
-    HRESULT AnnounceRun();
-    void TakeSamples(std::list<ComPtr<IMFSample>> &taken); // call under lock
+    HRESULT AnnounceRun() TARN_REQUIRES(lock);
+    void TakeSamples(std::list<ComPtr<IMFSample>> &taken) TARN_REQUIRES(lock);
 
-    std::list<ComPtr<IMFSample>> samples; // guarded by lock; a list: emptying it needs no memory
+    std::list<ComPtr<IMFSample>> samples TARN_GUARDED_BY(lock); // a list: emptying it needs no memory
 };
 
 } // namespace mft_core

@@ -24,7 +24,7 @@ class OutputTopologyNode : public ITopologyNode
   private:
     const std::shared_ptr<OutputStream> outputStream;
     user_space_frameworks::CriticalSection lock;
-    bool closed = false; // guarded by lock
+    bool closed TARN_GUARDED_BY(lock) = false;
 };
 
 } // namespace mft_core

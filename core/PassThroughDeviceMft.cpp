@@ -1,5 +1,6 @@
 #include "core/PassThroughDeviceMft.h"
 
+#include <mutex>
 #include <utility>
 
 #include "core/PassThroughTopology.h"
@@ -27,6 +28,7 @@ HRESULT PassThroughDeviceMft::InitializeTransform(IMFAttributes *pAttributes)
         {
             CHECK_HR(CreateOutputStream(inputStream));
         }
+        const std::scoped_lock guard(stateChangeLock);
         currentTopologies.resize(outputStreams.size());
         return S_OK;
     });
@@ -54,8 +56,10 @@ HRESULT PassThroughDeviceMft::StartOutputStream(const std::shared_ptr<OutputStre
     // Refused before anything that runs is touched.
     CHECK_HR_AS("outputStream->IsSupported(nextMediaType)",
                 outputStream->IsSupported(nextMediaType) ? S_OK : MF_E_INVALIDMEDIATYPE);
-    const HRESULT result =
-        mft_utils::Guarded([&]() -> HRESULT { return RunOutputStream(outputStream, nextMediaType); });
+    const HRESULT result = mft_utils::Guarded([&]() -> HRESULT {
+        stateChangeLock.AssertHeld();
+        return RunOutputStream(outputStream, nextMediaType);
+    });
     if (FAILED(result))
     {
         // The old topology is gone and the new one does not run: say so rather than stall.

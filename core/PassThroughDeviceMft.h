@@ -19,9 +19,11 @@ class PassThroughDeviceMft : public DeviceMft
     ~PassThroughDeviceMft() override;
 
     // A failed start leaves the stream stopped; one that is refused for its media type changes nothing.
-    HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override;
-    HRESULT StopOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override;
-    HRESULT UninitializeMembers() override;
+    HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override
+        TARN_REQUIRES(stateChangeLock);
+    HRESULT StopOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override
+        TARN_REQUIRES(stateChangeLock);
+    HRESULT UninitializeMembers() override TARN_REQUIRES(stateChangeLock);
 
     virtual HRESULT BuildTopology(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType,
                                   std::shared_ptr<Topology> &topology);
@@ -30,11 +32,12 @@ class PassThroughDeviceMft : public DeviceMft
     std::shared_ptr<InputStream> InputStreamOf(const OutputStream &outputStream) const;
 
   private:
-    HRESULT RunOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType);
-    HRESULT EndTopology(std::shared_ptr<Topology> &topology);
+    HRESULT RunOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType)
+        TARN_REQUIRES(stateChangeLock);
+    HRESULT EndTopology(std::shared_ptr<Topology> &topology) TARN_REQUIRES(stateChangeLock);
 
-    // One slot per output stream, at the stream's id. Guarded by stateChangeLock.
-    std::vector<std::shared_ptr<Topology>> currentTopologies;
+    // One slot per output stream, at the stream's id.
+    std::vector<std::shared_ptr<Topology>> currentTopologies TARN_GUARDED_BY(stateChangeLock);
 };
 
 } // namespace mft_core

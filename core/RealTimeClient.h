@@ -27,7 +27,7 @@ class RealTimeClient : public IMFRealTimeClientEx, public virtual user_space_fra
 
   private:
     mutable user_space_frameworks::CriticalSection lock;
-    WorkQueueParameters workQueueParameters; // guarded by lock
+    WorkQueueParameters workQueueParameters TARN_GUARDED_BY(lock);
 };
 
 } // namespace mft_core

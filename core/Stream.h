@@ -61,15 +61,15 @@ class Stream : public ITopologyNode
     static LONGLONG NowMicroseconds();
 
     const UINT32 id;
-    MediaEventGenerator *eventGenerator; // guarded by lock; not owned, detached before the transform ends
+    MediaEventGenerator *eventGenerator TARN_GUARDED_BY(lock); // not owned, detached before the transform ends
     MediaTypeList supportedMediaTypes;
-    ComPtr<IMFMediaType> currentMediaType; // guarded by lock
+    ComPtr<IMFMediaType> currentMediaType TARN_GUARDED_BY(lock);
     ComPtr<IMFAttributes> attributes;
     mutable user_space_frameworks::CriticalSection lock;
-    DeviceStreamState state = DeviceStreamState_Stop; // guarded by lock
-    UINT32 supportedFrameSourceTypes = 0;             // MFFrameSourceTypes mask
-    mft_utils::FpsMonitor inputRateMonitor;           // guarded by lock
-    mft_utils::FpsMonitor outputRateMonitor;          // guarded by lock
+    DeviceStreamState state TARN_GUARDED_BY(lock) = DeviceStreamState_Stop;
+    UINT32 supportedFrameSourceTypes = 0; // MFFrameSourceTypes mask
+    mft_utils::FpsMonitor inputRateMonitor TARN_GUARDED_BY(lock);
+    mft_utils::FpsMonitor outputRateMonitor TARN_GUARDED_BY(lock);
 
   private:
     void TraceSupportedMediaTypes() const;

@@ -2,6 +2,7 @@
 
 #include "platform/CameraAttributes.h"
 
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -72,7 +73,10 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
     CHECK_HR(DeviceMft::InitializeMembers());
     fwErrorHandler =
         make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kErrorControl, GetNameCopy());
-    CHECK_HR(autoUpdateEventListener->RegisterObserver(fwErrorHandler));
+    {
+        const std::scoped_lock guard(stateChangeLock);
+        CHECK_HR(autoUpdateEventListener->RegisterObserver(fwErrorHandler));
+    }
     firmwareCommandPipe =
         make_shared<FirmwareCommandPipe>(deviceXuKsControl.Get(), deviceXuSetId, kCommandControl, GetNameCopy());
     const auto info = make_shared<TarnDeviceInfo>(firmwareCommandPipe, "Tarn Depth device info");

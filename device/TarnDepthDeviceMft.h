@@ -30,7 +30,7 @@ class TarnDepthDeviceMft : public DeviceMft
     ~TarnDepthDeviceMft() override;
 
     HRESULT InitializeMembers() override;
-    HRESULT UninitializeMembers() override;
+    HRESULT UninitializeMembers() override TARN_REQUIRES(stateChangeLock);
     HRESULT CreateAttributes() override;
     HRESULT RegisterKsControlHandlres() override;
     CameraBlob CreateIntrinsics(const MediaTypeList &mtList, UINT32 inputStreamId) override;
@@ -38,9 +38,11 @@ class TarnDepthDeviceMft : public DeviceMft
 
     // A start that no topology can serve changes nothing: what ran runs on. One that fails later leaves every output
     // stopped. Both leave the transform usable.
-    HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override;
+    HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override
+        TARN_REQUIRES(stateChangeLock);
     // While another output runs its topology stays as it is.
-    HRESULT StopOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override;
+    HRESULT StopOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override
+        TARN_REQUIRES(stateChangeLock);
 
     virtual HRESULT CreateOutputStreams();
     // E_INVALIDARG for a stream that is neither output. `topology` is untouched when it fails.
@@ -56,12 +58,12 @@ class TarnDepthDeviceMft : public DeviceMft
     HRESULT BuildDepthTopology(IMFMediaType *nextMediaType, std::shared_ptr<Topology> &topology);
     HRESULT BuildIrTopology(IMFMediaType *nextMediaType, std::shared_ptr<Topology> &topology);
     HRESULT RunTopology(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType,
-                        const std::shared_ptr<Topology> &topology);
-    HRESULT EndCurrentTopology();
-    void StopAllOutputs();
+                        const std::shared_ptr<Topology> &topology) TARN_REQUIRES(stateChangeLock);
+    HRESULT EndCurrentTopology() TARN_REQUIRES(stateChangeLock);
+    void StopAllOutputs() TARN_REQUIRES(stateChangeLock);
 
     HRESULT OnConfigConfidenceMap(bool enable);
-    HRESULT EndCombinedTopology();
+    HRESULT EndCombinedTopology() TARN_REQUIRES(stateChangeLock);
     HRESULT WantedInputMediaType(IMFMediaType **ppMediaType) const;
 
     std::shared_ptr<FirmwareCommandPipe> firmwareCommandPipe;
@@ -72,7 +74,7 @@ class TarnDepthDeviceMft : public DeviceMft
     std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler;
     std::shared_ptr<TarnDepthPresets> depthPresetsController;
     const std::shared_ptr<FramePrivacy> framePrivacy;
-    std::shared_ptr<Topology> currentTopology; // guarded by stateChangeLock
+    std::shared_ptr<Topology> currentTopology TARN_GUARDED_BY(stateChangeLock);
     UINT32 depthStreamIndex = 0;
     UINT32 irStreamIndex = 0;
 };

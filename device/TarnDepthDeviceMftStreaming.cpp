@@ -109,8 +109,10 @@ HRESULT TarnDepthDeviceMft::StartOutputStream(const std::shared_ptr<OutputStream
     }
     CHECK_HR_AS("BuildTopology(outputStream, nextMediaType, topology)", built);
     framePrivacy->AskCamera(filterKsControl.Get()); // before the first frame, which may not tell
-    const HRESULT result =
-        mft_utils::Guarded([&]() -> HRESULT { return RunTopology(outputStream, nextMediaType, topology); });
+    const HRESULT result = mft_utils::Guarded([&]() -> HRESULT {
+        stateChangeLock.AssertHeld();
+        return RunTopology(outputStream, nextMediaType, topology);
+    });
     if (FAILED(result))
     {
         // The old topology is gone and the new one does not run: say so rather than stall.

@@ -70,9 +70,8 @@ class TarnDepthPresets : public user_space_frameworks::Object
     HRESULT SetAutoRange(const DepthPreset &preset);
     HRESULT SetHdrConfiguration(const DepthPreset &preset);
     HRESULT SetHdr(const DepthPreset &preset);
-    // Both under the lock. SetBack: from the first to the last one run.
-    HRESULT PutIntoForce(const DepthPreset &preset);
-    void SetBack(const Step &last);
+    HRESULT PutIntoForce(const DepthPreset &preset) TARN_REQUIRES(lock);
+    void SetBack(const Step &last) TARN_REQUIRES(lock); // from the first to the last one run
 
     UvcCommand laserPower;
     UvcCommand accuracy;
@@ -85,8 +84,8 @@ class TarnDepthPresets : public user_space_frameworks::Object
     // Changed under the lock, read without it.
     std::atomic<const DepthPreset *> inForce{nullptr}; // null until the first is applied
     std::atomic<const DepthPreset *> wanted{FindDepthPreset(TARN_DEPTH_PRESET_DEFAULT)};
-    bool isMixed = false;     // guarded by lock: the camera kept steps of a preset that it refused
-    bool isFaceLogin = false; // guarded by lock
+    bool isMixed TARN_GUARDED_BY(lock) = false; // the camera kept steps of a preset that it refused
+    bool isFaceLogin TARN_GUARDED_BY(lock) = false;
 };
 
 } // namespace mft_core

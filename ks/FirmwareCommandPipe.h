@@ -43,10 +43,10 @@ class FirmwareCommandPipe : public IFirmwareCommandPipe, public user_space_frame
     };
     static_assert(sizeof(Answer) == 1024);
 
-    // One write and one read, of an answer with at least `expected` bytes of data. Call under the lock.
-    HRESULT Exchange(const Command &writeBuffer, Answer &readBuffer, ULONG expected);
+    // One write and one read, of an answer with at least `expected` bytes of data.
+    HRESULT Exchange(const Command &writeBuffer, Answer &readBuffer, ULONG expected) TARN_REQUIRES(lock);
 
-    UvcCommand uvcCommand;
+    UvcCommand uvcCommand TARN_GUARDED_BY(lock);
     user_space_frameworks::CriticalSection lock;
 };
 

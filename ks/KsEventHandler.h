@@ -28,7 +28,7 @@ class KsEventHandler : public KsCallHandler<KsControlKind::Event>
     HRESULT Subscribe(LPVOID pEventData, ULONG ulDataLength);
 
     user_space_frameworks::CriticalSection lock;
-    user_space_frameworks::UniqueHandle eventHandle; // guarded by lock
+    user_space_frameworks::UniqueHandle eventHandle TARN_GUARDED_BY(lock);
 };
 
 } // namespace mft_core

@@ -73,6 +73,7 @@ HRESULT KsEventListener::Start()
     {
         const std::scoped_lock guard(lock);
         result = [&]() -> HRESULT {
+            lock.AssertHeld();
             if (state != State::Started)
             {
                 return E_ABORT;

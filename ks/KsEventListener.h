@@ -40,7 +40,7 @@ class KsEventListener : public user_space_frameworks::ComObject<IMFAsyncCallback
     // Returns when the event is disabled and no notification is under way; S_OK at once when it does not run. It can
     // be started again then. ERROR_TIMEOUT as an HRESULT when that takes too long: it goes on stopping and Stop may be
     // called again. A failed cancel is returned and leaves it running. Not to be called from an observer.
-    HRESULT Stop();
+    HRESULT Stop() TARN_EXCLUDES(lock);
 
     // Stops, then gives up everything Init made. Failures of Stop leave it initialized; E_UNEXPECTED when it was
     // started meanwhile.
@@ -63,10 +63,10 @@ class KsEventListener : public user_space_frameworks::ComObject<IMFAsyncCallback
         Stopping = 3
     };
 
-    HRESULT EnableEvent() noexcept;
-    HRESULT DisableEvent() noexcept;
-    HRESULT WaitAsyncForNotification(); // call under the lock
-    void FinishStop(bool disableEvent) noexcept;
+    HRESULT EnableEvent() noexcept TARN_EXCLUDES(lock);
+    HRESULT DisableEvent() noexcept TARN_EXCLUDES(lock);
+    HRESULT WaitAsyncForNotification() TARN_REQUIRES(lock);
+    void FinishStop(bool disableEvent) noexcept TARN_EXCLUDES(lock);
 
     const GUID setGuid;
     const ULONG eventId;
@@ -83,8 +83,8 @@ class KsEventListener : public user_space_frameworks::ComObject<IMFAsyncCallback
     ObserverList<KsEventsObserver> observers;
 
     user_space_frameworks::CriticalSection lock;
-    State state = State::NotInitialized; // guarded by lock
-    unsigned stopWaiters = 0;            // guarded by lock
+    State state TARN_GUARDED_BY(lock) = State::NotInitialized;
+    unsigned stopWaiters TARN_GUARDED_BY(lock) = 0;
 };
 
 } // namespace mft_core

@@ -20,7 +20,7 @@ class MFPutWaitingWorkItemWrapper : public WaitWorkItemWrapper
 
   private:
     user_space_frameworks::CriticalSection lock;
-    MFWORKITEM_KEY key = 0; // of the last wait; guarded by lock
+    MFWORKITEM_KEY key TARN_GUARDED_BY(lock) = 0; // of the last wait
 };
 
 } // namespace mft_core

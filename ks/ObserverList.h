@@ -62,7 +62,7 @@ class ObserverList
 
   private:
     user_space_frameworks::CriticalSection lock;
-    std::shared_ptr<const Observers> observers = std::make_shared<const Observers>(); // guarded by lock
+    std::shared_ptr<const Observers> observers TARN_GUARDED_BY(lock) = std::make_shared<const Observers>();
 };
 
 } // namespace mft_core

@@ -28,8 +28,8 @@ class RegularKsEventHandler : public KsEventHandler
 
   protected:
     // Compared by address only, never read. Run leaves it null; a derived handler that lets its subscriber disable the
-    // event by address records it here. Guarded by lock.
-    KSEVENTDATA *registeredEventData = nullptr;
+    // event by address records it here.
+    KSEVENTDATA *registeredEventData TARN_GUARDED_BY(lock) = nullptr;
 };
 
 } // namespace mft_core

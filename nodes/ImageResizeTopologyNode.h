@@ -28,7 +28,7 @@ class ImageResizeTopologyNode : public ImageConvertingTopologyNode
     const FrameSize outputSize;
     const mft_kernels::ResizePlan plan;
     user_space_frameworks::CriticalSection lock;
-    std::vector<std::byte> scratch; // guarded by lock
+    std::vector<std::byte> scratch TARN_GUARDED_BY(lock);
 };
 
 } // namespace mft_core

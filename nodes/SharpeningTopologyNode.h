@@ -28,7 +28,7 @@ class SharpeningTopologyNode : public ImageConvertingTopologyNode
     const FrameSize size;
     const mft_kernels::SharpenFunction kernel;
     user_space_frameworks::CriticalSection lock;
-    std::vector<float> scratch; // guarded by lock
+    std::vector<float> scratch TARN_GUARDED_BY(lock);
 };
 
 } // namespace mft_core

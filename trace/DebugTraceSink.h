@@ -37,13 +37,13 @@ class DebugTraceSink final : public ITraceChannel
     void Write(const TraceEvent &event) noexcept override;
 
   private:
-    bool LockBriefly() noexcept;
+    bool LockBriefly() noexcept TARN_TRY_ACQUIRE(true, lock);
     void Emit(TraceLevel level, const TraceText &line) noexcept;
 
     user_space_frameworks::SharedLock lock;
-    TraceDestination destination;        // guarded by lock
-    LineCallback lineCallback = nullptr; // guarded by lock
-    void *callbackContext = nullptr;     // guarded by lock
+    TraceDestination destination TARN_GUARDED_BY(lock);
+    LineCallback lineCallback TARN_GUARDED_BY(lock) = nullptr;
+    void *callbackContext TARN_GUARDED_BY(lock) = nullptr;
     std::atomic<std::uint32_t> configuredLevel{0};
     std::atomic<std::uint32_t> callbackLevel{0};
     std::atomic<std::uint32_t> failedLocks{0};

@@ -6,7 +6,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <shared_mutex>
 
 #include "base/GuidLess.h"
 #include "trace/PlatformGuidNames.h"
@@ -21,7 +20,8 @@ namespace
 using Table = std::map<GUID, std::string, GuidLess>;
 
 constinit user_space_frameworks::SharedLock lock;
-constinit Table *table = nullptr; // guarded by lock; a plain pointer, for it must outlive static destruction
+// A plain pointer, for it must outlive static destruction.
+constinit Table *table TARN_GUARDED_BY(lock) TARN_POINTEE_GUARDED_BY(lock) = nullptr;
 
 } // namespace
 
@@ -85,7 +85,7 @@ std::string GuidTranslator::Name(const GUID &guid)
 
 std::string GuidTranslator::FindName(const GUID &guid)
 {
-    const std::shared_lock guard(lock);
+    const user_space_frameworks::SharedGuard guard(lock);
     if (table == nullptr)
     {
         return {};

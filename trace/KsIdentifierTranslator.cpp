@@ -8,7 +8,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <shared_mutex>
 #include <span>
 #include <utility>
 
@@ -45,7 +44,8 @@ struct Identity
 using Table = std::map<Identity, std::string>;
 
 constinit user_space_frameworks::SharedLock lock;
-constinit Table *table = nullptr; // guarded by lock; a plain pointer, for it must outlive static destruction
+// A plain pointer, for it must outlive static destruction.
+constinit Table *table TARN_GUARDED_BY(lock) TARN_POINTEE_GUARDED_BY(lock) = nullptr;
 
 // clang-format off
 // Ids count up from 0 ("KSPROPERTY_CAMERACONTROL_EXTENDED_PROPERTY enumeration (ksmedia.h)").
@@ -167,7 +167,7 @@ std::string FlagsToString(ULONG flags, KsIdentifierKind kind)
 
 std::string FindIdName(const Identity &identity)
 {
-    const std::shared_lock guard(lock);
+    const user_space_frameworks::SharedGuard guard(lock);
     if (table == nullptr)
     {
         return {};

@@ -5,17 +5,14 @@
 
 #include "trace/TraceLevels.h"
 
+#include "platform/CompilerChecks.h"
+
 namespace mft_utils
 {
 
 namespace trace_detail
 {
 
-#if defined(__GNUC__)
-#define TARN_PRINTF_LIKE(formatIndex, firstArgument) __attribute__((format(gnu_printf, formatIndex, firstArgument)))
-#else
-#define TARN_PRINTF_LIKE(formatIndex, firstArgument)
-#endif
 void Write(TraceLevel level, const char *prettyFunction, const char *format, ...) noexcept TARN_PRINTF_LIKE(3, 4);
 void WriteEntry(const char *prettyFunction, const char *objectName) noexcept;
 void WriteExit(const char *prettyFunction, const char *objectName) noexcept;

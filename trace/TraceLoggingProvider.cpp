@@ -58,7 +58,7 @@ InType InTypeOf(TraceField::Type type) noexcept
 }
 
 constinit user_space_frameworks::SharedLock registrationLock;
-bool registered = false; // guarded by registrationLock
+bool registered TARN_GUARDED_BY(registrationLock) = false;
 std::atomic<REGHANDLE> providerHandle{0};
 std::atomic<std::uint32_t> enabledLevel{0};
 

@@ -20,7 +20,7 @@ constexpr ULONG kMessageFlags =
 static_assert(kMessageFlags == 43);
 
 constinit user_space_frameworks::SharedLock registrationLock;
-TRACEHANDLE registration = 0; // guarded by registrationLock
+TRACEHANDLE registration TARN_GUARDED_BY(registrationLock) = 0;
 
 std::atomic<std::uint64_t> sessionLogger{0};
 std::atomic<std::uint32_t> sessionLevel{0};

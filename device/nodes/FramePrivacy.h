@@ -45,8 +45,8 @@ class FramePrivacy : public user_space_frameworks::Object
     void SetState(State next);
 
     mutable user_space_frameworks::CriticalSection lock;
-    State state = State::Unknown;     // guarded by lock
-    std::uint64_t framesThatTold = 0; // guarded by lock
+    State state TARN_GUARDED_BY(lock) = State::Unknown;
+    std::uint64_t framesThatTold TARN_GUARDED_BY(lock) = 0;
 };
 
 } // namespace mft_core

@@ -33,8 +33,8 @@ class FrameRefusals
 
   private:
     user_space_frameworks::CriticalSection lock;
-    Counts counts;                    // guarded by lock
-    std::optional<LONGLONG> lastSaid; // guarded by lock; 100 ns
+    Counts counts TARN_GUARDED_BY(lock);
+    std::optional<LONGLONG> lastSaid TARN_GUARDED_BY(lock); // 100 ns
 };
 
 } // namespace mft_core

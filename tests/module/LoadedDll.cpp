@@ -1,6 +1,7 @@
 #include "tests/module/LoadedDll.h"
 
 #include <array>
+#include <filesystem>
 #include <stdexcept>
 
 namespace tarn_test
@@ -22,14 +23,20 @@ Function Export(HMODULE module, const char *name)
 
 LoadedDll::LoadedDll()
 {
-    std::array<wchar_t, 1024> own{};
-    GetModuleFileNameW(nullptr, own.data(), static_cast<DWORD>(own.size()));
-    path = own.data();
-    path = path.substr(0, path.find_last_of(L'\\') + 1) + L"tarn_dmft.dll";
+    std::array<wchar_t, 1024> text{};
+    if (GetEnvironmentVariableW(L"TARN_MODULE", text.data(), static_cast<DWORD>(text.size())) != 0)
+    {
+        path = std::filesystem::path(text.data()).make_preferred().wstring();
+    }
+    else
+    {
+        GetModuleFileNameW(nullptr, text.data(), static_cast<DWORD>(text.size()));
+        path = std::filesystem::path(text.data()).replace_filename(L"tarn_dmft.dll").wstring();
+    }
     module = LoadLibraryW(path.c_str());
     if (module == nullptr)
     {
-        throw std::runtime_error("tarn_dmft.dll is not beside the test program");
+        throw std::runtime_error("cannot load " + std::filesystem::path(path).string());
     }
 }
 

@@ -14,7 +14,8 @@ inline constexpr CLSID kColorClass = {0x01BC2102, 0x6449, 0x429F, {0x8F, 0x62, 0
 class LoadedDll
 {
   public:
-    // Throws std::runtime_error when the DLL beside the test program, or one of its exports, is missing.
+    // The file that TARN_MODULE names, or the one beside the test program. Throws std::runtime_error when it cannot be
+    // loaded.
     LoadedDll();
     ~LoadedDll();
     LoadedDll(const LoadedDll &) = delete;
