@@ -148,6 +148,10 @@ class Driver:
                         seen.add(name.lower())
                         yield from self._lines(name)
 
+    def source_files(self) -> list[Entry]:
+        return [entry for section in ("SourceDisksFiles", "SourceDisksFiles.amd64")
+                for entry in self.document.entries(section)]
+
     def copied_files(self) -> Iterator[tuple[str, Entry]]:
         """Names that CopyFiles lists, directly (@name) or through a section."""
         seen: set[str] = set()
@@ -180,8 +184,14 @@ class Driver:
         for entry in self.document.entries(name):
             for hardware_id in entry.values[1:]:
                 text = self.document.expand(hardware_id)
-                self._refer(entry.value(0), entry.line, name)
-                self.installs.append(Install(entry.value(0), decoration, text, entry.line, _role(text)))
+                section = self._decorated(entry.value(0))
+                self._refer(section, entry.line, name)
+                self.installs.append(Install(section, decoration, text, entry.line, _role(text)))
+
+    def _decorated(self, name: str) -> str:
+        """The form of an install section that Windows prefers, of those that are there."""
+        forms = (f"{name}.NTamd64", f"{name}.NT")
+        return next((form for form in forms if self.document.section(form)), name)
 
     def _follow_roots(self) -> None:
         for entry in self.document.entries("DestinationDirs"):

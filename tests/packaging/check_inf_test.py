@@ -2,6 +2,7 @@
 
 import datetime
 import json
+import re
 import shutil
 import subprocess
 import sys
@@ -222,6 +223,13 @@ class CheckInfTest(unittest.TestCase):
                 self.assertEqual(self.package.check(inf=inf_text(kind)), set())
         wide = ("\ufeff" + inf_text()).encode("utf-16-le")
         self.assertEqual(Document(wide).strings, Document(inf_text().encode("ascii")).strings)
+
+    def test_other_spellings_have_no_findings(self):
+        install_sections = re.compile(r"^\[((?:Depth|Color)[ABC])(\.(?:HW|Interfaces|COM))?\]", re.MULTILINE)
+        text = install_sections.sub(r"[\1.NTamd64\2]", inf_text())
+        text = text.replace("[SourceDisksFiles]", "[SourceDisksFiles.amd64]").replace("AddReg=", " ADDREG = ")
+        text = text.replace("HKCR,CLSID", "hkcr, \\\n  clsid").replace("[Files]", "[files] ; the module")
+        self.assertEqual(self.package.check(inf=text), set())
 
     def test_planted_errors_in_the_inf_are_found(self):
         for kind, mutants in (("extension", MUTANTS), ("base", BASE_MUTANTS)):

@@ -14,8 +14,7 @@ INBOX_FILES = {"usbvideo.sys", "ks.sys", "usbccgp.sys"}
 
 @rule("copy-source", "Every copied file is in [SourceDisksFiles].")  # 1230
 def _copy_source(context: Context) -> Iterator[Found]:
-    sources = {entry.key.lower() for name in ("SourceDisksFiles", "SourceDisksFiles.amd64")
-               for entry in context.document.entries(name)}
+    sources = {entry.key.lower() for entry in context.driver.source_files()}
     for name, entry in context.driver.copied_files():
         if name.lower() not in sources:
             yield entry.line, name
@@ -25,7 +24,7 @@ def _copy_source(context: Context) -> Iterator[Found]:
 def _source_disk(context: Context) -> Iterator[Found]:
     disks = {entry.key for name in ("SourceDisksNames", "SourceDisksNames.amd64")
              for entry in context.document.entries(name)}
-    for entry in context.document.entries("SourceDisksFiles"):
+    for entry in context.driver.source_files():
         if entry.value(0) not in disks:
             yield entry.line, f"{entry.key} on disk {entry.value(0)}"
 
@@ -33,7 +32,7 @@ def _source_disk(context: Context) -> Iterator[Found]:
 @rule("file-copied", "Every source file is copied by every install section's CopyFiles.")
 def _file_copied(context: Context) -> Iterator[Found]:
     copied = {name.lower() for name, _ in context.driver.copied_files()}
-    for entry in context.document.entries("SourceDisksFiles"):
+    for entry in context.driver.source_files():
         if entry.key.lower() not in copied:
             yield entry.line, entry.key
     for install in context.driver.installs:
@@ -45,7 +44,7 @@ def _file_copied(context: Context) -> Iterator[Found]:
 def _package_file(context: Context) -> Iterator[Found]:
     assert context.package
     present = {path.relative_to(context.package).as_posix() for path in context.package.rglob("*") if path.is_file()}
-    for entry in context.document.entries("SourceDisksFiles"):
+    for entry in context.driver.source_files():
         folder = entry.value(1).replace("\\", "/").strip("/")
         if (f"{folder}/" if folder else "") + entry.key not in present:
             yield entry.line, entry.key
@@ -71,7 +70,7 @@ def _copy_form(context: Context) -> Iterator[Found]:
 
 @rule("file-unique", "A file name stands in [SourceDisksFiles] and in the copied files once.")  # 1100
 def _file_unique(context: Context) -> Iterator[Found]:
-    for names in ([(entry.key, entry.line) for entry in context.document.entries("SourceDisksFiles")],
+    for names in ([(entry.key, entry.line) for entry in context.driver.source_files()],
                   [(name, entry.line) for name, entry in context.driver.copied_files()]):
         counts = collections.Counter(name.lower() for name, _ in names)
         for name, line in names:
