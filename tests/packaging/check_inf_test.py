@@ -2,6 +2,7 @@
 
 import datetime
 import json
+import os
 import re
 import shutil
 import subprocess
@@ -264,6 +265,17 @@ class CheckInfTest(unittest.TestCase):
         rows = [*MUTANTS, *BASE_MUTANTS, *PROFILE_MUTANTS, *FORMATS_MUTANTS, *DLL_MUTANTS]
         covered = {row[3] for row in rows} | {"dll-timestamp", "dll-hardening"}
         self.assertEqual({rule.name for rule in ALL} - covered, set())
+
+    def test_the_generator_takes_its_date_from_outside(self):
+        def make(name, date):
+            command = [sys.executable, PACKAGING / "make-inf", self.package.folder / name]
+            environment = {**os.environ, "SOURCE_DATE_EPOCH": date, "TZ": "America/Los_Angeles"}
+            return subprocess.run(command, env=environment, capture_output=True, check=False).returncode
+
+        self.assertEqual((make("new/a.inf", "86400"), make("b.inf", "86400"), make("c.inf", "yesterday")), (0, 0, 2))
+        made = (self.package.folder / "new/a.inf").read_bytes()
+        self.assertEqual(made, (self.package.folder / "b.inf").read_bytes())
+        self.assertIn(f"\r\nDriverVer=01/02/1970,{MODULE.file_version}\r\n".encode("ascii"), made)
 
     def test_the_tool_reports_to_persons_and_scripts(self):
         def run(*arguments):
