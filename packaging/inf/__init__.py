@@ -1,0 +1,1 @@
+"""Generates the driver package's INF and checks it against the module."""
