@@ -85,7 +85,7 @@ def _from_source(root: Path) -> Module:
         version=project_version(root),
         exports=tuple(sorted(re.findall(r"^\s+(\w+)", definition[definition.index("EXPORTS"):], re.MULTILINE))),
         classes=_classes((root / "module/ClassTable.cpp").read_text(encoding="utf-8")),
-        traces=_traces(root / "utils"))
+        traces=_traces(root / "trace"))
 
 
 def project_version(root: Path) -> str:
