@@ -1,6 +1,7 @@
 // The camera model on a sample is right for that sample's pixels, whatever was cut and scaled on the way.
 #include <cstring>
 #include <memory>
+#include <ostream>
 #include <vector>
 
 #include "platform/CameraAttributes.h"
@@ -41,6 +42,11 @@ struct Session
     const char *pin;
     std::vector<Output> outputs;
     Mode mode = Mode::Plain;
+
+    friend std::ostream &operator<<(std::ostream &out, const Session &session)
+    {
+        return out << session.pin << " to " << session.outputs.size() << " outputs";
+    }
 };
 
 class SampleIntrinsicsTest : public testing::TestWithParam<Session>
