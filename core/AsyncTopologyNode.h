@@ -11,6 +11,7 @@
 
 #include "core/ITopologyNode.h"
 #include "core/WorkQueueParameters.h"
+#include "utils/CallbackInFlight.h"
 #include "utils/CriticalSection.h"
 
 namespace mft_core
@@ -18,7 +19,9 @@ namespace mft_core
 
 // Queues each sample as a work item; the items' callbacks continue the chain. The queue may run items in parallel and
 // out of order, so samples are handed on by one thread at a time, in the order in which they came; nobody waits for
-// that. A queued item holds a reference, which keeps the node and the chain behind it alive until the item has run.
+// that. Items are only counted: each that arrives, whichever it is and whatever became of its state object, lets one
+// more sample go. A queued item holds a reference, which keeps the module loaded and the node and the chain behind it
+// alive until the item has run.
 // Owned by its topology through std::shared_ptr. Thread-safe.
 class AsyncTopologyNode : public ITopologyNode,
                           public IMFAsyncCallback,
@@ -50,14 +53,7 @@ class AsyncTopologyNode : public ITopologyNode,
     HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *pAsyncResult) override;
 
   private:
-    struct PendingSample
-    {
-        ComPtr<IMFSample> sample;
-        bool itemHasRun = false;
-    };
-
-    void MarkReady(IMFSample *sample);
-    void HandOnReadySamples();
+    void HandOnOneMore() noexcept;
     void ItemDone();
 
     const WorkQueueParameters wqParams;
@@ -66,14 +62,17 @@ class AsyncTopologyNode : public ITopologyNode,
 
     user_space_frameworks::CriticalSection lock;
     user_space_frameworks::ConditionVariable idle;
-    std::uint32_t queuedItems = 0;    // guarded by lock
-    std::uint32_t flushing = 0;       // guarded by lock; flushes under way
-    bool handingOn = false;           // guarded by lock; some thread is in HandOnReadySamples
-    std::list<PendingSample> pending; // guarded by lock; in order of arrival; a list: emptying it needs no memory
+    std::uint32_t queuedItems = 0; // guarded by lock
+    std::uint32_t flushing = 0;    // guarded by lock; flushes under way
+    bool handingOn = false;        // guarded by lock; some thread is in HandOnOneMore
+    // Guarded by lock; in order of arrival; a list: emptying it needs no memory.
+    std::list<ComPtr<IMFSample>> pending;
+    std::size_t ready = 0; // guarded by lock; of the pending, from the front, those whose item has come
 
     user_space_frameworks::CriticalSection referenceLock;
     ULONG references = 0;                    // guarded by referenceLock
     std::shared_ptr<AsyncTopologyNode> self; // guarded by referenceLock
+    mft_utils::CallbackInFlight inFlight;    // guarded by referenceLock
 };
 
 } // namespace mft_core

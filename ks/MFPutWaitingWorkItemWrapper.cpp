@@ -3,34 +3,108 @@
 #include <mutex>
 #include <utility>
 
+#include "utils/CallbackInFlight.h"
 #include "utils/ComObject.h"
 #include "utils/Guard.h"
+
+using mft_utils::CallbackInFlight;
+using user_space_frameworks::ComObject;
+using user_space_frameworks::CriticalSection;
+using user_space_frameworks::MakeCom;
 
 namespace mft_core
 {
 
-namespace
-{
-
-// What the platform holds during one wait, in place of the caller's result and callback. Wine 8 never releases the
-// result of a cancelled item, which would keep the callback's object alive for good, and leaves the cancelled status in
-// it; this lets go of both when it has run.
-class PendingWait : public user_space_frameworks::ComObject<IMFAsyncCallback>
+// What the platform holds during one wait, in place of the caller's result and callback. It may call back any number of
+// times, at once or late, and never lets go of a cancelled wait's result (Wine 8, which also leaves the cancelled
+// status in it): the first call hands on what the caller gave and lets go of it, later ones find nothing to do.
+class MFPutWaitingWorkItemWrapper::PendingWait : public ComObject<IMFAsyncCallback>
 {
   public:
     PendingWait(IMFAsyncResult *result, IMFAsyncCallback *callback) : callersResult(result), callersCallback(callback)
     {
+        inFlight.Begin();
     }
 
     HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *result) noexcept override
     {
+        CallbackInFlight late;
+        late.Begin();
+        {
+            const std::scoped_lock guard(lock);
+            if (cancels > 0) // perhaps from within the cancel, whose caller may hold any lock
+            {
+                calledWhileCancelling = true;
+                return S_OK;
+            }
+        }
+        return Deliver(result->GetStatus());
+    }
+
+    HRESULT STDMETHODCALLTYPE GetParameters(DWORD *, DWORD *) noexcept override
+    {
+        return E_NOTIMPL;
+    }
+
+    HRESULT Deliver(HRESULT status) noexcept
+    {
         return mft_utils::Guarded([&]() -> HRESULT {
-            const ComPtr<IMFAsyncResult> forwarded = std::move(callersResult);
+            std::unique_lock guard(lock);
+            const CallbackInFlight ended = std::move(inFlight); // let go of last
+            const ComPtr<IMFAsyncResult> result = std::move(callersResult);
             const ComPtr<IMFAsyncCallback> callback = std::move(callersCallback);
-            CHECK_POINTER(callback);
-            CHECK_HR(forwarded->SetStatus(result->GetStatus()));
-            return callback->Invoke(forwarded.Get());
+            guard.unlock();
+            if (!callback)
+            {
+                return S_OK;
+            }
+            CHECK_HR(result->SetStatus(status));
+            return callback->Invoke(result.Get());
         });
+    }
+
+    bool IsDelivered()
+    {
+        const std::scoped_lock guard(lock);
+        return !callersCallback;
+    }
+
+    void BeginCancel()
+    {
+        const std::scoped_lock guard(lock);
+        ++cancels;
+    }
+
+    // True when the platform has called meanwhile.
+    bool EndCancel()
+    {
+        const std::scoped_lock guard(lock);
+        --cancels;
+        return calledWhileCancelling;
+    }
+
+  private:
+    CriticalSection lock;
+    // All guarded by lock.
+    ComPtr<IMFAsyncResult> callersResult;
+    ComPtr<IMFAsyncCallback> callersCallback;
+    CallbackInFlight inFlight;
+    unsigned cancels = 0;
+    bool calledWhileCancelling = false;
+};
+
+// The work item that ends a cancelled wait.
+class MFPutWaitingWorkItemWrapper::CancelledWait : public ComObject<IMFAsyncCallback>
+{
+  public:
+    explicit CancelledWait(ComPtr<PendingWait> cancelledWait) : wait(std::move(cancelledWait))
+    {
+        inFlight.Begin();
+    }
+
+    HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *) noexcept override
+    {
+        return wait->Deliver(MF_E_OPERATION_CANCELLED);
     }
 
     HRESULT STDMETHODCALLTYPE GetParameters(DWORD *, DWORD *) noexcept override
@@ -39,31 +113,72 @@ class PendingWait : public user_space_frameworks::ComObject<IMFAsyncCallback>
     }
 
   private:
-    ComPtr<IMFAsyncResult> callersResult;
-    ComPtr<IMFAsyncCallback> callersCallback;
+    CallbackInFlight inFlight;
+    const ComPtr<PendingWait> wait;
 };
 
-} // namespace
+MFPutWaitingWorkItemWrapper::MFPutWaitingWorkItemWrapper() = default;
+MFPutWaitingWorkItemWrapper::~MFPutWaitingWorkItemWrapper() = default;
 
 HRESULT MFPutWaitingWorkItemWrapper::WaitAsync(HANDLE handle, IMFAsyncResult *result, IMFAsyncCallback *callback)
 {
     CHECK_POINTER(result);
     CHECK_POINTER(callback);
-    const auto wait = user_space_frameworks::MakeCom<PendingWait>(result, callback);
+    const auto wait = MakeCom<PendingWait>(result, callback);
     ComPtr<IMFAsyncResult> waitResult;
     CHECK_HR(MFCreateAsyncResult(nullptr, wait.Get(), nullptr, &waitResult));
 
     const std::scoped_lock guard(lock);
     MFWORKITEM_KEY newKey = 0;
-    CHECK_HR(MFPutWaitingWorkItem(handle, 0, waitResult.Get(), &newKey));
+    CHECK_HR(PutOneAtATime(handle, waitResult.Get(), newKey));
     key = newKey;
+    event = handle;
+    pending = wait;
+    return S_OK;
+}
+
+// Wine 8 loses one of two keys when the first waits of a process begin on two threads at once; such a wait cannot be
+// cancelled any more.
+HRESULT MFPutWaitingWorkItemWrapper::PutOneAtATime(HANDLE handle, IMFAsyncResult *result, MFWORKITEM_KEY &newKey)
+{
+    static CriticalSection firstUse;
+    const std::scoped_lock guard(firstUse);
+    CHECK_HR(MFPutWaitingWorkItem(handle, 0, result, &newKey));
     return S_OK;
 }
 
 HRESULT MFPutWaitingWorkItemWrapper::Cancel()
 {
-    const std::scoped_lock guard(lock);
-    return key != 0 ? MFCancelWorkItem(key) : MF_E_NOT_FOUND;
+    ComPtr<PendingWait> wait;
+    MFWORKITEM_KEY cancelledKey = 0;
+    HANDLE waitedFor = nullptr;
+    {
+        const std::scoped_lock guard(lock);
+        wait = pending;
+        cancelledKey = key;
+        waitedFor = event;
+    }
+    if (!wait || wait->IsDelivered())
+    {
+        return MF_E_NOT_FOUND;
+    }
+    // The platform need not call back after a cancel, so that this does it; made first, since it may fail.
+    ComPtr<IMFAsyncResult> ending;
+    CHECK_HR(MFCreateAsyncResult(nullptr, MakeCom<CancelledWait>(wait).Get(), nullptr, &ending));
+    wait->BeginCancel();
+    const HRESULT cancelled = MFCancelWorkItem(cancelledKey);
+    const bool called = wait->EndCancel();
+    if (!called && cancelled == MF_E_NOT_FOUND)
+    {
+        SetEvent(
+            waitedFor); // an unknown key may belong to a wait that still goes on: it must end before the event does
+    }
+    else if (!called)
+    {
+        CHECK_HR_AS("MFCancelWorkItem(key)", cancelled);
+    }
+    CHECK_HR(MFPutWorkItemEx2(MFASYNC_CALLBACK_QUEUE_MULTITHREADED, 0, ending.Get()));
+    return S_OK;
 }
 
 } // namespace mft_core
