@@ -96,6 +96,12 @@ bool KsEventListener::IsStarted()
     return state == State::Started;
 }
 
+bool KsEventListener::IsRunning()
+{
+    const std::scoped_lock guard(lock);
+    return state == State::Started || state == State::Stopping;
+}
+
 bool KsEventListener::IsGivenUp()
 {
     const std::scoped_lock guard(lock);
@@ -104,11 +110,15 @@ bool KsEventListener::IsGivenUp()
 
 HRESULT KsEventListener::Stop()
 {
+    if (!IsRunning())
+    {
+        return S_OK;
+    }
     const std::scoped_lock gate(stopGate); // the event lets one through
     std::shared_ptr<UniqueHandle> completed;
     {
         const std::scoped_lock guard(lock);
-        if (state != State::Started && state != State::Stopping)
+        if (!IsRunning()) // the one that was let through before has seen to it
         {
             return S_OK;
         }

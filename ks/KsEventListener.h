@@ -74,6 +74,7 @@ class KsEventListener : public user_space_frameworks::ComObject<IMFAsyncCallback
     HRESULT WaitAsyncForNotification(); // call under the lock
     void FinishStop(bool disableEvent) noexcept;
     HRESULT AwaitStop(HANDLE completed);
+    bool IsRunning(); // until a stop has completed
     bool IsGivenUp();
 
     // What is released after the lock: the result holds a reference on this object, the control may be anything.

@@ -414,10 +414,11 @@ TEST_F(KsEventListenerTest, AStopEndsNoOtherStop)
             while (!done)
             {
                 EXPECT_HR(S_OK, listener->Stop());
+                std::this_thread::yield();
             }
         });
     }
-    for (int round = 0; round < 3000; ++round)
+    for (int round = 0; round < 5000; ++round)
     {
         listener->Start(); // or another thread's stop has ended it already
         EXPECT_HR(S_OK, listener->Stop());
