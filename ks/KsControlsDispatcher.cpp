@@ -102,7 +102,8 @@ HRESULT KsControlsDispatcher::DispatchCall(const CallKind &kind, Dispatcher &dis
         });
     }
 
-    if (result != S_OK && !isReset && mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
+    if (result != S_OK && !isReset && !IsLengthAnswer(result, dataLength) &&
+        mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
     {
         const std::string returned = bytesReturned != nullptr ? std::to_string(*bytesReturned) : "null";
         TRACE_ERROR("%s: hr 0x%08lX, bytes returned %s", displayName.c_str(), static_cast<unsigned long>(result),
@@ -118,7 +119,8 @@ HRESULT KsControlsDispatcher::KsProperty(PKSPROPERTY Property, ULONG PropertyLen
 {
     static constexpr CallKind kKind{KsControlType::Property, KsControlKind::Property,
                                     "mft_core::KsControlsDispatcher::KsProperty", "PropId"};
-    return mft_utils::EntryPoint(GetName(), [&] {
+    const mft_utils::EntryExitTrace trace(GetName());
+    return mft_utils::Guarded([&] { // the failure is traced with the property's name
         return DispatchCall(kKind, propertiesDispathcer, Property, PropertyLength, PropertyData, DataLength,
                             BytesReturned);
     });

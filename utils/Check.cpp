@@ -2,6 +2,7 @@
 
 #include "utils/DebugTraceSink.h"
 #include "utils/FunctionName.h"
+#include "utils/Guard.h"
 #include "utils/TraceText.h"
 #include "utils/WppTrace.h"
 
@@ -11,14 +12,15 @@ namespace mft_utils
 HRESULT PrintRetOnHResultErrorMessage_LM_DMFT_COMMON(const char *prettyFunction, const char *expression,
                                                      HRESULT result) noexcept
 {
-    if (TraceEnabled(TraceLevel::Error))
+    const TraceLevel level = IsEndOfSupply(result) ? TraceLevel::Information : TraceLevel::Error;
+    if (TraceEnabled(level))
     {
         const TraceText function(QualifiedFunctionName(prettyFunction));
-        WppTrace::Write(TraceLevel::Error, WppMessage::CheckFailure, {function.Text(), expression, result});
+        WppTrace::Write(level, WppMessage::CheckFailure, {function.Text(), expression, result});
 
         TraceText text;
         text.AppendFormat("%s failed, hr 0x%08lX", expression, static_cast<unsigned long>(result));
-        DebugTraceSink::WriteLine(TraceLevel::Error, function.Text(), text.Text());
+        DebugTraceSink::WriteLine(level, function.Text(), text.Text());
     }
     return result;
 }
