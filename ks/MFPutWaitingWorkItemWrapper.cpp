@@ -83,6 +83,8 @@ class MFPutWaitingWorkItemWrapper::PendingWait : public ComObject<IMFAsyncCallba
         return calledWhileCancelling;
     }
 
+    CriticalSection cancelGate; // held during a cancel; taken before lock
+
   private:
     CriticalSection lock;
     // All guarded by lock.
@@ -93,7 +95,7 @@ class MFPutWaitingWorkItemWrapper::PendingWait : public ComObject<IMFAsyncCallba
     bool calledWhileCancelling = false;
 };
 
-// The work item that ends a cancelled wait.
+// The work item that ends a cancelled wait, on another thread than the cancel and after it.
 class MFPutWaitingWorkItemWrapper::CancelledWait : public ComObject<IMFAsyncCallback>
 {
   public:
@@ -104,6 +106,13 @@ class MFPutWaitingWorkItemWrapper::CancelledWait : public ComObject<IMFAsyncCall
 
     HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *) noexcept override
     {
+        {
+            const std::scoped_lock afterTheCancel(wait->cancelGate);
+            if (revoked)
+            {
+                return S_OK;
+            }
+        }
         return wait->Deliver(MF_E_OPERATION_CANCELLED);
     }
 
@@ -111,6 +120,8 @@ class MFPutWaitingWorkItemWrapper::CancelledWait : public ComObject<IMFAsyncCall
     {
         return E_NOTIMPL;
     }
+
+    bool revoked = false; // guarded by the wait's gate
 
   private:
     CallbackInFlight inFlight;
@@ -149,36 +160,39 @@ HRESULT MFPutWaitingWorkItemWrapper::PutOneAtATime(HANDLE handle, IMFAsyncResult
 
 HRESULT MFPutWaitingWorkItemWrapper::Cancel()
 {
-    ComPtr<PendingWait> wait;
-    MFWORKITEM_KEY cancelledKey = 0;
-    HANDLE waitedFor = nullptr;
-    {
-        const std::scoped_lock guard(lock);
-        wait = pending;
-        cancelledKey = key;
-        waitedFor = event;
-    }
-    if (!wait || wait->IsDelivered())
-    {
-        return MF_E_NOT_FOUND;
-    }
-    // The platform need not call back after a cancel, so that this does it; made first, since it may fail.
-    ComPtr<IMFAsyncResult> ending;
-    CHECK_HR(MFCreateAsyncResult(nullptr, MakeCom<CancelledWait>(wait).Get(), nullptr, &ending));
-    wait->BeginCancel();
-    const HRESULT cancelled = MFCancelWorkItem(cancelledKey);
-    const bool called = wait->EndCancel();
-    if (!called && cancelled == MF_E_NOT_FOUND)
-    {
-        SetEvent(
-            waitedFor); // an unknown key may belong to a wait that still goes on: it must end before the event does
-    }
-    else if (!called)
-    {
+    return mft_utils::Guarded([&]() -> HRESULT {
+        ComPtr<PendingWait> wait;
+        MFWORKITEM_KEY cancelledKey = 0;
+        HANDLE waitedFor = nullptr;
+        {
+            const std::scoped_lock guard(lock);
+            wait = pending;
+            cancelledKey = key;
+            waitedFor = event;
+        }
+        if (!wait || wait->IsDelivered())
+        {
+            return MF_E_NOT_FOUND;
+        }
+        const std::scoped_lock gate(wait->cancelGate);
+        // The platform need not call back after a cancel. Put first: when that fails nothing has changed.
+        const auto ending = MakeCom<CancelledWait>(wait);
+        CHECK_HR(MFPutWorkItem2(MFASYNC_CALLBACK_QUEUE_MULTITHREADED, 0, ending.Get(), nullptr));
+        wait->BeginCancel();
+        const HRESULT cancelled = MFCancelWorkItem(cancelledKey);
+        if (wait->EndCancel())
+        {
+            return S_OK;
+        }
+        if (cancelled == MF_E_NOT_FOUND)
+        {
+            SetEvent(waitedFor); // the key may be of a wait that goes on, which must end before the event does
+            return S_OK;
+        }
+        ending->revoked = FAILED(cancelled);
         CHECK_HR_AS("MFCancelWorkItem(key)", cancelled);
-    }
-    CHECK_HR(MFPutWorkItemEx2(MFASYNC_CALLBACK_QUEUE_MULTITHREADED, 0, ending.Get()));
-    return S_OK;
+        return S_OK;
+    });
 }
 
 } // namespace mft_core
