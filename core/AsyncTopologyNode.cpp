@@ -1,7 +1,7 @@
 #include "core/AsyncTopologyNode.h"
 
-#include <algorithm>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 #include "trace/Guard.h"
@@ -41,7 +41,7 @@ HRESULT AsyncTopologyNode::ProcessSample(IMFSample *sample)
         activity.Write(TraceLevel::Error, "mft_core::AsyncTopologyNode::ProcessSample- Workqueue params not set");
         return S_OK;
     }
-    pending.push_back({sample, false});
+    pending.emplace_back(sample);
     const HRESULT result = MFPutWorkItem2(wqParams.workQueueId, wqParams.workItemBasePriority, this, sample);
     if (FAILED(result))
     {
@@ -70,45 +70,35 @@ HRESULT AsyncTopologyNode::GetParameters(DWORD *flags, DWORD *queue)
 
 HRESULT AsyncTopologyNode::Invoke(IMFAsyncResult *pAsyncResult)
 {
+    const TraceLoggingActivity activity("mft_core::AsyncTopologyNode::Invoke");
     const HRESULT result = mft_utils::Guarded([&]() -> HRESULT {
         CHECK_POINTER(pAsyncResult);
         ComPtr<IUnknown> unk;
         CHECK_HR(pAsyncResult->GetState(unk.GetAddressOf()));
-        ComPtr<IMFSample> sample;
-        CHECK_HR(unk.As(&sample));
-        const TraceLoggingActivity activity("mft_core::AsyncTopologyNode::Invoke");
-        MarkReady(sample.Get());
-        HandOnReadySamples();
         return S_OK;
     });
+    HandOnOneMore(); // in any case: the samples behind wait for it
     ItemDone();
     return result;
 }
 
-void AsyncTopologyNode::MarkReady(IMFSample *sample)
-{
-    const std::scoped_lock guard(lock);
-    const auto entry = std::find_if(pending.begin(), pending.end(), [&](const PendingSample &candidate) {
-        return candidate.sample.Get() == sample && !candidate.itemHasRun;
-    });
-    if (entry != pending.end()) // a flush may have dropped it
-    {
-        entry->itemHasRun = true;
-    }
-}
-
-void AsyncTopologyNode::HandOnReadySamples()
+void AsyncTopologyNode::HandOnOneMore() noexcept
 {
     user_space_frameworks::UniqueLock guard(lock);
+    if (ready < pending.size()) // a flush may have dropped it
+    {
+        ++ready;
+    }
     if (handingOn)
     {
         return; // the thread that hands on takes this sample too
     }
     handingOn = true;
-    while (!pending.empty() && pending.front().itemHasRun)
+    while (ready > 0)
     {
-        ComPtr<IMFSample> sample = std::move(pending.front().sample);
+        ComPtr<IMFSample> sample = std::move(pending.front());
         pending.pop_front();
+        --ready;
         guard.unlock();
         for (const auto &node : NextNodes())
         {
@@ -136,10 +126,11 @@ void AsyncTopologyNode::ItemDone()
 
 HRESULT AsyncTopologyNode::Flush()
 {
-    std::list<PendingSample> dropped; // released outside the lock
+    std::list<ComPtr<IMFSample>> dropped; // released outside the lock
     user_space_frameworks::UniqueLock guard(lock);
     ++flushing;
     dropped.swap(pending);
+    ready = 0;
     const bool ran = idle.WaitFor(lock, flushTimeoutMs, [&] {
         lock.AssertHeld();
         return queuedItems == 0 && !handingOn;
@@ -178,17 +169,22 @@ ULONG AsyncTopologyNode::AddRef()
     if (references == 0)
     {
         self = shared_from_this();
+        inFlight.Begin();
     }
     return ++references;
 }
 
 ULONG AsyncTopologyNode::Release()
 {
-    std::shared_ptr<AsyncTopologyNode> last; // outlives the lock: may be what keeps this node alive
+    // Both outlive the lock, in this order: the share may be what keeps the node and the chain alive, and the module
+    // stays until they are gone.
+    std::optional<mft_utils::CallbackInFlight> ended;
+    std::shared_ptr<AsyncTopologyNode> last;
     const std::scoped_lock guard(referenceLock);
     if (--references == 0)
     {
         last = std::move(self);
+        ended.emplace(std::move(inFlight));
     }
     return references;
 }

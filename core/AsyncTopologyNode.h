@@ -11,6 +11,7 @@
 
 #include "core/ITopologyNode.h"
 #include "core/WorkQueueParameters.h"
+#include "base/CallbackInFlight.h"
 #include "base/CriticalSection.h"
 
 namespace mft_core
@@ -18,7 +19,9 @@ namespace mft_core
 
 // Queues each sample as a work item; the items' callbacks continue the chain. The queue may run items in parallel and
 // out of order, so samples are handed on by one thread at a time, in the order in which they came; nobody waits for
-// that. A queued item holds a reference, which keeps the node and the chain behind it alive until the item has run.
+// that. Items are only counted: each that arrives, whichever it is and whatever became of its state object, lets one
+// more sample go. A queued item holds a reference, which keeps the module loaded and the node and the chain behind it
+// alive until the item has run.
 // Owned by its topology through std::shared_ptr. Thread-safe.
 class AsyncTopologyNode : public ITopologyNode,
                           public IMFAsyncCallback,
@@ -50,14 +53,7 @@ class AsyncTopologyNode : public ITopologyNode,
     HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *pAsyncResult) override;
 
   private:
-    struct PendingSample
-    {
-        ComPtr<IMFSample> sample;
-        bool itemHasRun = false;
-    };
-
-    void MarkReady(IMFSample *sample);
-    void HandOnReadySamples() TARN_EXCLUDES(lock);
+    void HandOnOneMore() noexcept TARN_EXCLUDES(lock);
     void ItemDone();
 
     const WorkQueueParameters wqParams;
@@ -68,13 +64,15 @@ class AsyncTopologyNode : public ITopologyNode,
     user_space_frameworks::ConditionVariable idle;
     std::uint32_t queuedItems TARN_GUARDED_BY(lock) = 0;
     std::uint32_t flushing TARN_GUARDED_BY(lock) = 0; // flushes under way
-    bool handingOn TARN_GUARDED_BY(lock) = false;     // some thread is in HandOnReadySamples
+    bool handingOn TARN_GUARDED_BY(lock) = false; // some thread is in HandOnOneMore
     // In order of arrival; a list: emptying it needs no memory.
-    std::list<PendingSample> pending TARN_GUARDED_BY(lock);
+    std::list<ComPtr<IMFSample>> pending TARN_GUARDED_BY(lock);
+    std::size_t ready TARN_GUARDED_BY(lock) = 0; // of the pending, from the front, those whose item has come
 
     user_space_frameworks::CriticalSection referenceLock;
     ULONG references TARN_GUARDED_BY(referenceLock) = 0;
     std::shared_ptr<AsyncTopologyNode> self TARN_GUARDED_BY(referenceLock);
+    mft_utils::CallbackInFlight inFlight TARN_GUARDED_BY(referenceLock);
 };
 
 } // namespace mft_core

@@ -174,12 +174,11 @@ void DeviceMft::ReleaseListener()
 {
     if (autoUpdateEventListener)
     {
-        // It refers to itself until then.
+        // It refers to itself until then; one that hangs lets go of itself and of the camera when its wait has ended.
         if (const HRESULT ended = autoUpdateEventListener->Uninit(); FAILED(ended))
         {
             TRACE_ERROR("%s: did not end, hr 0x%08lX", autoUpdateEventListener->GetName(),
                         static_cast<unsigned long>(ended));
-            return; // the destructor tries again
         }
         autoUpdateEventListener.Reset();
     }

@@ -430,15 +430,15 @@ bool DeviceMft::AnyOutputRuns() const
 
 HRESULT DeviceMft::StartListener()
 {
-    if (!autoUpdateEventListener)
+    if (!autoUpdateEventListener || autoUpdateEventListener->IsStarted()) // by another output
     {
         return S_OK;
     }
+    // A stop that took too long may still be under way; without a listener the stream would run without its events.
+    CHECK_HR_AS("autoUpdateEventListener->Stop()", autoUpdateEventListener->Stop());
     const HRESULT listening = autoUpdateEventListener->Start();
     switch (listening)
     {
-    case E_UNEXPECTED: // another output has started it
-        return S_OK;
     case E_NOTIMPL: // a camera without the event streams without it
     case mft_utils::HResultFromWin32(ERROR_SET_NOT_FOUND):
     case mft_utils::HResultFromWin32(ERROR_NOT_FOUND):

@@ -1,6 +1,8 @@
 #include "core/MediaEventGenerator.h"
 
 #include <mutex>
+#include <source_location>
+#include <utility>
 
 #include "trace/Guard.h"
 #include "trace/MediaEventTranslator.h"
@@ -26,6 +28,26 @@ HRESULT CreateQueue(IMFMediaEventQueue **queue)
     CHECK_HR(MFCreateEventQueue(queue));
     return S_OK;
 }
+
+// That there is no event, or none any more, is an answer and no failure.
+bool IsEndOfEvents(HRESULT result)
+{
+    return result == MF_E_NO_EVENTS_AVAILABLE || result == MF_E_SHUTDOWN;
+}
+
+// Entry point of the calls that fetch events.
+template <class Body>
+HRESULT FetchEvent(const char *objectName, Body &&body,
+                   std::source_location location = std::source_location::current()) noexcept
+{
+    const mft_utils::EntryExitTrace trace(objectName, location);
+    const HRESULT result = mft_utils::Guarded(std::forward<Body>(body), location);
+    if (FAILED(result) && !IsEndOfEvents(result))
+    {
+        TRACE_ERROR("%s: no event, hr 0x%08lX", objectName, static_cast<unsigned long>(result));
+    }
+    return result;
+}
 } // namespace
 
 MediaEventGenerator::MediaEventGenerator()
@@ -46,7 +68,7 @@ bool MediaEventGenerator::IsShutdown() const
 
 HRESULT MediaEventGenerator::GetEvent(DWORD dwFlags, IMFMediaEvent **ppEvent)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    return FetchEvent(GetName(), [&]() -> HRESULT {
         if (!initialized)
         {
             return E_OUTOFMEMORY;
@@ -56,12 +78,15 @@ HRESULT MediaEventGenerator::GetEvent(DWORD dwFlags, IMFMediaEvent **ppEvent)
         ComPtr<IMFMediaEventQueue> local_pQueue;
         {
             const std::scoped_lock guard(lock);
-            CHECK_HR(CheckUsable());
+            if (shutdown)
+            {
+                return MF_E_SHUTDOWN;
+            }
             local_pQueue = pQueue;
         }
-        // May block until an event comes: never under the lock. An empty queue is no failure of ours.
+        // May block until an event comes: never under the lock. It ends with the shutdown.
         const HRESULT result = local_pQueue->GetEvent(dwFlags, ppEvent);
-        if (result == MF_E_NO_EVENTS_AVAILABLE)
+        if (IsEndOfEvents(result))
         {
             return result;
         }
@@ -72,14 +97,17 @@ HRESULT MediaEventGenerator::GetEvent(DWORD dwFlags, IMFMediaEvent **ppEvent)
 
 HRESULT MediaEventGenerator::BeginGetEvent(IMFAsyncCallback *pCallback, IUnknown *punkState)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    return FetchEvent(GetName(), [&]() -> HRESULT {
         if (!initialized)
         {
             return E_OUTOFMEMORY;
         }
         CHECK_POINTER(pCallback);
         const std::scoped_lock guard(lock);
-        CHECK_HR(CheckUsable());
+        if (shutdown)
+        {
+            return MF_E_SHUTDOWN;
+        }
         const HRESULT result = pQueue->BeginGetEvent(pCallback, punkState);
         CHECK_HR_AS("pQueue->BeginGetEvent(pCallback, punkState)", result);
         return result; // may be the success code MF_S_MULTIPLE_BEGIN
@@ -88,7 +116,7 @@ HRESULT MediaEventGenerator::BeginGetEvent(IMFAsyncCallback *pCallback, IUnknown
 
 HRESULT MediaEventGenerator::EndGetEvent(IMFAsyncResult *pResult, IMFMediaEvent **ppEvent)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    return FetchEvent(GetName(), [&]() -> HRESULT {
         if (!initialized)
         {
             return E_OUTOFMEMORY;
@@ -97,8 +125,16 @@ HRESULT MediaEventGenerator::EndGetEvent(IMFAsyncResult *pResult, IMFMediaEvent 
         *ppEvent = nullptr;
         CHECK_POINTER(pResult);
         const std::scoped_lock guard(lock);
-        CHECK_HR(CheckUsable());
-        CHECK_HR(pQueue->EndGetEvent(pResult, ppEvent));
+        if (shutdown)
+        {
+            return MF_E_SHUTDOWN;
+        }
+        const HRESULT result = pQueue->EndGetEvent(pResult, ppEvent);
+        if (IsEndOfEvents(result))
+        {
+            return result;
+        }
+        CHECK_HR_AS("pQueue->EndGetEvent(pResult, ppEvent)", result);
         return S_OK;
     });
 }

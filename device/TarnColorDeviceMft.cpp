@@ -1,5 +1,7 @@
 #include "device/TarnColorDeviceMft.h"
 
+#include <mutex>
+
 #include "device/topologies/TarnColorTopology.h"
 #include "ks/CompleteSetPropsHandler.h"
 #include "tarn/calibration_table.h"
@@ -30,7 +32,10 @@ HRESULT TarnColorDeviceMft::InitializeMembers()
     CHECK_HR_AS("PassThroughDeviceMft::InitializeMembers()", PassThroughDeviceMft::InitializeMembers());
     fwErrorHandler =
         make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kErrorControl, GetNameCopy());
-    CHECK_HR(autoUpdateEventListener->RegisterObserver(fwErrorHandler));
+    {
+        const std::scoped_lock guard(stateChangeLock);
+        CHECK_HR(autoUpdateEventListener->RegisterObserver(fwErrorHandler));
+    }
     calibration =
         make_shared<TarnCalibration>(deviceXuKsControl.Get(), deviceXuSetId, TARN_CALIBRATION_CONTROL, GetNameCopy());
     CHECK_HR(calibration->Init());

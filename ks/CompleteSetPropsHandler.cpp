@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "ks/KsRequest.h"
 #include "trace/Check.h"
 
 namespace mft_core
@@ -23,6 +24,10 @@ HRESULT CompleteSetPropsHandler::Run(PKSPROPERTY pProperty, ULONG ulPropertyLeng
     CHECK_POINTER(myKsControl);
     const HRESULT result =
         myKsControl->KsProperty(pProperty, ulPropertyLength, pPropertyData, ulDataLength, pBytesReturned);
+    if (IsLengthAnswer(result, ulDataLength))
+    {
+        return result;
+    }
     CHECK_HR_AS("myKsControl->KsProperty(pProperty, ulPropertyLength, pPropertyData, ulDataLength, pBytesReturned)",
                 result);
     return result;

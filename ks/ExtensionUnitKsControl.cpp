@@ -34,7 +34,14 @@ HRESULT ExtensionUnitKsControl::Init(IMFTransform *sourceTransform, IKsControl *
 {
     CHECK_POINTER(sourceTransform);
     CHECK_POINTER(ksControl);
-    CHECK_HR(FindDeviceSpecificNode(sourceTransform, ksControl, knownSupportedId));
+    const HRESULT found = FindDeviceSpecificNode(sourceTransform, ksControl, knownSupportedId);
+    if (found == E_NOINTERFACE) // not every camera has it
+    {
+        TRACE_INFO("FindDeviceSpecificNode(sourceTransform, ksControl, knownSupportedId) failed, hr 0x%08lX",
+                   static_cast<unsigned long>(found));
+        return found;
+    }
+    CHECK_HR_AS("FindDeviceSpecificNode(sourceTransform, ksControl, knownSupportedId)", found);
     filterKsControl = ksControl;
     return S_OK;
 }
@@ -75,7 +82,7 @@ HRESULT ExtensionUnitKsControl::FindDeviceSpecificNode(IMFTransform *sourceTrans
             return S_OK;
         }
     }
-    TRACE_ERROR("%s: none of %lu nodes supports the extension unit's set", GetName(), numNodes);
+    TRACE_INFO("%s: none of %lu nodes supports the extension unit's set", GetName(), numNodes);
     return E_NOINTERFACE;
 }
 
@@ -97,7 +104,7 @@ HRESULT ExtensionUnitKsControl::Forward(const KSIDENTIFIER *request, ULONG dataL
         nodeRequest.NodeId = nodeId;
         result = send(&nodeRequest.Property, static_cast<ULONG>(sizeof(nodeRequest)));
     }
-    if (FAILED(result))
+    if (FAILED(result) && !IsLengthAnswer(result, dataLength))
     {
         TRACE_ERROR("%s: hr 0x%08lX, data length %lu, bytes returned %s", GetName(), static_cast<unsigned long>(result),
                     dataLength, bytesReturned != nullptr ? std::to_string(*bytesReturned).c_str() : "null");

@@ -65,11 +65,12 @@ void TraceRequest(const std::string &displayName, const KSIDENTIFIER &identifier
 }
 
 // Positive numbers too: a property that nobody serves is one.
-void TraceResult(const std::string &displayName, HRESULT result, const ULONG *bytesReturned)
+void TraceResult(const std::string &displayName, HRESULT result, const KsCallArguments &call)
 {
-    if (result != S_OK && mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
+    if (result != S_OK && !IsLengthAnswer(result, call.dataLength) &&
+        mft_utils::TraceEnabled(mft_utils::TraceLevel::Error))
     {
-        const std::string returned = bytesReturned != nullptr ? std::to_string(*bytesReturned) : "null";
+        const std::string returned = call.bytesReturned != nullptr ? std::to_string(*call.bytesReturned) : "null";
         TRACE_ERROR("%s: hr 0x%08lX, bytes returned %s", displayName.c_str(), static_cast<unsigned long>(result),
                     returned.c_str());
     }
@@ -114,7 +115,7 @@ HRESULT KsControlsDispatcher::DispatchCall(const CallKind &kind, Dispatcher &dis
         result = Observed(kind.type, call,
                           [&] { return mft_utils::Guarded([&] { return dispatcher.Dispatch(identifier, call); }); });
     }
-    TraceResult(displayName, result, call.bytesReturned);
+    TraceResult(displayName, result, call);
     kind.Stop(activity, displayName, result);
     return result;
 }
@@ -132,7 +133,8 @@ HRESULT KsControlsDispatcher::KsProperty(PKSPROPERTY Property, ULONG PropertyLen
 {
     static constexpr CallKind kKind{KsControlType::Property, KsControlKind::Property,
                                     "mft_core::KsControlsDispatcher::KsProperty", "PropId", "Empty request"};
-    return mft_utils::EntryPoint(GetName(), [&] {
+    const mft_utils::EntryExitTrace trace(GetName());
+    return mft_utils::Guarded([&] { // the failure is traced with the property's name
         return DispatchCall(kKind, propertiesDispathcer,
                             {Property, PropertyLength, PropertyData, DataLength, BytesReturned});
     });

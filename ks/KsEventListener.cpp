@@ -91,12 +91,35 @@ HRESULT KsEventListener::Start()
     return result;
 }
 
+bool KsEventListener::IsStarted()
+{
+    const std::scoped_lock guard(lock);
+    return state == State::Started;
+}
+
+bool KsEventListener::IsRunning()
+{
+    const std::scoped_lock guard(lock);
+    return state == State::Started || state == State::Stopping;
+}
+
+bool KsEventListener::IsGivenUp()
+{
+    const std::scoped_lock guard(lock);
+    return givenUp;
+}
+
 HRESULT KsEventListener::Stop()
 {
+    if (!IsRunning())
+    {
+        return S_OK;
+    }
+    const std::scoped_lock gate(stopGate); // the event lets one through
     std::shared_ptr<UniqueHandle> completed;
     {
         const std::scoped_lock guard(lock);
-        if (state != State::Started && state != State::Stopping)
+        if (!IsRunning()) // the one that was let through before has seen to it
         {
             return S_OK;
         }
@@ -113,55 +136,67 @@ HRESULT KsEventListener::Stop()
             CHECK_HR_AS("workItemWrapper->Cancel()", cancelled);
         }
         completed = stopCompletedEvent;
-        ++stopWaiters;
     }
+    return AwaitStop(completed->Get());
+}
 
-    const DWORD waited = WaitForSingleObject(completed->Get(), stopTimeout);
-    const HRESULT failure =
-        waited == WAIT_TIMEOUT ? HRESULT_FROM_WIN32(ERROR_TIMEOUT) : mft_utils::HResultFromLastError();
-
-    const std::scoped_lock guard(lock);
-    --stopWaiters;
-    if (waited == WAIT_OBJECT_0)
+HRESULT KsEventListener::AwaitStop(HANDLE completed)
+{
+    const ULONGLONG end = GetTickCount64() + stopTimeout;
+    for (;;)
     {
-        if (stopWaiters > 0)
+        const ULONGLONG now = GetTickCount64();
+        const DWORD waited = WaitForSingleObject(completed, now < end ? static_cast<DWORD>(end - now) : 0);
+        const HRESULT failure =
+            waited == WAIT_TIMEOUT ? HRESULT_FROM_WIN32(ERROR_TIMEOUT) : mft_utils::HResultFromLastError();
+        const std::scoped_lock guard(lock);
+        if (state != State::Stopping)
         {
-            SetEvent(completed->Get()); // the event lets one through at a time
+            return S_OK;
         }
-        return S_OK;
+        if (waited != WAIT_OBJECT_0) // else the signal was another stop's
+        {
+            TRACE_ERROR("%s: the stop did not complete, wait result %lu, hr 0x%08lX", GetName(), waited,
+                        static_cast<unsigned long>(failure));
+            return failure;
+        }
     }
-    if (state != State::Stopping)
-    {
-        return S_OK; // just in time
-    }
-    TRACE_ERROR("%s: the stop did not complete, wait result %lu, hr 0x%08lX", GetName(), waited,
-                static_cast<unsigned long>(failure));
-    return failure;
 }
 
 HRESULT KsEventListener::Uninit()
 {
-    CHECK_HR(Stop());
-    // Released after the lock: the result holds a reference on this object, the control may be anything.
-    ComPtr<IMFAsyncResult> releasedResult;
-    ComPtr<IKsControl> releasedControl;
+    const HRESULT stopped = Stop();
+    Released released;
     const std::scoped_lock guard(lock);
     if (state == State::NotInitialized)
     {
         return S_OK;
+    }
+    if (FAILED(stopped) && state != State::Initialized)
+    {
+        state = State::Stopping;
+        givenUp = true;
+        SetEvent(notificationEvent.Get()); // ends a wait that could not be cancelled
+        CHECK_HR_AS("Stop()", stopped);
     }
     if (state != State::Initialized)
     {
         TRACE_ERROR("%s: started while it was given up", GetName());
         return E_UNEXPECTED;
     }
+    GiveUp(released);
+    return S_OK;
+}
+
+void KsEventListener::GiveUp(Released &released) noexcept
+{
     state = State::NotInitialized;
+    givenUp = false;
     kseventdata = {};
     notificationEvent.Reset();
     stopCompletedEvent.reset();
-    releasedResult.Swap(asyncResult);
-    releasedControl.Swap(ksControl);
-    return S_OK;
+    released.result.Swap(asyncResult);
+    released.control.Swap(ksControl);
 }
 
 HRESULT KsEventListener::RegisterObserver(std::shared_ptr<KsEventsObserver> observer)
@@ -178,7 +213,7 @@ HRESULT KsEventListener::Invoke(IMFAsyncResult *result) noexcept
 {
     return mft_utils::EntryPoint(GetName(), [&]() -> HRESULT {
         CHECK_POINTER(result);
-        if (SUCCEEDED(result->GetStatus())) // a cancelled wait is no event
+        if (SUCCEEDED(result->GetStatus()) && !IsGivenUp()) // a cancelled wait is no event
         {
             const auto watching = observers.Snapshot();
             for (const auto &observer : *watching)
@@ -258,9 +293,14 @@ void KsEventListener::FinishStop(bool disableEvent) noexcept
     {
         DisableEvent(); // its failure is traced and does not keep the listener from stopping
     }
+    Released released;
     const std::scoped_lock guard(lock);
     state = State::Initialized;
     SetEvent(stopCompletedEvent->Get());
+    if (givenUp)
+    {
+        GiveUp(released);
+    }
 }
 
 } // namespace mft_core

@@ -33,17 +33,23 @@ class KsEventListener : public user_space_frameworks::ComObject<IMFAsyncCallback
     // failures of MFCreateAsyncResult; nothing is kept then.
     HRESULT Init(IKsControl *filterKsControl);
 
-    // Enables the event and begins to wait. E_OUTOFMEMORY before Init, E_UNEXPECTED while it runs or stops, E_ABORT
-    // when it was stopped meanwhile, failures of the camera and of the wait; it does not run then.
+    // Enables the event and begins to wait. E_OUTOFMEMORY before Init, E_UNEXPECTED while it runs or stops (which a
+    // camera may answer too: see IsStarted), E_ABORT when it was stopped meanwhile, failures of the camera and of the
+    // wait; it does not run then.
     HRESULT Start();
+
+    // True from a start, also while it enables the event, to the next stop.
+    bool IsStarted();
 
     // Returns when the event is disabled and no notification is under way; S_OK at once when it does not run. It can
     // be started again then. ERROR_TIMEOUT as an HRESULT when that takes too long: it goes on stopping and Stop may be
-    // called again. A failed cancel is returned and leaves it running. Not to be called from an observer.
+    // called again. A failed cancel is returned and leaves it running. A second caller waits for the first. Not to be
+    // called from an observer.
     HRESULT Stop() TARN_EXCLUDES(lock);
 
-    // Stops, then gives up everything Init made. Failures of Stop leave it initialized; E_UNEXPECTED when it was
-    // started meanwhile.
+    // Stops, then gives up everything Init made. After a failure of Stop, which it returns, that happens by itself when
+    // the wait has ended, it tells no observer any more and cannot be started before. E_UNEXPECTED when it was started
+    // meanwhile.
     HRESULT Uninit();
 
     // See ObserverList.
@@ -67,6 +73,17 @@ class KsEventListener : public user_space_frameworks::ComObject<IMFAsyncCallback
     HRESULT DisableEvent() noexcept TARN_EXCLUDES(lock);
     HRESULT WaitAsyncForNotification() TARN_REQUIRES(lock);
     void FinishStop(bool disableEvent) noexcept TARN_EXCLUDES(lock);
+    HRESULT AwaitStop(HANDLE completed);
+    bool IsRunning(); // until a stop has completed
+    bool IsGivenUp();
+
+    // What is released after the lock: the result holds a reference on this object, the control may be anything.
+    struct Released
+    {
+        ComPtr<IMFAsyncResult> result;
+        ComPtr<IKsControl> control;
+    };
+    void GiveUp(Released &released) noexcept TARN_REQUIRES(lock);
 
     const GUID setGuid;
     const ULONG eventId;
@@ -82,9 +99,10 @@ class KsEventListener : public user_space_frameworks::ComObject<IMFAsyncCallback
     const std::unique_ptr<WaitWorkItemWrapper> workItemWrapper;
     ObserverList<KsEventsObserver> observers;
 
+    user_space_frameworks::CriticalSection stopGate; // one waits for a stop at a time; taken before lock
     user_space_frameworks::CriticalSection lock;
     State state TARN_GUARDED_BY(lock) = State::NotInitialized;
-    unsigned stopWaiters TARN_GUARDED_BY(lock) = 0;
+    bool givenUp TARN_GUARDED_BY(lock) = false; // the end of the stop under way gives up what Init made
 };
 
 } // namespace mft_core

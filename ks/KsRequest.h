@@ -32,6 +32,12 @@ void WriteBlock(void *destination, const T &block) noexcept
     std::memcpy(destination, &block, sizeof(block));
 }
 
+// The answer to "how long is it?", asked by passing no room.
+inline bool IsLengthAnswer(HRESULT result, ULONG dataLength) noexcept
+{
+    return dataLength == 0 && result == HRESULT_FROM_WIN32(ERROR_MORE_DATA);
+}
+
 inline ULONG FlagsOf(const KSIDENTIFIER *request) noexcept
 {
     return ReadBlock<KSIDENTIFIER>(request).Flags;

@@ -15,7 +15,8 @@ class WaitWorkItemWrapper
     // Has `callback` invoked once with `result`, on another thread, when the handle is signalled or the wait cancelled.
     virtual HRESULT WaitAsync(HANDLE handle, IMFAsyncResult *result, IMFAsyncCallback *callback) = 0;
 
-    // MF_E_NOT_FOUND when nothing is pending: the callback has run or is about to.
+    // S_OK: the callback is about to run, with MF_E_OPERATION_CANCELLED or as if signalled. MF_E_NOT_FOUND when nothing
+    // is pending: it has run or is running. The event may be left signalled. Never calls back before it returns.
     virtual HRESULT Cancel() = 0;
 };
 

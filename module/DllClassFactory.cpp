@@ -1,5 +1,6 @@
 #include "module/DllClassFactory.h"
 
+#include "base/CallbackInFlight.h"
 #include "trace/Guard.h"
 
 namespace mft_utils
@@ -22,7 +23,7 @@ DllClassFactory::~DllClassFactory()
 
 bool DllClassFactory::CanUnloadDll() noexcept
 {
-    return moduleLockCount == 0;
+    return moduleLockCount == 0 && CallbacksHaveReturned();
 }
 
 HRESULT DllClassFactory::QueryInterface(REFIID riid, void **ppv)

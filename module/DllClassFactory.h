@@ -13,7 +13,8 @@ namespace mft_utils
 // Creates an object and queries it for the interface. E_POINTER for a null out-pointer, E_OUTOFMEMORY.
 using ClassCreator = HRESULT (*)(REFIID riid, void **ppv);
 
-// Live factories and server locks hold the module; live transforms do not. Thread-safe.
+// Live factories, server locks and callbacks that the platform has still to make hold the module; live transforms do
+// not. Thread-safe.
 class DllClassFactory final : public IClassFactory
 {
   public:
@@ -28,6 +29,7 @@ class DllClassFactory final : public IClassFactory
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown *outer, REFIID riid, void **ppv) override;
     HRESULT STDMETHODCALLTYPE LockServer(BOOL fLock) override;
 
+    // May wait for a callback that is just leaving, 150 ms at most.
     static bool CanUnloadDll() noexcept;
 
   private:

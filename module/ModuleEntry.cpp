@@ -57,10 +57,13 @@ STDAPI DllCanUnloadNow()
 STDAPI DllRegisterServer()
 {
     return EntryPoint("DllRegisterServer", []() -> HRESULT {
+        Registration registration;
         for (std::size_t i = 0; i < coi.size(); ++i)
         {
-            CHECK_HR(RegisterObject(DllModuleHandle(), coi[i].pClsid, coi[i].pszDescription, L"Both"));
+            CHECK_HR_AS("RegisterObject(DllModuleHandle(), coi[i].pClsid, coi[i].pszDescription, L\"Both\")",
+                        registration.RegisterObject(DllModuleHandle(), coi[i].pClsid, coi[i].pszDescription, L"Both"));
         }
+        registration.Keep();
         return S_OK;
     });
 }
@@ -68,10 +71,15 @@ STDAPI DllRegisterServer()
 STDAPI DllUnregisterServer()
 {
     return EntryPoint("DllUnregisterServer", []() -> HRESULT {
+        HRESULT first = S_OK;
         for (std::size_t i = 0; i < coi.size(); ++i)
         {
-            CHECK_HR(UnregisterObject(coi[i].pClsid));
+            const HRESULT unregistered = [i]() -> HRESULT {
+                CHECK_HR(UnregisterObject(coi[i].pClsid));
+                return S_OK;
+            }();
+            first = FAILED(first) ? first : unregistered;
         }
-        return S_OK;
+        return first;
     });
 }

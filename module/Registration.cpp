@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cwchar>
+#include <utility>
 
 #include "trace/Check.h"
 #include "base/HResultFromWin32.h"
@@ -15,44 +16,6 @@ namespace
 {
 constexpr std::size_t kMaxPath = 260; // characters, the terminator included
 using PathBuffer = std::array<wchar_t, kMaxPath>;
-
-// Closes the key with its scope.
-class RegistryKey
-{
-  public:
-    RegistryKey() = default;
-    ~RegistryKey()
-    {
-        if (key != nullptr)
-        {
-            RegCloseKey(key);
-        }
-    }
-    RegistryKey(const RegistryKey &) = delete;
-    RegistryKey &operator=(const RegistryKey &) = delete;
-
-    HRESULT Create(HKEY parent, const wchar_t *path)
-    {
-        return HResultFromWin32(static_cast<DWORD>(RegCreateKeyExW(parent, path, 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                                                   KEY_ALL_ACCESS, nullptr, &key, nullptr)));
-    }
-
-    // A null name is the key's default value.
-    HRESULT SetString(const wchar_t *name, const wchar_t *value)
-    {
-        const auto bytes = static_cast<DWORD>((std::wcslen(value) + 1) * sizeof(wchar_t));
-        return HResultFromWin32(
-            static_cast<DWORD>(RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE *>(value), bytes)));
-    }
-
-    HKEY Get() const noexcept
-    {
-        return key;
-    }
-
-  private:
-    HKEY key = nullptr;
-};
 
 HRESULT FormatKeyPath(const CLSID &clsid, PathBuffer &path)
 {
@@ -75,22 +38,19 @@ HRESULT GetModulePath(HMODULE module, PathBuffer &path)
     // A path that does not fit is cut: registered, it would name another file or none.
     return length < path.size() ? S_OK : HResultFromWin32(ERROR_INSUFFICIENT_BUFFER);
 }
-
-HRESULT WriteKeys(const wchar_t *keyPath, const wchar_t *modulePath, const wchar_t *description,
-                  const wchar_t *threadingModel)
-{
-    RegistryKey classKey;
-    CHECK_HR(classKey.Create(HKEY_LOCAL_MACHINE, keyPath));
-    CHECK_HR(classKey.SetString(nullptr, description));
-    RegistryKey serverKey;
-    CHECK_HR(serverKey.Create(classKey.Get(), L"InProcServer32"));
-    CHECK_HR(serverKey.SetString(nullptr, modulePath));
-    CHECK_HR(serverKey.SetString(L"ThreadingModel", threadingModel));
-    return S_OK;
-}
 } // namespace
 
-HRESULT RegisterObject(HMODULE module, const CLSID &clsid, const wchar_t *description, const wchar_t *threadingModel)
+Registration::~Registration()
+{
+    while (!kept && !keys.empty())
+    {
+        keys.back().Undo();
+        keys.pop_back();
+    }
+}
+
+HRESULT Registration::RegisterObject(HMODULE module, const CLSID &clsid, const wchar_t *description,
+                                     const wchar_t *threadingModel)
 {
     CHECK_POINTER(description);
     CHECK_POINTER(threadingModel);
@@ -98,12 +58,27 @@ HRESULT RegisterObject(HMODULE module, const CLSID &clsid, const wchar_t *descri
     CHECK_HR(FormatKeyPath(clsid, keyPath));
     PathBuffer modulePath{};
     CHECK_HR(GetModulePath(module, modulePath));
-    const HRESULT written = WriteKeys(keyPath.data(), modulePath.data(), description, threadingModel);
-    if (FAILED(written))
-    {
-        RegDeleteTreeW(HKEY_LOCAL_MACHINE, keyPath.data());
-    }
-    return written;
+    CHECK_HR(WriteKeys(keyPath.data(), modulePath.data(), description, threadingModel));
+    return S_OK;
+}
+
+HRESULT Registration::WriteKeys(const wchar_t *keyPath, const wchar_t *modulePath, const wchar_t *description,
+                                const wchar_t *threadingModel)
+{
+    keys.reserve(keys.size() + 2); // the second names the first as its parent
+    RegistryKey &classKey = keys.emplace_back();
+    CHECK_HR(classKey.Create(HKEY_LOCAL_MACHINE, keyPath));
+    CHECK_HR(classKey.SetString(nullptr, description));
+    RegistryKey &serverKey = keys.emplace_back();
+    CHECK_HR(serverKey.Create(classKey.Get(), L"InProcServer32"));
+    CHECK_HR(serverKey.SetString(nullptr, modulePath));
+    CHECK_HR(serverKey.SetString(L"ThreadingModel", threadingModel));
+    return S_OK;
+}
+
+void Registration::Keep() noexcept
+{
+    kept = true;
 }
 
 HRESULT UnregisterObject(const CLSID &clsid)

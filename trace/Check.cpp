@@ -1,6 +1,7 @@
 #include "trace/Check.h"
 
 #include "trace/FunctionName.h"
+#include "trace/Guard.h"
 #include "trace/TraceChannels.h"
 #include "trace/TraceText.h"
 
@@ -10,13 +11,14 @@ namespace mft_utils
 HRESULT PrintRetOnHResultErrorMessage_LM_DMFT_COMMON(const char *prettyFunction, const char *expression,
                                                      HRESULT result) noexcept
 {
-    if (TraceEnabled(TraceLevel::Error))
+    const TraceLevel level = IsEndOfSupply(result) ? TraceLevel::Information : TraceLevel::Error;
+    if (TraceEnabled(level))
     {
         const TraceText function(QualifiedFunctionName(prettyFunction));
 
         TraceText text;
         text.AppendFormat("%s failed, hr 0x%08lX", expression, static_cast<unsigned long>(result));
-        WriteToTraceChannels({TraceLevel::Error,
+        WriteToTraceChannels({level,
                               TraceMessageId::CheckFailure,
                               function.Text(),
                               text.Text(),

@@ -119,10 +119,10 @@ bool FramePrivacy::IsOn() const
     return Now() == State::On;
 }
 
-// Under the lock.
 void FramePrivacy::SetState(State next)
 {
-    const State former = std::exchange(state, next);
+    const State former = state;
+    state = next;
     if (former != next)
     {
         TRACE_INFO("%s: privacy %s, was %s", GetName(), NameOf(next), NameOf(former));

@@ -42,7 +42,7 @@ class FramePrivacy : public user_space_frameworks::Object
     bool IsOn() const;
 
   private:
-    void SetState(State next);
+    void SetState(State next) TARN_REQUIRES(lock);
 
     mutable user_space_frameworks::CriticalSection lock;
     State state TARN_GUARDED_BY(lock) = State::Unknown;

@@ -14,6 +14,8 @@
 #include "tarn/tarn_dmft.h"
 #include "tests/conformance/RegisteredModule.h"
 #include "tests/device/DepthFrameServer.h"
+#include "base/ComObject.h"
+#include "base/UniqueHandle.h"
 
 using tarn_sim::CameraConfiguration;
 using tarn_sim::GeneratedScene;
@@ -218,6 +220,44 @@ TEST_F(DepthConformanceTest, InRealTimeNothingIsLostThatTheCameraDelivers)
     EXPECT_TRUE(std::is_sorted(samples.begin(), samples.end(), [](const auto &left, const auto &right) {
         return tarn_test::TimeOf(left) < tarn_test::TimeOf(right);
     }));
+}
+
+// Occupies a thread of a work queue until it is let go.
+class HeldWorkItem : public user_space_frameworks::ComObject<IMFAsyncCallback>
+{
+  public:
+    HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *) noexcept override
+    {
+        WaitForSingleObject(letGo.Get(), INFINITE);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetParameters(DWORD *, DWORD *) noexcept override
+    {
+        return E_NOTIMPL;
+    }
+
+    user_space_frameworks::UniqueHandle letGo{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+};
+
+TEST_F(DepthConformanceTest, AQueuedFrameHoldsTheModuleAfterItsTransform)
+{
+    DWORD queue = 0;
+    ASSERT_HR(S_OK, MFAllocateWorkQueueEx(MF_STANDARD_WORKQUEUE, &queue)); // one item at a time
+    const auto holding = user_space_frameworks::MakeCom<HeldWorkItem>();
+    ASSERT_HR(S_OK, MFPutWorkItem2(queue, 0, holding.Get(), nullptr));
+    {
+        tarn_test::TestFrameServer server(Activate(tarn_test::kDepthClass), Camera(Pacing::Stepped, 0));
+        ComPtr<IMFRealTimeClientEx> client;
+        ASSERT_HR(S_OK, server.transform.As(&client));
+        ASSERT_HR(S_OK, client->SetWorkQueueEx(queue, 0));
+        client.Reset();
+        ASSERT_HR(S_OK, server.Start(kDepth));
+        ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    }
+    EXPECT_HR(S_FALSE, dll.CanUnloadNow()); // the frame's callback is in its code
+    SetEvent(holding->letGo.Get());
+    EXPECT_TRUE(tarn_test::WaitUntil([&] { return dll.CanUnloadNow() == S_OK; }));
+    EXPECT_HR(S_OK, MFUnlockWorkQueue(queue));
 }
 
 } // namespace

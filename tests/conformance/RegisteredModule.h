@@ -20,7 +20,7 @@ class RegisteredModule : public testing::Test
     }
     void TearDown() override
     {
-        EXPECT_HR(S_OK, dll.CanUnloadNow());
+        EXPECT_TRUE(WaitUntil([&] { return dll.CanUnloadNow() == S_OK; })); // callbacks leave a moment later
         EXPECT_HR(S_OK, dll.UnregisterServer());
     }
 

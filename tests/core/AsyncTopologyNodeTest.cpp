@@ -23,9 +23,9 @@ namespace
 class WorkQueue
 {
   public:
-    WorkQueue()
+    explicit WorkQueue(MFASYNC_WORKQUEUE_TYPE type = MF_MULTITHREADED_WORKQUEUE)
     {
-        EXPECT_HR(S_OK, MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &id));
+        EXPECT_HR(S_OK, MFAllocateWorkQueueEx(type, &id));
     }
     ~WorkQueue()
     {
@@ -85,6 +85,28 @@ TEST(AsyncTopologyNodeTest, SamplesArriveInOrderAlthoughTheQueueIsParallel)
     std::vector<LONGLONG> expected(kSamples);
     std::iota(expected.begin(), expected.end(), 0);
     EXPECT_EQ(expected, end->Times());
+}
+
+TEST(AsyncTopologyNodeTest, AnItemThatCannotTellItsSampleLetsTheNextOneGo)
+{
+    const WorkQueue queue(MF_STANDARD_WORKQUEUE); // one item at a time
+    const auto gate = std::make_shared<GateNode>();
+    const auto holding = std::make_shared<AsyncTopologyNode>(gate, "Holding", queue.Parameters());
+    holding->Process(MakeSample(0).Get());
+    const auto end = std::make_shared<RecordingNode>();
+    const auto node = std::make_shared<AsyncTopologyNode>(end, "Test", queue.Parameters());
+    node->Process(MakeSample(1).Get());
+    node->Process(MakeSample(2).Get());
+
+    ComPtr<IMFAsyncResult> wrapped;
+    ASSERT_HR(S_OK, MFCreateAsyncResult(nullptr, nullptr, MakeSample(7).Get(), &wrapped));
+    EXPECT_HR(S_OK, node->Invoke(wrapped.Get()));
+    EXPECT_HR(E_POINTER, node->Invoke(nullptr));
+    EXPECT_EQ((std::vector<LONGLONG>{1, 2}), end->Times());
+    node->Process(MakeSample(3).Get());
+    gate->Open();
+    ASSERT_TRUE(WaitUntil([&] { return end->Times().size() == 3; }));
+    EXPECT_EQ(3, end->Times().back());
 }
 
 TEST(AsyncTopologyNodeTest, WithoutAUsableWorkQueueSamplesAreDropped)

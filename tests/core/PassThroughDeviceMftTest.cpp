@@ -118,6 +118,19 @@ TEST(PassThroughDeviceMftTest, ARefusedTypeLeavesTheRunningStreamAsItIs)
     EXPECT_EQ(DeviceStreamState_Run, server.OutputState(0)); // pause and disable are ignored
 }
 
+TEST(PassThroughDeviceMftTest, TheCamerasOwnRefusalOfTheListenerFailsTheStart)
+{
+    TestFrameServer server(NewTransform(), SteppedCamera(2));
+    tarn_sim::FaultPlan faults;
+    faults.ksCall = {1, E_UNEXPECTED}; // not that the listener runs already
+    server.camera->SetFaultPlan(faults);
+    EXPECT_HR(E_UNEXPECTED, server.Start(0));
+    EXPECT_EQ(DeviceStreamState_Stop, server.OutputState(0));
+    ASSERT_HR(S_OK, server.Start(0));
+    ASSERT_HR(S_OK, server.Start(1)); // which is what it then does
+    EXPECT_EQ(1u, server.camera->EventListenerCount());
+}
+
 TEST(PassThroughDeviceMftTest, FlushEmptiesTheQueuesAndTheStreamRunsOn)
 {
     TestFrameServer server(NewTransform(), SteppedCamera());

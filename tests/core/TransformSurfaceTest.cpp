@@ -7,6 +7,7 @@
 
 #include "tests/support/TestFrameServer.h"
 #include "tests/trace/TraceLines.h"
+#include "tests/trace/TraceLines.h"
 
 using mft_core::PassThroughDeviceMft;
 using tarn_sim::SimulatedCamera;
@@ -184,6 +185,7 @@ TEST_F(TransformSurfaceTest, ShutdownEndsTheEventsAndSaysSo)
     EXPECT_HR(E_POINTER, server.events->BeginGetEvent(nullptr, nullptr));
     EXPECT_HR(E_POINTER, server.events->EndGetEvent(nullptr, &event));
 
+    const tarn_test::TraceLines errors(mft_utils::TraceLevel::Error);
     // A waiter blocks without holding the lock that the others need, and shutdown wakes it.
     std::atomic<int> got{0};
     std::thread waiter([&] {
@@ -196,6 +198,7 @@ TEST_F(TransformSurfaceTest, ShutdownEndsTheEventsAndSaysSo)
     EXPECT_TRUE(tarn_test::WaitUntil([&] { return got == 1; }));
     EXPECT_HR(S_OK, shutdown->Shutdown());
     waiter.join();
+    EXPECT_EQ(std::vector<std::string>{}, errors.Texts());
 }
 
 TEST_F(TransformSurfaceTest, AfterShutdownEventCallsFail)

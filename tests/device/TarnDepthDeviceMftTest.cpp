@@ -8,6 +8,7 @@
 #include "tarn/firmware_errors.h"
 #include "tests/device/DepthCamera.h"
 #include "tests/device/DepthServer.h"
+#include "tests/trace/TraceLines.h"
 
 using tarn_sim::CameraConfiguration;
 using tarn_sim::SimulatedCamera;
@@ -166,6 +167,29 @@ TEST(TarnDepthDeviceMftTest, AFirmwareErrorIsTracedWhenTheCameraSignalsIt)
     server.camera->SetErrorCode(TARN_FIRMWARE_ERROR_LASER_CURRENT);
     EXPECT_EQ(1u, server.camera->SignalAutoUpdate());
     EXPECT_TRUE(tarn_test::WaitUntil([&] { return trace.Contains("firmware error: laser current (2)"); }));
+}
+
+TEST(TarnDepthDeviceMftTest, AHealthySessionTracesNoError)
+{
+    const tarn_test::TraceLines errors(mft_utils::TraceLevel::Error);
+    {
+        DepthServer server;
+        EXPECT_EQ(nullptr, server.FindType(kInfrared, 1, 1, 1)); // looked at every type
+        ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
+        ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
+        server.StepAndCollect(kInfrared, 3);
+        ASSERT_HR(S_OK, server.Stop(kInfrared));
+        ASSERT_HR(S_OK, server.SetConfidenceMap(true));
+        server.StepAndCollect(kDepth, 3);
+        ASSERT_HR(S_OK, server.Stop(kDepth));
+        ASSERT_HR(S_OK, server.SetFaceLogin(true));
+        ASSERT_HR(S_OK, server.Run(kInfrared, 360, 360, 60));
+        server.StepAndCollect(kInfrared, 3);
+        ASSERT_HR(S_OK, server.Stop(kInfrared));
+        EXPECT_HR(HRESULT_FROM_WIN32(ERROR_MORE_DATA), // how long is it?
+                  server.SendProperty(KSPROPERTYSETID_TARN_DEPTH_CONTROL, 1, KSPROPERTY_TYPE_GET, nullptr, 0));
+    }
+    EXPECT_EQ(std::vector<std::string>{}, errors.Texts());
 }
 
 TEST(TarnDepthDeviceMftTest, ATransformReleasedWithoutShutdownLeavesNothing)

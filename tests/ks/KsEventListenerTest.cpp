@@ -8,6 +8,7 @@
 #include "tests/ks/FakeFilter.h"
 #include "tests/support/HandleCount.h"
 #include "tests/support/Expect.h"
+#include "tests/trace/TraceLines.h"
 
 using namespace mft_core;
 using namespace tarn_test;
@@ -101,6 +102,29 @@ class EventCamera
     KSEVENTDATA *subscriber = nullptr;
 };
 
+// A platform whose waits end as the test says, in place of the real one while it lives.
+struct OwnWaits
+{
+    OwnWaits()
+    {
+        current = this;
+    }
+    ~OwnWaits()
+    {
+        current = nullptr;
+    }
+    static void CallBack(IMFAsyncResult *result)
+    {
+        result->SetStatus(MF_E_OPERATION_CANCELLED);
+        reinterpret_cast<MFASYNCRESULT *>(result)->pCallback->Invoke(result);
+    }
+
+    static inline OwnWaits *current = nullptr;
+    std::vector<ComPtr<IMFAsyncResult>> waits;
+    HRESULT cancelResult = S_OK;
+    int callsDuringCancel = 0;
+};
+
 // Waits that fail as the test says, or are never answered.
 class FaultyWait : public WaitWorkItemWrapper
 {
@@ -156,6 +180,67 @@ class KsEventListenerTest : public testing::Test
 };
 
 } // namespace
+
+// The linker sends the module's calls here.
+extern "C"
+{
+    HRESULT __real_MFPutWaitingWorkItem(HANDLE event, LONG priority, IMFAsyncResult *result, MFWORKITEM_KEY *key);
+    HRESULT __wrap_MFPutWaitingWorkItem(HANDLE event, LONG priority, IMFAsyncResult *result, MFWORKITEM_KEY *key)
+    {
+        if (OwnWaits::current == nullptr)
+        {
+            return __real_MFPutWaitingWorkItem(event, priority, result, key);
+        }
+        OwnWaits::current->waits.emplace_back(result);
+        *key = 1;
+        return S_OK;
+    }
+
+    HRESULT __real_MFCancelWorkItem(MFWORKITEM_KEY key);
+    HRESULT __wrap_MFCancelWorkItem(MFWORKITEM_KEY key)
+    {
+        const OwnWaits *const own = OwnWaits::current;
+        if (own == nullptr)
+        {
+            return __real_MFCancelWorkItem(key);
+        }
+        for (int call = 0; call < own->callsDuringCancel; ++call)
+        {
+            OwnWaits::CallBack(own->waits.back().Get());
+        }
+        return own->cancelResult;
+    }
+}
+
+TEST_F(KsEventListenerTest, ACancelledWaitMayCallBackAnyNumberOfTimesAtAnyTime)
+{
+    const TraceLines errors(mft_utils::TraceLevel::Error);
+    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
+    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    OwnWaits platform;
+    for (const HRESULT result : {S_OK, MF_E_NOT_FOUND})
+    {
+        for (const int atOnce : {0, 1, 2})
+        {
+            platform.cancelResult = result;
+            platform.callsDuringCancel = atOnce;
+            ASSERT_HR(S_OK, listener->Start());
+            const ULONGLONG begun = GetTickCount64();
+            EXPECT_HR(S_OK, listener->Stop());
+            EXPECT_LT(GetTickCount64() - begun, KsEventListener::kStopTimeoutMs / 2) << atOnce;
+            EXPECT_FALSE(camera.Enabled());
+            OwnWaits::CallBack(platform.waits.back().Get());
+            OwnWaits::CallBack(platform.waits.back().Get());
+        }
+    }
+    ASSERT_HR(S_OK, listener->Uninit());
+    for (const auto &late : platform.waits)
+    {
+        OwnWaits::CallBack(late.Get());
+    }
+    EXPECT_EQ(0, observer->events);
+    EXPECT_EQ(std::vector<std::string>{}, errors.Texts());
+}
 
 TEST_F(KsEventListenerTest, EachStateTakesWhatItCan)
 {
@@ -286,9 +371,9 @@ TEST_F(KsEventListenerTest, StopThatTimesOutCanBeRepeated)
     ASSERT_HR(S_OK, listener->Start());
     EXPECT_HR(kTimedOut, listener->Stop());
     EXPECT_HR(kTimedOut, listener->Stop());
-    EXPECT_HR(kTimedOut, listener->Uninit());
     EXPECT_HR(E_UNEXPECTED, listener->Start());
-    EXPECT_TRUE(camera.Enabled()); // and nothing was given up
+    EXPECT_FALSE(listener->IsStarted()); // which is why
+    EXPECT_TRUE(camera.Enabled());       // and nothing was given up
 
     EXPECT_HR(S_OK, Answer(MF_E_OPERATION_CANCELLED));
     EXPECT_FALSE(camera.Enabled());
@@ -296,6 +381,54 @@ TEST_F(KsEventListenerTest, StopThatTimesOutCanBeRepeated)
     ASSERT_HR(S_OK, listener->Start());
     EXPECT_HR(kTimedOut, listener->Stop()); // not the late completion of the first
     EXPECT_HR(S_OK, Answer(MF_E_OPERATION_CANCELLED));
+}
+
+TEST_F(KsEventListenerTest, AListenerGivenUpTooEarlyEndsWithTheLateAnswer)
+{
+    UseFaultyWait(20);
+    for (const HRESULT cancelResult : {S_OK, E_ACCESSDENIED})
+    {
+        wait->cancelResult = cancelResult;
+        ASSERT_HR(S_OK, listener->RegisterObserver(observer));
+        ASSERT_HR(S_OK, listener->Start());
+        EXPECT_HR(cancelResult == S_OK ? kTimedOut : cancelResult, listener->Uninit());
+        EXPECT_HR(E_UNEXPECTED, listener->Start());
+        EXPECT_TRUE(camera.Enabled());
+        EXPECT_HR(S_OK, Answer(S_OK));
+        EXPECT_FALSE(camera.Enabled());
+        EXPECT_EQ(0, observer->events); // its owner may be gone
+        EXPECT_REFS(listener, 1);
+        EXPECT_REFS(camera.filter, 1);
+        ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    }
+}
+
+TEST_F(KsEventListenerTest, AStopEndsNoOtherStop)
+{
+    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    std::atomic<bool> done{false};
+    std::vector<std::thread> stopping;
+    for (int i = 0; i < 3; ++i)
+    {
+        stopping.emplace_back([&] {
+            while (!done)
+            {
+                EXPECT_HR(S_OK, listener->Stop());
+                std::this_thread::yield();
+            }
+        });
+    }
+    for (int round = 0; round < 5000; ++round)
+    {
+        listener->Start(); // or another thread's stop has ended it already
+        EXPECT_HR(S_OK, listener->Stop());
+        EXPECT_FALSE(camera.Enabled());
+    }
+    done = true;
+    for (std::thread &thread : stopping)
+    {
+        thread.join();
+    }
 }
 
 TEST_F(KsEventListenerTest, FailuresOfWaitAndCameraLeaveItStartable)

@@ -94,6 +94,43 @@ TEST(ModuleTest, RegistrationWritesTwoClassesAndTakesThemBack)
     EXPECT_HR(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), dll.UnregisterServer());
 }
 
+TEST(ModuleTest, AFailureHalfWayLeavesTheRegistrationAsItWas)
+{
+    const std::wstring classes = L"Software\\Classes\\CLSID\\";
+    const std::wstring depth = L"{7F9DF308-0F2D-432E-8C8E-D36ED8F12C90}";
+    const std::wstring color = L"{01BC2102-6449-429F-8F62-B8D23D1DE6D3}";
+    const auto set = [&](const std::wstring &key, const wchar_t *value) {
+        EXPECT_EQ(ERROR_SUCCESS, RegSetKeyValueW(HKEY_LOCAL_MACHINE, (classes + key).c_str(), nullptr, REG_SZ, value,
+                                                 static_cast<DWORD>((wcslen(value) + 1) * sizeof(wchar_t))));
+    };
+    // Nothing that stays can be created below a key that does not.
+    const auto block = [&](const std::wstring &key) {
+        HKEY made = nullptr;
+        ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, (classes + key).c_str(), 0, nullptr,
+                                                 REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &made, nullptr));
+        RegCloseKey(made);
+    };
+    const LoadedDll dll;
+    block(color);
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE), dll.RegisterServer());
+    EXPECT_EQ(L"(absent)", ReadString(depth + L"\\InProcServer32", nullptr)); // all or none
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegDeleteTreeW(HKEY_LOCAL_MACHINE, (classes + depth).c_str()));
+    EXPECT_EQ(L"(absent)", ReadString(color, nullptr));
+
+    set(depth + L"\\InProcServer32", L"of another version"); // and no threading model
+    set(color, L"mine");
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE), dll.RegisterServer());
+    EXPECT_EQ(L"(absent)", ReadString(depth, nullptr));
+    EXPECT_EQ(L"of another version", ReadString(depth + L"\\InProcServer32", nullptr));
+    EXPECT_EQ(L"(absent)", ReadString(depth + L"\\InProcServer32", L"ThreadingModel"));
+    EXPECT_EQ(L"mine", ReadString(color, nullptr));
+
+    // What is left of it is taken back although the first is missing.
+    EXPECT_EQ(ERROR_SUCCESS, RegDeleteTreeW(HKEY_LOCAL_MACHINE, (classes + depth).c_str()));
+    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), dll.UnregisterServer());
+    EXPECT_EQ(L"(absent)", ReadString(color, nullptr));
+}
+
 TEST(ModuleTest, LoadingAndUnloadingLeavesNothing)
 {
     int before = 0;
