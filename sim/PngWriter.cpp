@@ -7,6 +7,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace tarn_sim
 {
@@ -106,13 +107,17 @@ Bytes Rows(std::uint32_t width, std::uint32_t height, std::uint32_t bits, std::s
     const std::size_t rowBytes = std::size_t{width} * bits / 8;
     Bytes rows;
     rows.reserve((rowBytes + 1) * height);
-    for (std::size_t at = 0; at < rowBytes * height; ++at)
+    for (std::size_t y = 0; y < height; ++y)
     {
-        if (at % rowBytes == 0)
+        rows.push_back(0);
+        const auto row = pixels.subspan(y * rowBytes, rowBytes);
+        const auto *const bytes = reinterpret_cast<const std::uint8_t *>(row.data());
+        const std::size_t begin = rows.size();
+        rows.insert(rows.end(), bytes, bytes + rowBytes);
+        for (std::size_t at = begin; bits == 16 && at < rows.size(); at += 2)
         {
-            rows.push_back(0);
+            std::swap(rows[at], rows[at + 1]);
         }
-        rows.push_back(static_cast<std::uint8_t>(pixels[bits == 16 ? at ^ 1U : at]));
     }
     return rows;
 }
