@@ -1,8 +1,10 @@
-// Reading of single-channel pictures.
+// Reading and writing of single-channel pictures.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <vector>
 
 namespace tarn_sim
@@ -19,5 +21,10 @@ struct GreyImage
 
 // Throws std::runtime_error with a one-line text that names the file: not readable, no picture, not single-channel.
 GreyImage ReadGreyPng(const std::filesystem::path &file);
+
+// Writes width x height values of 8 or 16 bits, rows without padding, 16 bits in this machine's order. The file is not
+// compressed: saving keeps up with a camera. Throws std::runtime_error with a one-line text.
+void WriteGreyPng(const std::filesystem::path &file, std::uint32_t width, std::uint32_t height, std::uint32_t bits,
+                  std::span<const std::byte> pixels);
 
 } // namespace tarn_sim

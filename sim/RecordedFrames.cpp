@@ -4,9 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -65,52 +63,6 @@ std::map<std::uint32_t, ExposureFiles> FindExposures(const std::filesystem::path
     return exposures;
 }
 
-std::vector<std::string> SplitLine(const std::string &line)
-{
-    std::vector<std::string> fields;
-    std::istringstream stream(line);
-    std::string field;
-    while (std::getline(stream, field, ','))
-    {
-        std::erase(field, '\r');
-        fields.push_back(field);
-    }
-    return fields;
-}
-
-// The depth unit that the collection's manifest gives for the folder.
-std::optional<double> UnitFromManifest(const std::filesystem::path &folder)
-{
-    std::ifstream manifest(folder.parent_path() / "manifest.csv");
-    std::string line;
-    if (!manifest || !std::getline(manifest, line))
-    {
-        return std::nullopt;
-    }
-    const auto header = SplitLine(line);
-    const auto columnOf = [&header](std::string_view name) {
-        return static_cast<std::size_t>(std::ranges::find(header, name) - header.begin());
-    };
-    const std::size_t set = columnOf("set");
-    const std::size_t kind = columnOf("kind");
-    const std::size_t unit = columnOf("mm_per_unit");
-    while (std::getline(manifest, line))
-    {
-        const auto fields = SplitLine(line);
-        if (std::max({set, kind, unit}) >= fields.size() || fields[set] != folder.filename().string() ||
-            fields[kind] != "depth")
-        {
-            continue;
-        }
-        const double value = std::strtod(fields[unit].c_str(), nullptr);
-        if (value > 0.0)
-        {
-            return value;
-        }
-    }
-    return std::nullopt;
-}
-
 void ConvertDepth(GreyImage &image, double mmPerUnit)
 {
     for (auto &pixel : image.pixels)
@@ -133,21 +85,30 @@ int InfraredShift(std::uint16_t maximum)
     return shift;
 }
 
+// Eight bits become ten by repeating the upper ones, so that the scaling back to eight gives the same.
 void ConvertInfrared(GreyImage &image, int shiftRight)
 {
     for (auto &pixel : image.pixels)
     {
-        const int value = image.bits == 8 ? pixel << 2 : pixel >> shiftRight;
+        const int value = image.bits == 8 ? pixel << 2 | pixel >> 6 : pixel >> shiftRight;
         pixel = static_cast<std::uint16_t>(std::min<int>(value, kInfraredMaximum));
     }
 }
 
-void ConvertConfidence(GreyImage &image, bool isError)
+// The camera's confidence byte of a level of the map: the middle of those that the transform gives this level.
+int ConfidenceOfLevel(int level)
+{
+    return level == 0 ? 0 : 15 + 8 * std::min(level, 15) + 4;
+}
+
+void ConvertConfidence(GreyImage &image, ConfidenceKind kind)
 {
     for (auto &pixel : image.pixels)
     {
         const int value = std::min<int>(pixel, 255);
-        pixel = static_cast<std::uint16_t>(isError ? 255 - std::min(value * 8, 255) : value);
+        pixel = static_cast<std::uint16_t>(kind == ConfidenceKind::Error   ? 255 - std::min(value * 8, 255)
+                                           : kind == ConfidenceKind::Level ? value
+                                                                           : ConfidenceOfLevel(value));
     }
 }
 
@@ -193,15 +154,16 @@ RecordedFrames::RecordedFrames(const std::filesystem::path &folder, const Record
         throw std::runtime_error("no such folder: " + folder.string());
     }
     const auto clean = folder.has_filename() ? folder : folder.parent_path(); // a trailing separator hides the name
-    mmPerUnit = options.mmPerUnit ? *options.mmPerUnit : UnitFromManifest(clean).value_or(1.0);
+    const RecordingNotes notes = RecordingNotes::Of(clean);
+    mmPerUnit = options.mmPerUnit ? *options.mmPerUnit : notes.mmPerUnit.value_or(1.0);
     if (!(mmPerUnit > 0.0))
     {
         throw std::runtime_error("the depth unit must be more than 0 mm");
     }
-    Load(clean, options.confidenceIsError);
+    Load(clean, options.confidence ? *options.confidence : notes.confidence.value_or(ConfidenceKind::Error));
 }
 
-void RecordedFrames::Load(const std::filesystem::path &folder, bool confidenceIsError)
+void RecordedFrames::Load(const std::filesystem::path &folder, ConfidenceKind confidence)
 {
     std::uint16_t infraredMaximum = 0;
     for (const auto &[number, files] : FindExposures(folder))
@@ -221,7 +183,7 @@ void RecordedFrames::Load(const std::filesystem::path &folder, bool confidenceIs
         if (!files.confidence.empty())
         {
             picture.confidence = ReadGreyPng(files.confidence);
-            ConvertConfidence(picture.confidence, confidenceIsError);
+            ConvertConfidence(picture.confidence, confidence);
         }
         pictures.push_back(std::move(picture));
     }

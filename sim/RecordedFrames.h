@@ -9,17 +9,13 @@
 
 #include "sim/FrameSource.h"
 #include "sim/PngImage.h"
+#include "sim/RecordingNotes.h"
 
 namespace tarn_sim
 {
 
-struct RecordedFrameOptions
-{
-    // Millimetres per count of the depth pictures. When absent: the folder's line in ../manifest.csv, else 1.
-    std::optional<double> mmPerUnit;
-    // The confidence pictures hold an error measure (larger is worse), as time-of-flight recordings do.
-    bool confidenceIsError = true;
-};
+// What they say goes before the folder's own notes; without either the depth unit is 1 mm and confidence an error.
+using RecordedFrameOptions = RecordingNotes;
 
 // Plays depth_NNNN.png with ir_NNNN.png and confidence_NNNN.png of the same number, in order, over and over. Pictures
 // are cut or framed with zeros around their centre to the size asked for. Without an infrared picture the infrared
@@ -28,7 +24,8 @@ struct RecordedFrameOptions
 class RecordedFrames final : public IFrameSource
 {
   public:
-    // Throws std::runtime_error with a one-line text: no such folder, no pictures in it, or an unreadable picture.
+    // Throws std::runtime_error with a one-line text: no such folder, no pictures in it, an unreadable
+    // picture or unreadable notes.
     explicit RecordedFrames(const std::filesystem::path &folder, const RecordedFrameOptions &options = {});
 
     void Render(const FrameRequest &request, Plane plane, std::uint8_t *pixels) override;
@@ -50,7 +47,7 @@ class RecordedFrames final : public IFrameSource
         GreyImage confidence; // 8 bits
     };
 
-    void Load(const std::filesystem::path &folder, bool confidenceIsError);
+    void Load(const std::filesystem::path &folder, ConfidenceKind confidence);
 
     double mmPerUnit = 1.0;
     std::vector<Picture> pictures;

@@ -10,16 +10,17 @@
 
 #include "tools/command/CommandLine.h"
 #include "tools/runs/DemoCommand.h"
+#include "tools/command/Interruption.h"
 #include "tools/ks/KsCommand.h"
 #include "tools/nodes/NodeCommand.h"
 #include "tools/runs/StreamCommand.h"
 #include "tools/command/Text.h"
 
-int wmain(int argumentCount, wchar_t **arguments)
+namespace
 {
-    // What scripts read must not be given carriage returns.
-    _setmode(_fileno(stdout), _O_BINARY);
 
+tarn_host::ExitCode Run(int argumentCount, wchar_t **arguments)
+{
     std::vector<std::string> texts;
     for (int i = 1; i < argumentCount; ++i)
     {
@@ -30,6 +31,15 @@ int wmain(int argumentCount, wchar_t **arguments)
     commands.push_back(std::make_unique<tarn_host::DemoCommand>());
     commands.push_back(std::make_unique<tarn_host::KsCommand>());
     commands.push_back(std::make_unique<tarn_host::NodeCommand>());
-    const auto code = tarn_host::CommandLine(std::move(commands)).Run(std::move(texts), std::cout, std::cerr);
-    return static_cast<int>(code);
+    return tarn_host::CommandLine(std::move(commands)).Run(std::move(texts), std::cout, std::cerr);
+}
+
+} // namespace
+
+int wmain(int argumentCount, wchar_t **arguments)
+{
+    // What scripts read must not be given carriage returns.
+    _setmode(_fileno(stdout), _O_BINARY);
+    tarn_host::Interruption::Install();
+    tarn_host::EndProcess(Run(argumentCount, arguments));
 }

@@ -60,7 +60,7 @@ TEST_F(RecordedFramesTest, DepthIsConvertedByTheManifestsUnitAndClipped)
     }
     EXPECT_EQ(65535, *std::ranges::max_element(millimetres));
     EXPECT_EQ(millimetres, Render("boxes-and-hallway", {3, 640, 480, true}, Plane::DepthEighthMm));
-    EXPECT_EQ(2.5, RecordedFrames(data / "tof-mug", {.mmPerUnit = 2.5}).MmPerUnit());
+    EXPECT_EQ(2.5, RecordedFrames(data / "tof-mug", {.mmPerUnit = 2.5, .confidence = {}}).MmPerUnit());
 }
 
 TEST_F(RecordedFramesTest, PictureOfAnotherSizeIsCutAndFramedAroundItsCentre)

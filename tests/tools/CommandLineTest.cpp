@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "TemporaryFolder.h"
+#include "tools/command/ProgressLine.h"
 #include "tools/runs/StreamCommand.h"
 #include "tools/command/Text.h"
 #include "tools/command/VideoSize.h"
@@ -72,6 +74,12 @@ class CommandLineTest : public testing::Test
         EXPECT_TRUE(output.str().empty()) << output.str();
     }
 
+    static std::string ReadAll(const std::filesystem::path &path)
+    {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
     std::ostringstream output;
     std::ostringstream errors;
 };
@@ -97,7 +105,7 @@ TEST_F(CommandLineTest, WrongOptionsGiveOneClearLine)
     } cases[] = {
         {{}, "A subcommand is required"},
         {{"dance"}, "no command 'dance'"},
-        {{"stream", "--colour"}, "--colour"},
+        {{"stream", "--colour", "3"}, "unknown: --colour 3"},
         {{"stream", "--count", "0"}, "--count"},
         {{"stream", "--count", "many"}, "--count"},
         {{"stream", "--count", "5", "--seconds", "1"}, "--seconds"},
@@ -105,6 +113,9 @@ TEST_F(CommandLineTest, WrongOptionsGiveOneClearLine)
         {{"stream", "--pace", "leisurely"}, "'leisurely' is not one of fast|realtime"},
         {{"stream", "--transform", "1"}, "--transform"},
         {{"stream", "--depth", "640x480"}, "640x480@30"},
+        {{"stream", "--depth", "--frames", "DIR"}, "--depth: '--frames'"},
+        {{"stream", "--face-login", "--ir", "640x480@30"}, "360x360@60 then, not at 640x480@30"},
+        {{"stream", "--face-login", "--depth", "640x480@30"}, "leave --depth out"},
         {{"stream", "--transform", "color", "--ir", "640x480@30"}, "--ir"},
         {{"stream", "--color", "640x480@30"}, "--transform color"},
         {{"stream", "--confidence", "--ir", "640x480@30"}, "while infrared runs"},
@@ -123,7 +134,7 @@ TEST_F(CommandLineTest, WrongOptionsGiveOneClearLine)
 TEST_F(CommandLineTest, UnusableFramesGiveOneClearLine)
 {
     const TemporaryFolder folder;
-    const std::vector<std::string> arguments{"stream", "--no-register", "--quiet", "--frames", folder.Text()};
+    const std::vector<std::string> arguments{"stream", "--quiet", "--frames", folder.Text()};
 
     EXPECT_EQ(Run(arguments), ExitCode::Usage) << "empty folder";
     ExpectOneErrorLineWith(folder.Text());
@@ -131,6 +142,51 @@ TEST_F(CommandLineTest, UnusableFramesGiveOneClearLine)
     std::ofstream(folder.Path() / "depth_0000.png") << "not a picture";
     EXPECT_EQ(Run(arguments), ExitCode::Usage) << "unreadable picture";
     ExpectOneErrorLineWith("depth_0000.png");
+
+    std::ofstream(folder.Path() / "recording.txt") << "depth_mm_per_unit none\n";
+    EXPECT_EQ(Run(arguments), ExitCode::Usage) << "unreadable notes";
+    ExpectOneErrorLineWith("depth_mm_per_unit none");
+}
+
+TEST_F(CommandLineTest, ATypeThatIsNotOfferedIsAnsweredWithEachThatIs)
+{
+    EXPECT_EQ(Run({"stream", "--quiet", "--depth", "640x480@29"}), ExitCode::Usage);
+    ExpectOneErrorLineWith("640x480@29");
+    const std::string text = errors.str();
+    const std::size_t first = text.find("D16 640x480@30");
+    ASSERT_NE(first, std::string::npos) << text;
+    EXPECT_EQ(text.find("D16 640x480@30", first + 1), std::string::npos) << text;
+}
+
+TEST_F(CommandLineTest, SavedFramesPlayAgainAndTheNextRunTakesTheirPlace)
+{
+    const TemporaryFolder first;
+    const TemporaryFolder second;
+    const std::vector<std::string> stream{"stream",  "--quiet",    "--pace",       "fast",
+                                          "--depth", "640x480@30", "--confidence", "--save-frames"};
+    const auto run = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), stream.begin(), stream.end());
+        return Run(more);
+    };
+
+    ASSERT_EQ(run({"--count", "3", "--out", first.Text()}), ExitCode::Success) << errors.str();
+    ASSERT_EQ(run({"--frames", first.Text(), "--out", second.Text()}), ExitCode::Success) << errors.str();
+    for (const char *name : {"depth_000002.png", "confidence_000002.png"})
+    {
+        const std::string saved = ReadAll(first.Path() / name);
+        EXPECT_GT(saved.size(), 640U * 480) << name;
+        EXPECT_TRUE(saved == ReadAll(second.Path() / name)) << name;
+    }
+    const std::string sheet = ReadAll(second.Path() / "contact-sheet.png");
+    EXPECT_FALSE(sheet.empty());
+
+    ASSERT_EQ(run({"--count", "1", "--out", first.Text()}), ExitCode::Success) << errors.str();
+    EXPECT_TRUE(std::filesystem::exists(first.Path() / "depth_000000.png"));
+    EXPECT_FALSE(std::filesystem::exists(first.Path() / "depth_000001.png"));
+
+    EXPECT_EQ(run({"--out", second.Text(), "--frames", second.Text()}), ExitCode::Usage);
+    ExpectOneErrorLineWith("--out is the folder of --frames");
+    EXPECT_TRUE(sheet == ReadAll(second.Path() / "contact-sheet.png"));
 }
 
 TEST_F(CommandLineTest, HelpFitsOneScreenAndListsTheExitCodes)
@@ -147,6 +203,16 @@ TEST_F(CommandLineTest, HelpFitsOneScreenAndListsTheExitCodes)
     }
     EXPECT_LE(lines, 30) << output.str();
     EXPECT_NE(output.str().find("Exit codes: 0"), std::string::npos);
+}
+
+TEST(ProgressLineTest, TellsTheShareAndTheTimeThatIsLeft)
+{
+    using namespace std::chrono_literals;
+    EXPECT_EQ(ProgressLine::Describe(0, 1s), "0 %");
+    EXPECT_EQ(ProgressLine::Describe(0.25, 10s), "25 %, 30 s left");
+    EXPECT_EQ(ProgressLine::Describe(0.5, 601s), "50 %, 11 min left");
+    EXPECT_EQ(ProgressLine::Describe(0.01, 864s), "1 %, 24 h left");
+    EXPECT_EQ(ProgressLine::Describe(1, 5s), "100 %, 0 s left");
 }
 
 TEST(VideoSizeTest, TakesSizeAndRateAndNothingElse)

@@ -47,7 +47,7 @@ TEST(FalseColourTest, NearIsRedFarIsVioletAndNothingMeasuredIsGrey)
     EXPECT_EQ(FalseColour(500, 500).Of(500), FalseColour::AtPosition(0));
 }
 
-TEST(LevelRangeTest, CoversTheMeasuredDepthsWithoutTheStrayOnes)
+TEST(LevelRangeTest, CoversWhatOccursWithoutTheStrayLevelsInRoundSteps)
 {
     // 1 m and 2.2 m, with a few pixels that are far off and many without measurement.
     std::vector<Thumbnail> frames{Frame(PixelKind::Depth16, 8000), Frame(PixelKind::Depth16, 17600),
@@ -55,32 +55,37 @@ TEST(LevelRangeTest, CoversTheMeasuredDepthsWithoutTheStrayOnes)
     frames.front().levels.front() = 65000;
     frames.front().levels.back() = 3;
 
-    const LevelRange range = LevelRange::OfDepth(frames);
-    EXPECT_EQ(range.low, 8000U);
-    EXPECT_EQ(range.high, 20000U);
-
-    const LevelRange nothing = LevelRange::OfDepth({Frame(PixelKind::Depth16, 0)});
-    EXPECT_LT(nothing.low, nothing.high);
-    EXPECT_EQ(LevelRange::OfGrey({Frame(PixelKind::Grey16, 1000)}).high, 1000U);
-    EXPECT_EQ(LevelRange::OfGrey({Frame(PixelKind::Grey16, 0)}).high, 1U);
-    EXPECT_EQ(LevelRange::OfGrey({Frame(PixelKind::Grey8, 7)}).high, 255U);
+    const auto expect = [](const LevelRange &range, std::uint32_t low, std::uint32_t high, std::uint32_t step) {
+        EXPECT_EQ(range.low, low);
+        EXPECT_EQ(range.high, high);
+        EXPECT_EQ(range.step, step);
+    };
+    expect(LevelRange::Of(PixelKind::Depth16, frames), 8000, 17600, 1600);
+    expect(LevelRange::Of(PixelKind::Depth16, {Frame(PixelKind::Depth16, 0)}), 0, 8000, 1600);
+    expect(LevelRange::Of(PixelKind::Grey8, {Frame(PixelKind::Grey8, 23), Frame(PixelKind::Grey8, 140)}), 20, 140, 20);
+    expect(LevelRange::Of(PixelKind::Grey16, {Frame(PixelKind::Grey16, 0)}), 0, 1, 1);
+    expect(LevelRange::Of(PixelKind::Confidence8, {Frame(PixelKind::Confidence8, 7)}), 0, 15, 5);
 }
 
-TEST(ContactSheetTest, ShowsEveryFrameInItsColour)
+TEST(ContactSheetTest, AllFramesOfAKindShareOneScale)
 {
-    // 1 m and 3 m make a scale from 1 m to 3.5 m.
-    const std::vector<Thumbnail> depth{Frame(PixelKind::Depth16, 8000), Frame(PixelKind::Depth16, 24000),
-                                       Frame(PixelKind::Depth16, 0)};
-    const std::vector<Thumbnail> infrared(5, Frame(PixelKind::Grey8, 77));
+    // 1 m in one section and 2.2 m in the other: from 1 m to 2.2 m. Infrared of 20 and 140: from black to white.
+    const std::vector<Thumbnail> nearby{Frame(PixelKind::Depth16, 8000), Frame(PixelKind::Depth16, 0)};
+    const std::vector<Thumbnail> distant(2, Frame(PixelKind::Depth16, 17600));
+    std::vector<Thumbnail> infrared(4, Frame(PixelKind::Grey8, 20));
+    infrared.push_back(Frame(PixelKind::Grey8, 80));
+    infrared.push_back(Frame(PixelKind::Grey8, 140));
 
-    const Picture sheet = DrawContactSheet("title", {{"depth", depth}, {"infrared", infrared}});
+    const Picture sheet = DrawContactSheet("title", {{"near", nearby}, {"far", distant}, {"infrared", infrared}});
 
-    const FalseColour colours(8000, 28000);
+    const FalseColour colours(8000, 17600);
     const std::size_t framePixels = kThumbnailWidth * 100;
     EXPECT_GE(PixelsOf(sheet, colours.Of(8000)), framePixels);
-    EXPECT_GE(PixelsOf(sheet, colours.Of(24000)), framePixels);
+    EXPECT_GE(PixelsOf(sheet, colours.Of(17600)), 2 * framePixels);
     EXPECT_GE(PixelsOf(sheet, kNoMeasurementColour), framePixels);
-    EXPECT_EQ(PixelsOf(sheet, {77, 77, 77}), 5 * framePixels);
+    EXPECT_GE(PixelsOf(sheet, {0, 0, 0}), 4 * framePixels);
+    EXPECT_GE(PixelsOf(sheet, {127, 127, 127}), framePixels);
+    EXPECT_GE(PixelsOf(sheet, {255, 255, 255}), framePixels);
 }
 
 TEST(ContactSheetTest, OutputWithoutFramesStillHasItsTitle)

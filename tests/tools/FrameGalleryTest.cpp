@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace
 {
 
@@ -54,6 +56,28 @@ TEST(FrameGalleryTest, ManyFramesAreShownEvenlyToTheEnd)
             EXPECT_GE(step, 1U);
             EXPECT_LE(step, 2 * ((frames + 10) / 11)) << frames;
         }
+    }
+}
+
+TEST(FrameGalleryTest, OfFramesThatAlternateBothKindsAreShown)
+{
+    for (const std::uint64_t frames : {4U, 24U, 60U, 1000U})
+    {
+        FrameGallery gallery(4);
+        for (std::uint64_t number = 0; number < frames; ++number)
+        {
+            if (gallery.Wants(number))
+            {
+                Thumbnail thumbnail;
+                thumbnail.frameNumber = number;
+                thumbnail.isLit = number % 2 == 0;
+                gallery.Keep(std::move(thumbnail));
+            }
+        }
+        const std::vector<Thumbnail> shown = gallery.Selection();
+        EXPECT_EQ(shown.size(), 4U) << frames;
+        EXPECT_EQ(std::ranges::count(shown, std::optional(true), &Thumbnail::isLit), 2) << frames;
+        EXPECT_TRUE(std::ranges::is_sorted(shown, {}, &Thumbnail::frameNumber)) << frames;
     }
 }
 

@@ -8,6 +8,8 @@
 #include <iterator>
 
 #include "TemporaryFolder.h"
+#include "sim/PngImage.h"
+#include "sim/RecordingNotes.h"
 #include "tarn/sample_attributes.h"
 #include "tools/command/ExitCode.h"
 
@@ -32,13 +34,13 @@ FrameFormat Format(PixelKind pixels, std::uint32_t width, std::uint32_t height)
     return format;
 }
 
-TEST(FrameWriterTest, DepthWithConfidenceBecomesTwoGreyMapsAndALine)
+TEST(FrameWriterTest, DepthWithConfidenceBecomesTwoPicturesAndALine)
 {
     const TemporaryFolder folder;
     // Two pixels of depth, then a second plane that is not part of the picture.
     const std::array<std::uint8_t, 8> pixels{0x34, 0x12, 0xFF, 0x00, 0xEE, 0xEE, 0xEE, 0xEE};
     SampleDetails details;
-    details.time100ns = 5;
+    details.time100ns = 9007199254740993;
     details.confidence = {15, 1, 0xEE, 0xEE};
     details.record.emplace().frameCounter = 77;
     details.intrinsics.resize(1);
@@ -48,15 +50,20 @@ TEST(FrameWriterTest, DepthWithConfidenceBecomesTwoGreyMapsAndALine)
         writer.Write("depth", 12, Format(PixelKind::Depth16, 2, 1), std::as_bytes(std::span(pixels)), details);
     }
 
-    EXPECT_EQ(std::string("P5\n2 1\n65535\n\x12\x34\x00\xFF", 17), ReadAll(folder.Path() / "depth-000012.pgm"));
-    EXPECT_EQ(std::string("P5\n2 1\n15\n\x0F\x01", 12), ReadAll(folder.Path() / "confidence-000012.pgm"));
+    const tarn_sim::GreyImage depth = tarn_sim::ReadGreyPng(folder.Path() / "depth_000012.png");
+    EXPECT_EQ(depth.bits, 16U);
+    EXPECT_EQ(depth.pixels, (std::vector<std::uint16_t>{0x1234, 0x00FF}));
+    const tarn_sim::GreyImage map = tarn_sim::ReadGreyPng(folder.Path() / "confidence_000012.png");
+    EXPECT_EQ(map.bits, 8U);
+    EXPECT_EQ(map.pixels, (std::vector<std::uint16_t>{15, 1}));
+    EXPECT_EQ(tarn_sim::RecordingNotes::Of(folder.Path()).mmPerUnit, 0.125);
     const auto line = nlohmann::json::parse(ReadAll(folder.Path() / "frames.jsonl"));
     EXPECT_EQ(line["number"], 12);
-    EXPECT_EQ(line["time100ns"], 5);
-    EXPECT_EQ(line["confidenceFile"], "confidence-000012.pgm");
+    EXPECT_EQ(line["time100ns"], "9007199254740993"); // a double would make it even
+    EXPECT_EQ(line["confidenceFile"], "confidence_000012.png");
     EXPECT_EQ(line["metadata"]["frameCounter"], 77);
     EXPECT_EQ(line["intrinsics"][0]["focalLength"][1], 0.25);
-    EXPECT_FALSE(line.contains("illuminated"));
+    EXPECT_FALSE(line.contains("lit"));
 }
 
 TEST(FrameWriterTest, FramesTooShortForTheirFormatAreSavedAsTheyAre)
@@ -68,14 +75,33 @@ TEST(FrameWriterTest, FramesTooShortForTheirFormatAreSavedAsTheyAre)
     FrameWriter writer(folder.Path());
     writer.Write("infrared", 0, Format(PixelKind::Grey8, 2, 2), std::as_bytes(std::span(pixels)), details);
 
-    EXPECT_EQ(std::string("\x01\x02\x03"), ReadAll(folder.Path() / "infrared-000000.raw"));
-    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "confidence-000000.pgm"));
+    EXPECT_EQ(std::string("\x01\x02\x03"), ReadAll(folder.Path() / "ir_000000.raw"));
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "confidence_000000.png"));
 }
 
 TEST(FrameWriterTest, AFolderThatCannotBeWrittenIsReported)
 {
     const TemporaryFolder folder;
     EXPECT_THROW(FrameWriter(folder.Path() / "missing"), HostError);
+}
+
+TEST(FrameWriterTest, OnlyPicturesThatAnEarlierRunListedAreRemoved)
+{
+    const TemporaryFolder folder;
+    std::ofstream(folder.Path() / "depth-000007.pgm") << "of an earlier run";
+    std::ofstream(folder.Path() / "notes.png") << "of the user";
+    std::ofstream(folder.Path() / "frames.jsonl")
+        << "{\"file\": \"depth-000007.pgm\"}\n{\"file\": \"notes.png\"}\n{\"file\": \"..\\\\depth_1.png\"}\n7\n{";
+    {
+        FrameWriter writer(folder.Path());
+        EXPECT_TRUE(std::filesystem::exists(folder.Path() / "depth-000007.pgm")) << "until there is something new";
+        writer.Write("color", 0, Format(PixelKind::Yuy2, 2, 2), {}, {});
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "depth-000007.pgm"));
+    EXPECT_TRUE(std::filesystem::exists(folder.Path() / "notes.png"));
+
+    std::ofstream(folder.Path() / "depth_0000.png") << "a recording of the user";
+    EXPECT_THROW(FrameWriter(folder.Path()), UsageError);
 }
 
 TEST(SampleDetailsTest, RecordsThatClaimMoreThanThereIsAreCutToWhatThereIs)

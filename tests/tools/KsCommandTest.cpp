@@ -79,13 +79,13 @@ TEST_F(KsCommandTest, ListShowsEachControlAsTheCameraHasIt)
 {
     const auto depth = RunForJson({"list"})["controls"];
     ASSERT_EQ(depth.size(), 7U);
-    EXPECT_EQ(depth[2].dump(), R"({"name":"MOTION_VS_RANGE_TRADE","id":3,"size":1,"value":9,)"
+    EXPECT_EQ(depth[2].dump(), R"({"control":"MOTION_VS_RANGE_TRADE","id":3,"size":1,"value":9,)"
                                R"("minimum":0,"maximum":100,"step":1,"default":9})");
-    EXPECT_EQ(depth[6].dump(), R"({"name":"COMMAND","id":7,"size":1024})");
+    EXPECT_EQ(depth[6].dump(), R"({"control":"COMMAND","id":7,"size":1024})");
 
     const auto color = RunForJson({"list", "--transform", "color"})["controls"];
     ASSERT_EQ(color.size(), 4U);
-    EXPECT_EQ(color[3].dump(), R"({"name":"EXPOSURE_GRANULARITY","id":4,"size":1,"value":10,)"
+    EXPECT_EQ(color[3].dump(), R"({"control":"EXPOSURE_GRANULARITY","id":4,"size":1,"value":10,)"
                                R"("minimum":2,"maximum":200,"step":2,"default":10})");
 }
 
@@ -115,12 +115,13 @@ TEST_F(KsCommandTest, DeviceInformationIsDecodedWhateverTheCameraSends)
 {
     const std::vector<std::string> ask{"command", "59", "--answer", "174"};
     EXPECT_EQ(RunForJson(ask)["deviceInfo"]["firmware"], "3.10.2.17");
-    EXPECT_EQ(RunForJson(ask)["deviceInfo"]["record"], "checks");
+    EXPECT_EQ(RunForJson(ask)["deviceInfo"]["record"], true);
+    EXPECT_TRUE(RunForJson(ask)["deviceInfo"]["temperatureC"].is_number());
 
     depthCamera.deviceInfo.assign(sizeof(tarn_sim::DeviceInfo), 0xC3); // neither text nor terminated
     const auto info = RunForJson(ask)["deviceInfo"];
     EXPECT_EQ(info["serialNumber"], std::string(16, '?'));
-    EXPECT_EQ(info["record"], "does not check");
+    EXPECT_EQ(info["record"], false);
     EXPECT_FALSE(RunForJson({"command", "59", "--answer", "173"}).contains("deviceInfo"));
 }
 
@@ -173,6 +174,7 @@ TEST_F(KsCommandTest, WrongWordsGiveOneClearLineBeforeTheCameraIsAsked)
         {{"command", "1", "--send", "00", "--answer", "1"}, "excludes"},
         {{"command", "1", "--transform", "color"}, "color"},
         {{"do", "list", "get"}, "'get': name is required"},
+        {{"do", "list --bogus 3"}, "unknown: --bogus 3"},
     };
     faults.ksCall = {1, E_FAIL, true}; // would end as a failure instead
     for (const auto &one : cases)

@@ -67,7 +67,10 @@ TEST_F(PhaseBooksTest, ARestartForgivesWhatWasOnItsWayAndNothingElse)
     EXPECT_EQ(1U, Summary(0).cutOff);
     EXPECT_TRUE(Summary(0).Complete());
     EXPECT_EQ(2U, Summary(1).framesIn);
-    EXPECT_EQ(1U, Summary(1).dropped) << "frame 6 came after the change";
+    EXPECT_EQ(2U, Summary(1).between);
+    EXPECT_EQ(1U, Summary(1).lost) << "frame 6 came after the change";
+    EXPECT_EQ(4U, books.FramesOf(kInput).in);
+    EXPECT_EQ(2U, books.FramesOf(kInput).between);
     EXPECT_EQ(1U, books.FramesInFlight());
 }
 
@@ -88,7 +91,7 @@ TEST_F(PhaseBooksTest, StoppingOneOutputForgivesTheOtherNothing)
     EXPECT_TRUE(Out(kDepth, 2)); // of the earlier phase
     EXPECT_TRUE(Out(kDepth, 3));
 
-    EXPECT_EQ(1U, Summary(0).dropped) << "depth frame 1";
+    EXPECT_EQ(1U, Summary(0).lost) << "depth frame 1";
     EXPECT_EQ(1U, Summary(1).cutOff) << "infrared frame 1";
     EXPECT_EQ(1U, Summary(2).framesOut);
     EXPECT_TRUE(Summary(2).Complete());
@@ -98,10 +101,13 @@ TEST_F(PhaseBooksTest, AFrameMayOnlyBeRefusedDuringAChange)
 {
     books.Add(kDepth, kInput, {});
     books.Begin(kDepth, 0, false);
-    EXPECT_FALSE(books.FrameRefused(books.FrameIn(kInput, *Frame(1).Get())));
+    EXPECT_FALSE(books.FrameRefused(kInput, books.FrameIn(kInput, *Frame(1).Get())));
     books.BeginChange(true, {});
-    EXPECT_TRUE(books.FrameRefused(books.FrameIn(kInput, *Frame(2).Get())));
+    EXPECT_TRUE(books.FrameRefused(kInput, books.FrameIn(kInput, *Frame(2).Get())));
     EXPECT_EQ(0U, Summary(0).framesIn);
+    books.Remove(kDepth);
+    EXPECT_EQ(2U, Summary(0).between) << "of an output that does not come back";
+    EXPECT_EQ(2U, books.FramesOf(kInput).between);
     EXPECT_THROW(Out(kInfrared, 1), HostError);
 }
 

@@ -85,8 +85,8 @@ TEST(PictureTest, UnwritableFileIsReported)
 
 TEST(PictureTest, TextStaysInsideItsBox)
 {
-    Picture picture(400, 60, kWhite);
-    const std::string text = "#12  0.400 s  WMQ@&%";
+    Picture picture(600, 60, kWhite);
+    const std::string text = "#12  0.400 s  WMQ@&%  f\xC3\xA4n \xFF";
 
     picture.Write(10, 8, text, 2, kInk);
 

@@ -28,7 +28,8 @@ StreamReport GoodReport()
     output.summary.latencyP99Ms = 1.25;
     output.attachments.confidenceMaps = 58;
     report.phases.push_back({"depth", "INZC 640x480@30", {output}});
-    report.pins.push_back({0, {}});
+    report.pins.push_back({0, {}, {58, 0}});
+    report.pins.front().statistics.delivered = 58;
     return report;
 }
 
@@ -45,12 +46,13 @@ TEST(StreamReportTest, GoodRunHasNoProblems)
 TEST(StreamReportTest, EachThingThatIsNotAsItHasToBeIsAProblem)
 {
     void (*const faults[])(StreamReport &) = {
-        [](StreamReport &report) { OutputOf(report).summary.dropped = 1; },
+        [](StreamReport &report) { OutputOf(report).summary.lost = 1; },
         [](StreamReport &report) { OutputOf(report).summary.reordered = 1; },
         [](StreamReport &report) { OutputOf(report).summary.unexpected = 1; },
         [](StreamReport &report) { OutputOf(report).summary.framesOut = 0; },
         [](StreamReport &report) { OutputOf(report).attachments.confidenceMaps = 0; },
         [](StreamReport &report) { report.pins.front().statistics.failed = 1; },
+        [](StreamReport &report) { report.pins.front().statistics.delivered = 59; }, // one is in no column
         [](StreamReport &report) { report.stalled = true; },
         [](StreamReport &report) { report.leftovers.transformReferences = 1; },
         [](StreamReport &report) { report.leftovers.cameraReferences = 1; },
@@ -75,14 +77,14 @@ TEST(StreamReportTest, JsonCarriesTheNumbersAndSurvivesAnOddPath)
 {
     StreamReport report = GoodReport();
     report.source = "Z:\\not\xFFutf8";
-    OutputOf(report).summary.dropped = 2;
+    OutputOf(report).summary.lost = 2;
 
     const auto json = nlohmann::json::parse(report.ToJson());
     const auto &output = json["phases"][0]["outputs"][0];
     EXPECT_EQ(output["id"], 3);
     EXPECT_EQ(output["in"], 58);
-    EXPECT_EQ(output["dropped"], 2);
-    EXPECT_EQ(output["latencyMs"]["p99"], 1.25);
+    EXPECT_EQ(output["lost"], 2);
+    EXPECT_EQ(output["p99Ms"], 1.25);
     EXPECT_EQ(json["leftBehind"]["dllCanUnloadNow"], "S_OK");
     EXPECT_EQ(json["problems"].size(), 1U);
 }

@@ -49,7 +49,7 @@ TEST_F(StreamStatisticsTest, MissingFrameIsLostAndTheRestStaysInOrder)
     Out({10, 30});
 
     const StreamSummary summary = statistics.Summary();
-    EXPECT_EQ(summary.dropped, 1U);
+    EXPECT_EQ(summary.lost, 1U);
     EXPECT_EQ(summary.reordered, 0U);
     EXPECT_FALSE(summary.Complete());
 }
@@ -61,7 +61,7 @@ TEST_F(StreamStatisticsTest, LateFrameIsReorderedAndNotLost)
 
     const StreamSummary summary = statistics.Summary();
     EXPECT_EQ(summary.reordered, 2U);
-    EXPECT_EQ(summary.dropped, 0U);
+    EXPECT_EQ(summary.lost, 0U);
     EXPECT_FALSE(summary.Complete());
 }
 

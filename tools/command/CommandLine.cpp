@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <ostream>
 
+#include "tools/command/ParseErrorText.h"
+
 namespace tarn_host
 {
 
@@ -12,13 +14,8 @@ namespace
 {
 
 constexpr const char *kProgram = "tarn-host";
-constexpr const char *kExitCodes =
-    "Exit codes: 0 success, 1 run-time failure or lost or reordered frames, 2 wrong options or unusable input.";
-
-std::string FirstLine(const std::string &text)
-{
-    return text.substr(0, text.find('\n'));
-}
+constexpr const char *kExitCodes = "Exit codes: 0 success, 1 run-time failure or lost or reordered frames, 2 wrong "
+                                   "options or unusable input, 130 Ctrl-C.";
 
 } // namespace
 
@@ -63,7 +60,7 @@ ExitCode CommandLine::Run(std::vector<std::string> arguments, std::ostream &outp
     }
     catch (const CLI::ParseError &error)
     {
-        errors << kProgram << ": " << FirstLine(error.what()) << " (see --help)\n";
+        errors << kProgram << ": " << ParseErrorText(app, error) << " (see --help)\n";
         return ExitCode::Usage;
     }
     catch (const UsageError &error)

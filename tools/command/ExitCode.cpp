@@ -1,6 +1,8 @@
 #include "tools/command/ExitCode.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <iostream>
 
 namespace tarn_host
 {
@@ -25,6 +27,15 @@ void ThrowIfFailed(HRESULT result, const char *step)
     {
         throw HostError(step, result);
     }
+}
+
+void EndProcess(ExitCode code) noexcept
+{
+    std::cout.flush();
+    std::cerr.flush();
+    std::fflush(nullptr);
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
+    std::abort(); // not reached
 }
 
 } // namespace tarn_host

@@ -13,8 +13,9 @@ namespace tarn_host
 enum class ExitCode : int
 {
     Success = 0,
-    Failure = 1, // Something went wrong while running, or frames were lost or reordered.
-    Usage = 2    // A wrong option, or an input that is missing or unreadable.
+    Failure = 1,      // Something went wrong while running, or frames were lost or reordered.
+    Usage = 2,        // A wrong option, or an input that is missing or unreadable.
+    Interrupted = 130 // Ended by Ctrl-C, with the results so far.
 };
 
 // What the user asked for cannot be done. Ends the program with ExitCode::Usage and one line.
@@ -35,5 +36,9 @@ class HostError : public std::runtime_error
 
 // Throws HostError naming the step when `result` is a failure.
 void ThrowIfFailed(HRESULT result, const char *step);
+
+// Writes out what was printed and ends the process at once. The platform's worker threads end only some time after
+// MFShutdown, and one that runs into the process's own clean-up can crash or hang it (Wine 8 under load).
+[[noreturn]] void EndProcess(ExitCode code) noexcept;
 
 } // namespace tarn_host

@@ -48,10 +48,9 @@ DeviceTransformSession::~DeviceTransformSession()
     }
 }
 
-void DeviceTransformSession::Open(const CLSID &transformClass, IUnknown *cameraFilter)
+void DeviceTransformSession::Open(ComPtr<IMFDeviceTransform> freshTransform, IUnknown *cameraFilter)
 {
-    ThrowIfFailed(CoCreateInstance(transformClass, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&transform)),
-                  "creating the transform (is the module registered?)");
+    transform = std::move(freshTransform);
     ThrowIfFailed(transform.As(&events), "asking the transform for IMFMediaEventGenerator");
 
     ComPtr<IMFAttributes> attributes;
@@ -342,7 +341,7 @@ ULONG DeviceTransformSession::Close()
         {
             // The loop waits inside the transform and nothing can end it there, so the process has to.
             std::fprintf(stderr, "tarn-host: %s\n", HostError("shutting the transform down", result).what());
-            ExitProcess(static_cast<UINT>(ExitCode::Failure));
+            EndProcess(ExitCode::Failure);
         }
         eventLoop.join();
     }

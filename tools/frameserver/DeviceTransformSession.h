@@ -52,8 +52,8 @@ class DeviceTransformSession
     DeviceTransformSession(const DeviceTransformSession &) = delete;
     DeviceTransformSession &operator=(const DeviceTransformSession &) = delete;
 
-    // Creates the transform and initialises it over the camera filter. Throws HostError, also without the class.
-    void Open(const CLSID &transformClass, IUnknown *cameraFilter);
+    // Initialises the transform, fresh from its class, over the camera filter. Throws HostError.
+    void Open(ComPtr<IMFDeviceTransform> freshTransform, IUnknown *cameraFilter);
 
     const std::vector<DWORD> &InputIds() const noexcept
     {

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <array>
-#include <chrono>
 
 #include "tools/command/ExitCode.h"
 #include "tools/command/Text.h"
@@ -19,7 +18,6 @@ namespace
 using user_space_frameworks::UniqueHandle;
 
 constexpr DWORD kRegistrationLimitMs = 60'000;
-constexpr const wchar_t *kModuleName = L"tarn_dmft.dll";
 
 std::filesystem::path RegistrationTool()
 {
@@ -70,25 +68,12 @@ DWORD RunAndWait(std::wstring commandLine)
 
 void RegisterModule(const std::filesystem::path &module)
 {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(module, error))
-    {
-        throw UsageError("no module at " + ToText(module) + "; name it with --dll");
-    }
-    const std::filesystem::path absolute = std::filesystem::absolute(module);
-    const DWORD exitCode = RunAndWait(L"\"" + RegistrationTool().native() + L"\" /s \"" + absolute.native() + L"\"");
+    const DWORD exitCode = RunAndWait(L"\"" + RegistrationTool().native() + L"\" /s \"" + module.native() + L"\"");
     if (exitCode != 0)
     {
-        throw HostError("regsvr32 cannot register " + ToText(absolute) + ": " + Meaning(exitCode) + " (exit code " +
+        throw HostError("regsvr32 cannot register " + ToText(module) + ": " + Meaning(exitCode) + " (exit code " +
                         std::to_string(exitCode) + ")");
     }
-}
-
-std::filesystem::path DefaultModulePath()
-{
-    std::array<wchar_t, 1024> program{};
-    GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
-    return std::filesystem::path(program.data()).parent_path() / kModuleName;
 }
 
 } // namespace tarn_host

@@ -6,11 +6,8 @@
 namespace tarn_host
 {
 
-// Runs "regsvr32 /s" on the module and waits for it. Throws UsageError when there is no such file and HostError, saying
-// what to do, when the tool cannot be started or reports a failure.
+// Runs "regsvr32 /s" on the module, an absolute path, and waits for it. Throws HostError, saying what to do, when the
+// tool cannot be started or reports a failure.
 void RegisterModule(const std::filesystem::path &module);
-
-// The module beside this program; registered unless the user names another one.
-std::filesystem::path DefaultModulePath();
 
 } // namespace tarn_host

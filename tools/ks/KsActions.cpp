@@ -26,7 +26,7 @@ std::string Format(const char *format, Values... values)
 void AddControl(KsReport &report, const KsClient &client, const ExtensionControl &control)
 {
     const std::uint32_t size = client.Size(control);
-    Json row = {{"name", control.name}, {"id", control.id}, {"size", size}};
+    Json row = {{"control", control.name}, {"id", control.id}, {"size", size}};
     report.text += Format("%-22s  %3lu  %4lu", control.name.c_str(), control.id, static_cast<unsigned long>(size));
     if (size == 1)
     {
@@ -64,10 +64,17 @@ KsReport AskCommand(const KsClient &client, const FirmwareCommand &command, std:
                     {{"opcode", command.opcode}, {"answer", ToHex(answer)}}};
     if (command.opcode == HWmonitor_GetDeviceInfo)
     {
-        for (const auto &[name, value] : DecodeDeviceInfo(answer))
+        const Json info = DecodeDeviceInfo(answer);
+        for (const auto &[name, value] : info.items())
         {
-            report.text += Format("%-20s %s\n", name.c_str(), value.c_str());
-            report.json["deviceInfo"][name] = value;
+            const std::string text = value.is_string()    ? value.get<std::string>()
+                                     : value.is_boolean() ? (value.get<bool>() ? "checks" : "does not check")
+                                                          : value.dump();
+            report.text += Format("%-20s %s\n", name.c_str(), text.c_str());
+        }
+        if (!info.is_null())
+        {
+            report.json["deviceInfo"] = info;
         }
     }
     return report;

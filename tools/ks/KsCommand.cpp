@@ -5,7 +5,8 @@
 #include <iostream>
 
 #include "tools/command/Choice.h"
-#include "tools/frameserver/RegisterModule.h"
+#include "tools/command/ParseErrorText.h"
+#include "tools/runs/RunOptions.h"
 #include "tools/command/Text.h"
 
 namespace tarn_host
@@ -27,7 +28,7 @@ KsAction ReadAction(const std::string &text, TransformKind transform)
     }
     catch (const CLI::ParseError &error)
     {
-        throw UsageError("ks do: '" + text + "': " + error.what());
+        throw UsageError("ks do: '" + text + "': " + ParseErrorText(parser, error));
     }
     return line.Make(transform);
 }
@@ -47,7 +48,7 @@ void KsCommand::AddOptions(CLI::App &app)
                              {{"depth", TransformKind::Depth}, {"color", TransformKind::Color}},
                              "which transform of the module (default depth)");
     app.add_option("--dll", module, "the module (default: tarn_dmft.dll beside this program)")->type_name("PATH");
-    app.add_flag("--no-register", dontRegister, "use the module as it is registered already");
+    app.add_flag("--register", registerFirst, kRegisterHelp);
     app.add_flag("--json", json, "results as JSON");
     action.AddTo(app);
     CLI::App *const several =
@@ -58,7 +59,8 @@ void KsCommand::AddOptions(CLI::App &app)
 
 KsSessionOptions KsCommand::ReadOptions() const
 {
-    return {transform, module.empty() ? DefaultModulePath() : ToPath(module), !dontRegister};
+    return {transform, module.empty() ? DefaultModulePath() : ToPath(module),
+            registerFirst ? ModuleAccess::Registry : ModuleAccess::File};
 }
 
 std::vector<KsAction> KsCommand::ReadActions() const

@@ -46,7 +46,7 @@ class KsCommand final : public Command
     std::vector<std::string> actionTexts; // of "ks do"
     TransformKind transform = TransformKind::Depth;
     std::string module; // as typed
-    bool dontRegister = false;
+    bool registerFirst = false;
     bool json = false;
 };
 

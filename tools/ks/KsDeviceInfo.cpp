@@ -1,8 +1,8 @@
 #include "tools/ks/KsDeviceInfo.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "sim/CalibrationTable.h"
 #include "tarn/device_info.h"
@@ -28,16 +28,9 @@ std::string VersionText(const std::uint8_t (&version)[4])
            std::to_string(version[3]);
 }
 
-std::string Degrees(std::int16_t deciC)
-{
-    char text[16];
-    std::snprintf(text, sizeof(text), "%.1f", deciC / 10.0);
-    return text;
-}
-
 } // namespace
 
-std::vector<std::pair<std::string, std::string>> DecodeDeviceInfo(std::span<const std::uint8_t> answer)
+nlohmann::ordered_json DecodeDeviceInfo(std::span<const std::uint8_t> answer)
 {
     TARN_DEVICE_INFO info{};
     if (answer.size() < sizeof(info))
@@ -51,14 +44,14 @@ std::vector<std::pair<std::string, std::string>> DecodeDeviceInfo(std::span<cons
             {"serialNumber", Printable(info.serialNumber)},
             {"firmware", VersionText(info.firmwareVersion)},
             {"usbController", VersionText(info.controllerVersion)},
-            {"hardwareRevision", std::to_string(info.hardwareRevision)},
+            {"hardwareRevision", std::uint32_t{info.hardwareRevision}},
             {"sensorSerial", Printable(info.sensorSerial)},
             {"laserSerial", Printable(info.laserSerial)},
-            {"moduleState", std::to_string(info.moduleState)},
-            {"calibrationTime", std::to_string(info.calibrationTime)},
-            {"calibrationVersion", std::to_string(info.calibrationVersion)},
-            {"temperatureC", Degrees(info.temperatureDeciC)},
-            {"record", checks ? "checks" : "does not check"}};
+            {"moduleState", std::uint32_t{info.moduleState}},
+            {"calibrationTime", std::uint64_t{info.calibrationTime}},
+            {"calibrationVersion", std::uint32_t{info.calibrationVersion}},
+            {"temperatureC", info.temperatureDeciC / 10.0},
+            {"record", checks}};
 }
 
 } // namespace tarn_host

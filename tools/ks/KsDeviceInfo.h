@@ -3,15 +3,14 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
-#include <utility>
-#include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace tarn_host
 {
 
-// Names and values in the record's order, the outcome of its checksum at the end. Texts are printable ASCII, whatever
-// the camera sent. Empty when `answer` is shorter than the record.
-std::vector<std::pair<std::string, std::string>> DecodeDeviceInfo(std::span<const std::uint8_t> answer);
+// An object in the record's order; "record" at its end is true when size and checksum are right. Texts are printable
+// ASCII, whatever the camera sent. Null when `answer` is shorter than the record.
+nlohmann::ordered_json DecodeDeviceInfo(std::span<const std::uint8_t> answer);
 
 } // namespace tarn_host

@@ -4,7 +4,6 @@
 #include "tools/frameserver/DeviceTransformSession.h"
 #include "tools/command/ExitCode.h"
 #include "tools/frameserver/PlatformSession.h"
-#include "tools/frameserver/RegisterModule.h"
 
 namespace tarn_host
 {
@@ -34,16 +33,13 @@ class PinDriver final : public SessionListener
 void RunOverModule(const KsSessionOptions &options, const std::function<void(const KsClient &)> &use)
 {
     const PlatformSession platform;
-    if (options.registerModule)
-    {
-        RegisterModule(options.module);
-    }
+    const LoadedModule module(options.module, options.moduleAccess);
     const auto camera = user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(
         options.transform == TransformKind::Depth ? tarn_sim::CameraConfiguration::TarnDepth()
                                                   : tarn_sim::CameraConfiguration::TarnColor());
     PinDriver pins(*camera.Get());
     DeviceTransformSession session(pins);
-    session.Open(ClassOf(options.transform), static_cast<IMFTransform *>(camera.Get()));
+    session.Open(module.Create(ClassOf(options.transform)), static_cast<IMFTransform *>(camera.Get()));
     use(KsClient(session.KsControl()));
     if (const std::optional<std::string> failure = session.Failure())
     {

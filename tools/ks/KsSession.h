@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "tools/ks/KsClient.h"
+#include "tools/frameserver/LoadedModule.h"
 
 namespace tarn_host
 {
@@ -14,7 +15,7 @@ struct KsSessionOptions
 {
     TransformKind transform = TransformKind::Depth;
     std::filesystem::path module;
-    bool registerModule = true;
+    ModuleAccess moduleAccess = ModuleAccess::File;
 };
 
 // Has `use` make its calls while camera and transform live, then takes both down. Throws UsageError and HostError, also

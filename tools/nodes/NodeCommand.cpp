@@ -7,8 +7,7 @@
 #include <iostream>
 
 #include "sim/PngImage.h"
-#include "tools/pictures/FalseColour.h"
-#include "tools/pictures/LevelRange.h"
+#include "tools/pictures/LevelScale.h"
 #include "tools/nodes/NodeChain.h"
 #include "tools/pictures/Picture.h"
 #include "tools/frameserver/PlatformSession.h"
@@ -121,13 +120,12 @@ void NodeCommand::Save(const ImageFrame &frame, const std::filesystem::path &pat
     whole.levels = frame.levels;
     if (grey)
     {
-        const std::uint32_t white = std::max(LevelRange::OfGrey({whole}).high, 1u);
+        const std::uint32_t white = LevelRange::Of(PixelKind::Grey16, {whole}).high;
         SavePicture(frame, path, [white](std::uint16_t level) { return Grey(level * 255u / white); });
         return;
     }
-    const LevelRange range = LevelRange::OfDepth({whole});
-    const FalseColour colours(range.low, range.high);
-    SavePicture(frame, path, [&](std::uint16_t level) { return colours.Of(level); });
+    const LevelScale scale(PixelKind::Depth16, {whole});
+    SavePicture(frame, path, [&](std::uint16_t level) { return scale.ColourOf(level); });
 }
 
 } // namespace tarn_host

@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iostream>
+#include <map>
 
-#include "tools/pictures/FalseColour.h"
-#include "tools/pictures/LevelRange.h"
+#include "tools/command/ExitCode.h"
+#include "tools/pictures/LevelScale.h"
+#include "tools/runs/RunOptions.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -12,24 +16,15 @@ namespace tarn_host
 namespace
 {
 
+using Scales = std::map<PixelKind, LevelScale>;
+
 constexpr Rgb kPaper{250, 250, 248};
 constexpr Rgb kInk{20, 20, 20};
 constexpr std::size_t kGap = 12;
 constexpr std::size_t kColumns = 4;
 constexpr std::size_t kLine = 28; // Height of a line of text at kTextScale.
 constexpr std::size_t kTextScale = 2;
-constexpr std::size_t kScaleHeight = 56; // Bar, ticks and their labels.
-constexpr std::size_t kBarHeight = 20;
-constexpr std::size_t kBarWidth = 800;
 constexpr std::size_t kSheetWidth = kColumns * kThumbnailWidth + (kColumns + 1) * kGap;
-
-template <class... Values>
-std::string Format(const char *format, Values... values)
-{
-    char text[160];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
 
 std::size_t RowsOf(const ContactSheetSection &section)
 {
@@ -48,92 +43,66 @@ std::size_t TileHeight(const ContactSheetSection &section)
 
 std::size_t SectionHeight(const ContactSheetSection &section)
 {
-    return kLine + kScaleHeight + RowsOf(section) * (TileHeight(section) + kLine + kGap);
+    return kLine + RowsOf(section) * (TileHeight(section) + kLine + kGap);
 }
 
-bool ShowsDepth(const ContactSheetSection &section)
+// One for each kind of levels on the whole sheet.
+Scales MakeScales(const std::vector<ContactSheetSection> &sections)
 {
-    return !section.frames.empty() && section.frames.front().pixels == PixelKind::Depth16;
-}
-
-void DrawDepthScale(Picture &sheet, std::size_t top, const FalseColour &colours)
-{
-    constexpr std::size_t kTicks = 6;
-    for (std::size_t i = 0; i < kBarWidth; ++i)
+    std::map<PixelKind, std::vector<Thumbnail>> framesOf;
+    for (const ContactSheetSection &section : sections)
     {
-        const Rgb colour = FalseColour::AtPosition(static_cast<double>(i) / (kBarWidth - 1));
-        sheet.Fill(kGap + i, top, 1, kBarHeight, colour);
+        for (const Thumbnail &frame : section.frames)
+        {
+            if (!frame.levels.empty())
+            {
+                framesOf[frame.pixels].push_back(frame);
+            }
+        }
     }
-    for (std::size_t i = 0; i < kTicks; ++i)
+    Scales scales;
+    for (const auto &[pixels, frames] : framesOf)
     {
-        const double share = static_cast<double>(i) / (kTicks - 1);
-        const double metres = colours.NearMetres() + share * (colours.FarMetres() - colours.NearMetres());
-        const std::size_t x = kGap + static_cast<std::size_t>(share * (kBarWidth - 2));
-        sheet.Fill(x, top, 2, kBarHeight + 6, kInk);
-        sheet.Write(x, top + kBarHeight + 8, Format("%.2f m", metres), kTextScale, kInk);
+        scales.try_emplace(pixels, pixels, frames);
     }
-    const std::size_t legend = kGap + kBarWidth + 120;
-    sheet.Fill(legend, top, kBarHeight, kBarHeight, kNoMeasurementColour);
-    sheet.Write(legend + kBarHeight + 8, top + 2, "no measurement", kTextScale, kInk);
+    return scales;
 }
 
-Rgb Grey(std::uint16_t level, const LevelRange &range)
+std::string CaptionOf(const Thumbnail &frame, std::int64_t startTime100ns)
 {
-    const auto shade = static_cast<std::uint8_t>(std::min<std::uint32_t>(level * 255U / range.high, 255));
-    return {shade, shade, shade};
+    char text[64];
+    std::snprintf(text, sizeof text, "#%llu  %.3f s%s", static_cast<unsigned long long>(frame.frameNumber),
+                  static_cast<double>(frame.sampleTime100ns - startTime100ns) / 1e7,
+                  !frame.isLit   ? ""
+                  : *frame.isLit ? "  lit"
+                                 : "  unlit");
+    return text;
 }
 
-void DrawFrame(Picture &sheet, std::size_t left, std::size_t top, const Thumbnail &frame, std::int64_t startTime100ns,
-               const FalseColour &colours, const LevelRange &grey)
+void DrawFrame(Picture &sheet, std::size_t left, std::size_t top, const Thumbnail &frame, const Scales &scales)
 {
+    const LevelScale *const scale = frame.levels.empty() ? nullptr : &scales.at(frame.pixels);
     for (std::size_t i = 0; i < frame.width * frame.height; ++i)
     {
-        Rgb colour;
-        if (frame.pixels == PixelKind::Depth16)
-        {
-            colour = colours.Of(frame.levels[i]);
-        }
-        else
-        {
-            colour = frame.levels.empty() ? frame.colours[i] : Grey(frame.levels[i], grey);
-        }
-        sheet.Set(left + i % frame.width, top + i / frame.width, colour);
+        sheet.Set(left + i % frame.width, top + i / frame.width,
+                  scale == nullptr ? frame.colours[i] : scale->ColourOf(frame.levels[i]));
     }
-    const std::string caption = Format("#%llu  %.3f s", static_cast<unsigned long long>(frame.frameNumber),
-                                       static_cast<double>(frame.sampleTime100ns - startTime100ns) / 1e7);
-    sheet.Write(left, top + frame.height + 6, caption, kTextScale, kInk);
 }
 
-void DrawSection(Picture &sheet, std::size_t top, const ContactSheetSection &section)
+void DrawSection(Picture &sheet, std::size_t top, const ContactSheetSection &section, const Scales &scales)
 {
     sheet.Write(kGap, top, section.title, kTextScale, kInk);
     top += kLine;
-
-    LevelRange depthRange;
-    LevelRange greyRange{0, 255};
-    if (ShowsDepth(section))
-    {
-        depthRange = LevelRange::OfDepth(section.frames);
-    }
-    else if (!section.frames.empty() && section.frames.front().colours.empty())
-    {
-        greyRange = LevelRange::OfGrey(section.frames);
-        sheet.Write(kGap, top, Format("black 0, white %u", static_cast<unsigned>(greyRange.high)), kTextScale, kInk);
-    }
-    const FalseColour colours(depthRange.low, depthRange.high);
-    if (ShowsDepth(section))
-    {
-        DrawDepthScale(sheet, top, colours);
-    }
-    top += kScaleHeight;
-
     // Sample times count from somewhere in the past; people read time since the first frame.
     const std::int64_t startTime = section.frames.empty() ? 0 : section.frames.front().sampleTime100ns;
     const std::size_t rowHeight = TileHeight(section) + kLine + kGap;
     for (std::size_t i = 0; i < section.frames.size(); ++i)
     {
+        const Thumbnail &frame = section.frames[i];
         const std::size_t left = kGap + i % kColumns * (kThumbnailWidth + kGap);
-        DrawFrame(sheet, left, top + i / kColumns * rowHeight, section.frames[i], startTime, colours, greyRange);
+        const std::size_t rowTop = top + i / kColumns * rowHeight;
+        DrawFrame(sheet, left, rowTop, frame, scales);
+        sheet.Write(left, rowTop + frame.height + 6, CaptionOf(frame, startTime), kTextScale, kInk);
     }
 }
 
@@ -141,20 +110,44 @@ void DrawSection(Picture &sheet, std::size_t top, const ContactSheetSection &sec
 
 Picture DrawContactSheet(const std::string &title, const std::vector<ContactSheetSection> &sections)
 {
-    std::size_t height = kGap + kLine;
+    const Scales scales = MakeScales(sections);
+    std::size_t height = kGap + kLine + kGap + scales.size() * (LevelScale::kHeight + kGap) + kGap;
     for (const ContactSheetSection &section : sections)
     {
         height += SectionHeight(section) + kGap;
     }
     Picture sheet(kSheetWidth, height, kPaper);
     sheet.Write(kGap, kGap, title, kTextScale, kInk);
-    std::size_t top = kGap + kLine;
+    std::size_t top = kGap + kLine + kGap;
+    for (const auto &one : scales)
+    {
+        one.second.Draw(sheet, kGap, top);
+        top += LevelScale::kHeight + kGap;
+    }
+    top += kGap;
     for (const ContactSheetSection &section : sections)
     {
-        DrawSection(sheet, top, section);
+        DrawSection(sheet, top, section, scales);
         top += SectionHeight(section) + kGap;
     }
     return sheet;
+}
+
+void SaveContactSheet(const std::filesystem::path &folder, const std::string &title,
+                      const std::vector<ContactSheetSection> &sections)
+{
+    const std::filesystem::path picture = folder / kPictureName;
+    std::filesystem::path unfinished = picture;
+    unfinished += ".part";
+    DrawContactSheet(title, sections).SavePng(unfinished);
+    std::error_code error;
+    std::filesystem::rename(unfinished, picture, error);
+    if (error)
+    {
+        std::filesystem::remove(unfinished, error);
+        throw HostError("cannot write " + ToText(picture));
+    }
+    std::cerr << "picture: " << ToText(picture) << '\n';
 }
 
 } // namespace tarn_host

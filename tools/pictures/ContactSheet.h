@@ -1,6 +1,7 @@
-// One picture with a few frames of each output: depth in false colour with a scale, infrared in grey, captions.
+// One picture with a few frames of each output: depth in false colour, infrared in grey, scales and captions.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,13 @@ struct ContactSheetSection
     std::vector<Thumbnail> frames; // All of one stream.
 };
 
-// Lays the sections out below each other; all frames of a section share one range of depths or grey levels.
+// Lays the sections out below each other. All frames of a kind share one scale, drawn at the top.
 Picture DrawContactSheet(const std::string &title, const std::vector<ContactSheetSection> &sections);
+
+// Draws the sheet, puts it in the place of an earlier one in the folder and tells its path on stderr. Throws HostError
+// and leaves the earlier one when it cannot be written.
+void SaveContactSheet(const std::filesystem::path &folder, const std::string &title,
+                      const std::vector<ContactSheetSection> &sections);
 
 inline constexpr std::size_t kThumbnailsPerSection = 12;
 

@@ -5,6 +5,26 @@
 namespace tarn_host
 {
 
+namespace
+{
+
+// The first and the last and what lies evenly between.
+std::vector<Thumbnail> Spread(const std::vector<Thumbnail> &frames, std::size_t count)
+{
+    if (frames.size() <= count || count <= 1)
+    {
+        return {frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(std::min(frames.size(), count))};
+    }
+    std::vector<Thumbnail> selection;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        selection.push_back(frames[i * (frames.size() - 1) / (count - 1)]);
+    }
+    return selection;
+}
+
+} // namespace
+
 FrameGallery::FrameGallery(std::size_t framesToShow) : shown(std::max<std::size_t>(framesToShow, 1)) {}
 
 bool FrameGallery::Wants(std::uint64_t frameNumber) const noexcept
@@ -15,25 +35,30 @@ bool FrameGallery::Wants(std::uint64_t frameNumber) const noexcept
 void FrameGallery::Keep(Thumbnail thumbnail)
 {
     held.push_back(std::move(thumbnail));
-    if (held.size() < shown * 2)
+    if (held.size() < shown * 3)
     {
         return;
     }
-    step *= 2;
+    step *= 3;
     std::erase_if(held, [this](const Thumbnail &one) { return !Wants(one.frameNumber); });
 }
 
 std::vector<Thumbnail> FrameGallery::Selection() const
 {
-    if (held.size() <= shown || shown == 1)
+    std::vector<Thumbnail> unlit;
+    std::vector<Thumbnail> others;
+    for (const Thumbnail &one : held)
     {
-        return {held.begin(), held.begin() + static_cast<std::ptrdiff_t>(std::min(held.size(), shown))};
+        (one.isLit.value_or(true) ? others : unlit).push_back(one);
     }
-    std::vector<Thumbnail> selection;
-    for (std::size_t i = 0; i < shown; ++i)
+    if (unlit.empty() || others.empty() || shown == 1)
     {
-        selection.push_back(held[i * (held.size() - 1) / (shown - 1)]);
+        return Spread(held, shown);
     }
+    std::vector<Thumbnail> selection = Spread(others, shown - shown / 2);
+    const std::vector<Thumbnail> half = Spread(unlit, shown / 2);
+    selection.insert(selection.end(), half.begin(), half.end());
+    std::ranges::sort(selection, {}, &Thumbnail::frameNumber);
     return selection;
 }
 

@@ -20,12 +20,15 @@ class FrameGallery
     bool Wants(std::uint64_t frameNumber) const noexcept;
     void Keep(Thumbnail thumbnail);
 
-    // At most the asked number of frames, first and last kept ones among them, in order.
+    // At most the asked number of frames, spread over those that were kept, in order. When the laser lit some and not
+    // others, half of each.
     std::vector<Thumbnail> Selection() const;
 
   private:
     std::size_t shown;
-    std::uint64_t step = 1; // Doubles whenever twice as many frames are held as are shown.
+    // Threefold whenever three times as many frames are held as are shown: odd, so that of two kinds of frames that
+    // alternate both are kept.
+    std::uint64_t step = 1;
     std::vector<Thumbnail> held;
 };
 

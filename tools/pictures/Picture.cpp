@@ -20,10 +20,21 @@ namespace
 
 static_assert(sizeof(Rgb) == 3, "rows go to the PNG writer as they are");
 
-// The font library takes a writable string although it only reads it.
+// The font has the printable ASCII characters alone, and looks for others outside its table: each becomes a '?'. The
+// library takes a writable string although it only reads it.
 std::vector<char> Writable(const std::string &text)
 {
-    return {text.c_str(), text.c_str() + text.size() + 1};
+    std::vector<char> writable;
+    for (const char c : text)
+    {
+        const bool continuesOne = (static_cast<unsigned char>(c) & 0xC0U) == 0x80; // of a character in UTF-8
+        if (!continuesOne)
+        {
+            writable.push_back(c >= ' ' && c <= '~' ? c : '?');
+        }
+    }
+    writable.push_back('\0');
+    return writable;
 }
 
 struct FontVertex

@@ -22,6 +22,7 @@ struct Thumbnail
     std::size_t height = 0;
     std::int64_t sampleTime100ns = 0;
     std::uint64_t frameNumber = 0;
+    std::optional<bool> isLit; // by the laser; empty when the frame does not say
     PixelKind pixels = PixelKind::Unknown;
     std::vector<std::uint16_t> levels; // Depth or grey; empty for colour.
     std::vector<Rgb> colours;          // Empty unless the frame is in colour.

@@ -4,12 +4,13 @@
 
 #include <algorithm>
 #include <iostream>
+#include <numeric>
 
 #include "tools/pictures/ContactSheet.h"
 #include "tools/runs/DemoScenarios.h"
+#include "tools/command/Interruption.h"
 #include "tools/frameserver/PlatformSession.h"
 #include "tools/runs/ScenarioPlayer.h"
-#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -18,6 +19,13 @@ namespace
 {
 
 constexpr std::size_t kFramesShown = 4; // of each section, a row of the sheet
+
+std::size_t PhaseCount(const std::vector<DemoScenario> &demos)
+{
+    return std::accumulate(demos.begin(), demos.end(), std::size_t{0}, [](std::size_t count, const DemoScenario &demo) {
+        return count + demo.scenario.phases.size();
+    });
+}
 
 void AddSections(std::vector<ContactSheetSection> &sections, const DemoScenario &demo,
                  const std::vector<PhasePictures> &pictures)
@@ -51,12 +59,17 @@ ExitCode DemoCommand::Run()
     std::vector<ContactSheetSection> sections;
     std::string source;
     std::size_t good = 0;
+    bool interrupted = false;
     const std::vector<DemoScenario> demos = DemoScenarios();
-    for (std::size_t i = 0; i < demos.size(); ++i)
+    const Interruption interruption;
+    ProgressLine progress(options.quiet, PhaseCount(demos));
+    for (std::size_t i = 0; i < demos.size() && !interrupted; ++i)
     {
-        const PlayedScenario played = Play(demos[i].scenario, options);
+        const PlayedScenario played = Play(demos[i].scenario, options, progress);
+        progress.Pause();
+        interrupted = played.report.interrupted;
         source = played.report.source;
-        good += played.report.Problems().empty() ? 1 : 0;
+        good += !interrupted && played.report.Problems().empty() ? 1 : 0;
         AddSections(sections, demos[i], played.pictures);
         if (options.json)
         {
@@ -78,13 +91,19 @@ ExitCode DemoCommand::Run()
         StreamReport::WriteLegend(std::cout);
         std::cout << good << " of " << demos.size() << " scenarios without a fault\n";
     }
+    if (interrupted)
+    {
+        return ExitCode::Interrupted;
+    }
+    if (good != demos.size())
+    {
+        return ExitCode::Failure;
+    }
     if (!options.outFolder.empty())
     {
-        const std::filesystem::path picture = options.outFolder / kPictureName;
-        DrawContactSheet("Tarn depth camera, " + source, sections).SavePng(picture);
-        std::cerr << "picture: " << ToText(picture) << '\n';
+        SaveContactSheet(options.outFolder, "Tarn depth camera, " + source, sections);
     }
-    return good == demos.size() ? ExitCode::Success : ExitCode::Failure;
+    return ExitCode::Success;
 }
 
 } // namespace tarn_host

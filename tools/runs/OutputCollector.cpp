@@ -23,6 +23,12 @@ void OutputCollector::FrameRefused()
     statistics.FrameRefused();
 }
 
+void OutputCollector::FramesBetween(std::uint64_t count)
+{
+    const std::scoped_lock hold(lock);
+    statistics.FramesBetween(count);
+}
+
 bool OutputCollector::Expects(std::int64_t sampleTime100ns) const
 {
     const std::scoped_lock hold(lock);
@@ -56,22 +62,23 @@ bool OutputCollector::WantsPixels(std::uint64_t frameNumber) const
 
 void OutputCollector::Keep(std::uint64_t frameNumber, const LockedFrame &frame, const SampleDetails &details)
 {
-    KeepIn(gallery, frame.Bytes(), format, frameNumber, details.time100ns);
+    KeepIn(gallery, frame.Bytes(), format, frameNumber, details);
     if (!details.confidence.empty())
     {
         FrameFormat mapFormat = format;
         mapFormat.pixels = PixelKind::Confidence8;
-        KeepIn(maps, std::as_bytes(std::span(details.confidence)), mapFormat, frameNumber, details.time100ns);
+        KeepIn(maps, std::as_bytes(std::span(details.confidence)), mapFormat, frameNumber, details);
     }
 }
 
 void OutputCollector::KeepIn(FrameGallery &kept, std::span<const std::byte> pixels, const FrameFormat &pixelFormat,
-                             std::uint64_t frameNumber, std::int64_t sampleTime100ns)
+                             std::uint64_t frameNumber, const SampleDetails &details)
 {
     auto thumbnail = Thumbnail::Of(pixels, pixelFormat, kThumbnailWidth);
     if (thumbnail)
     {
-        thumbnail->sampleTime100ns = sampleTime100ns;
+        thumbnail->sampleTime100ns = details.time100ns;
+        thumbnail->isLit = details.isIlluminated;
         thumbnail->frameNumber = frameNumber;
         const std::scoped_lock hold(lock);
         kept.Keep(std::move(*thumbnail));

@@ -43,6 +43,8 @@ class OutputCollector
 
     void FrameIn(IMFSample &sample);
     void FrameRefused();
+    // So many came while the output was started or restarted.
+    void FramesBetween(std::uint64_t count);
     // A frame of this time went in and has not come out.
     bool Expects(std::int64_t sampleTime100ns) const;
     // The output has been stopped or restarted: what is still on its way need not come out.
@@ -64,7 +66,7 @@ class OutputCollector
 
   private:
     void KeepIn(FrameGallery &kept, std::span<const std::byte> pixels, const FrameFormat &pixelFormat,
-                std::uint64_t frameNumber, std::int64_t sampleTime100ns);
+                std::uint64_t frameNumber, const SampleDetails &details);
 
     const DWORD id;
     const FrameFormat format;

@@ -1,6 +1,7 @@
 #include "tools/runs/PhaseBooks.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tools/command/ExitCode.h"
 
@@ -16,7 +17,7 @@ void PhaseBooks::BeginChange(bool restartsAll, std::span<const DWORD> stopped)
         if (restartsAll || std::find(stopped.begin(), stopped.end(), id) != stopped.end())
         {
             output.stretch->collector.CutOff();
-            output.stretch = nullptr;
+            output.former = std::exchange(output.stretch, nullptr);
         }
     }
 }
@@ -24,13 +25,24 @@ void PhaseBooks::BeginChange(bool restartsAll, std::span<const DWORD> stopped)
 void PhaseBooks::Remove(DWORD outputId)
 {
     const std::scoped_lock hold(lock);
-    running.erase(outputId);
+    const auto output = running.find(outputId);
+    if (output != running.end())
+    {
+        if (output->second.former != nullptr)
+        {
+            output->second.former->collector.FramesBetween(output->second.betweenCount);
+        }
+        running.erase(output);
+    }
 }
 
 void PhaseBooks::Add(DWORD outputId, DWORD inputId, const FrameFormat &format)
 {
     const std::scoped_lock hold(lock);
-    running.insert_or_assign(outputId, RunningOutput{inputId, format, nullptr, {}});
+    RunningOutput &output = running[outputId];
+    output.inputId = inputId;
+    output.format = format;
+    output.stretch = nullptr;
 }
 
 void PhaseBooks::Begin(DWORD outputId, std::size_t phase, bool confidenceMapIsOn)
@@ -57,6 +69,7 @@ void PhaseBooks::BeginLocked(DWORD outputId, RunningOutput &output, std::size_t 
     stretches.emplace_back(
         new Stretch{phase, confidenceMapIsOn, OutputCollector(outputId, output.format, framesToShow)});
     output.stretch = stretches.back().get();
+    output.stretch->collector.FramesBetween(std::exchange(output.betweenCount, 0));
 }
 
 std::vector<OutputCollector *> PhaseBooks::FrameIn(DWORD inputId, IMFSample &sample)
@@ -75,19 +88,33 @@ std::vector<OutputCollector *> PhaseBooks::FrameIn(DWORD inputId, IMFSample &sam
         else if (output.inputId == inputId)
         {
             output.between.insert(time);
+            ++output.betweenCount;
         }
     }
+    ++(enteredIn.empty() ? inputs[inputId].between : inputs[inputId].in);
     return enteredIn;
 }
 
-bool PhaseBooks::FrameRefused(const std::vector<OutputCollector *> &enteredIn)
+bool PhaseBooks::FrameRefused(DWORD inputId, const std::vector<OutputCollector *> &enteredIn)
 {
     for (OutputCollector *const collector : enteredIn)
     {
         collector->FrameRefused();
     }
     const std::scoped_lock hold(lock);
+    if (!enteredIn.empty())
+    {
+        --inputs[inputId].in;
+        ++inputs[inputId].between;
+    }
     return isChanging;
+}
+
+PhaseBooks::InputFrames PhaseBooks::FramesOf(DWORD inputId) const
+{
+    const std::scoped_lock hold(lock);
+    const auto found = inputs.find(inputId);
+    return found == inputs.end() ? InputFrames{} : found->second;
 }
 
 OutputCollector *PhaseBooks::CollectorOf(DWORD outputId, const SampleDetails &details)

@@ -45,10 +45,18 @@ class PhaseBooks
     // The collectors in whose books the frame was entered.
     std::vector<OutputCollector *> FrameIn(DWORD inputId, IMFSample &sample);
     // Takes it out again; false when no frame may be refused now.
-    bool FrameRefused(const std::vector<OutputCollector *> &enteredIn);
+    bool FrameRefused(DWORD inputId, const std::vector<OutputCollector *> &enteredIn);
     // The collector that the frame belongs to; null for one that came while its output was restarted. Throws HostError
     // for an output that never ran.
     OutputCollector *CollectorOf(DWORD outputId, const SampleDetails &details);
+
+    // What became of the frames of one camera pin: their sum is what it delivered.
+    struct InputFrames
+    {
+        std::uint64_t in = 0;      // into the books of at least one output
+        std::uint64_t between = 0; // came, or were refused, while outputs were started or stopped
+    };
+    InputFrames FramesOf(DWORD inputId) const;
 
     // Every running output was given so many frames in its present stretch.
     bool AllHaveFramesIn(std::uint64_t count) const;
@@ -62,10 +70,12 @@ class PhaseBooks
   private:
     struct RunningOutput
     {
-        DWORD inputId;
+        DWORD inputId = 0;
         FrameFormat format;
         Stretch *stretch = nullptr;     // null while the output is being restarted
-        std::set<std::int64_t> between; // sample times of frames that came meanwhile
+        Stretch *former = nullptr;      // the one before
+        std::set<std::int64_t> between; // sample times of frames that came meanwhile and have not come out
+        std::uint64_t betweenCount = 0; // of those that belong to no stretch's books yet
     };
     void BeginLocked(DWORD outputId, RunningOutput &output, std::size_t phase, bool confidenceMapIsOn);
 
@@ -73,6 +83,7 @@ class PhaseBooks
     mutable std::mutex lock;
     std::vector<std::unique_ptr<Stretch>> stretches; // guarded by lock; what they hold stays where it is
     std::map<DWORD, RunningOutput> running;          // guarded by lock
+    std::map<DWORD, InputFrames> inputs;             // guarded by lock
     bool isChanging = false;                         // guarded by lock
 };
 

@@ -2,7 +2,6 @@
 
 #include "tools/command/Choice.h"
 #include "tools/command/ExitCode.h"
-#include "tools/frameserver/RegisterModule.h"
 #include "tools/command/Text.h"
 
 namespace tarn_host
@@ -30,7 +29,7 @@ void RunOptionsLine::AddTo(CLI::App &app)
     app.add_option("--out", outFolder, std::string("folder for ") + kPictureName + " (default: no picture)")
         ->type_name("DIR");
     app.add_option("--dll", module, "the module (default: tarn_dmft.dll beside this program)")->type_name("PATH");
-    app.add_flag("--no-register", dontRegister, "use the module as it is registered already");
+    app.add_flag("--register", registerFirst, kRegisterHelp);
     app.add_flag("--json", options.json, "result as JSON on stdout instead of a table");
     app.add_flag("--quiet", options.quiet, "no progress on stderr");
 }
@@ -38,7 +37,7 @@ void RunOptionsLine::AddTo(CLI::App &app)
 RunOptions RunOptionsLine::Read() const
 {
     RunOptions read = options;
-    read.registerModule = !dontRegister;
+    read.moduleAccess = registerFirst ? ModuleAccess::Registry : ModuleAccess::File;
     read.module = module.empty() ? DefaultModulePath() : ToPath(module);
     if (!frames.empty())
     {

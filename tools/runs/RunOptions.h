@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/frameserver/DeviceTransformSession.h"
+#include "tools/frameserver/LoadedModule.h"
 
 namespace CLI
 {
@@ -24,7 +25,7 @@ enum class Pace
 struct RunOptions
 {
     std::filesystem::path module;
-    bool registerModule = true;
+    ModuleAccess moduleAccess = ModuleAccess::File;
     std::filesystem::path frames; // Empty: the built-in scene.
     Pace pace = Pace::RealTime;
     std::filesystem::path outFolder; // Empty: no files.
@@ -48,9 +49,10 @@ class RunOptionsLine
     std::string module;
     std::string frames;
     std::string outFolder;
-    bool dontRegister = false;
+    bool registerFirst = false;
 };
 
 inline constexpr const char *kPictureName = "contact-sheet.png";
+inline constexpr const char *kRegisterHelp = "register the module (system-wide) and have COM find it";
 
 } // namespace tarn_host

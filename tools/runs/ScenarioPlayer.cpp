@@ -1,25 +1,19 @@
 #include "tools/runs/ScenarioPlayer.h"
 
 #include "tools/frameserver/LoadedModule.h"
-#include "tools/frameserver/RegisterModule.h"
 #include "tools/command/Text.h"
 
 namespace tarn_host
 {
 
-PlayedScenario Play(const Scenario &scenario, const RunOptions &options)
+PlayedScenario Play(const Scenario &scenario, const RunOptions &options, ProgressLine &progress)
 {
-    if (options.registerModule)
-    {
-        RegisterModule(options.module);
-    }
-    const LoadedModule loaded(options.module);
-    StreamRun run(scenario, options);
-    PlayedScenario played{run.Run(), run.Pictures()};
-    played.report.module = ToText(loaded.LoadedFrom());
-    played.report.leftovers.canUnload = loaded.CanUnloadNow();
-    CoFreeUnusedLibrariesEx(0, 0);
-    played.report.leftovers.unloaded = !loaded.IsLoaded();
+    LoadedModule module(options.module, options.moduleAccess);
+    StreamRun run(scenario, options, progress);
+    PlayedScenario played{run.Run(module), run.Pictures()};
+    played.report.module = ToText(module.LoadedFrom());
+    played.report.leftovers.canUnload = module.CanUnloadNow();
+    played.report.leftovers.unloaded = module.Unload();
     return played;
 }
 

@@ -1,8 +1,9 @@
-// Plays a scenario with the registered module and looks at what is left afterwards.
+// Plays a scenario with the module and looks at what is left afterwards.
 #pragma once
 
 #include <vector>
 
+#include "tools/command/ProgressLine.h"
 #include "tools/runs/RunOptions.h"
 #include "tools/runs/Scenario.h"
 #include "tools/runs/StreamReport.h"
@@ -17,7 +18,7 @@ struct PlayedScenario
     std::vector<PhasePictures> pictures;
 };
 
-// Registers the module first if the options say so. Needs a PlatformSession; throws as StreamRun::Run.
-PlayedScenario Play(const Scenario &scenario, const RunOptions &options);
+// Needs a PlatformSession; throws as LoadedModule and StreamRun::Run.
+PlayedScenario Play(const Scenario &scenario, const RunOptions &options, ProgressLine &progress);
 
 } // namespace tarn_host

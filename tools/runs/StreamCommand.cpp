@@ -6,9 +6,9 @@
 
 #include "tools/command/Choice.h"
 #include "tools/pictures/ContactSheet.h"
+#include "tools/command/Interruption.h"
 #include "tools/frameserver/PlatformSession.h"
 #include "tools/runs/ScenarioPlayer.h"
-#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -17,8 +17,24 @@ namespace
 {
 
 constexpr double kLongestSeconds = 86'400;
-constexpr VideoSize kFaceLoginSize{360, 360, 60};
+constexpr VideoSize kFaceLogin{360, 360, 60};
 constexpr const char *kSizeHelp = "WxH@FPS";
+
+// A text that is no size names its option, also when that option had no value and took the next word for it.
+void AddSize(CLI::App &app, const std::string &name, std::optional<VideoSize> &size, const std::string &help)
+{
+    const auto parse = [&size, name](const std::string &text) {
+        try
+        {
+            size = VideoSize::Parse(text);
+        }
+        catch (const UsageError &error)
+        {
+            throw CLI::ValidationError(name, error.what());
+        }
+    };
+    app.add_option_function<std::string>(name, parse, help)->type_name(kSizeHelp);
+}
 
 std::vector<ContactSheetSection> SectionsOf(const std::vector<PhasePictures> &pictures)
 {
@@ -41,11 +57,9 @@ void StreamCommand::AddOptions(CLI::App &app)
     AddChoice<TransformKind>(app, "--transform", transform,
                              {{"depth", TransformKind::Depth}, {"color", TransformKind::Color}},
                              "which transform of the module (default depth)");
-    app.add_option("--depth", depth, "run the depth output (the default, at the first type offered)")
-        ->type_name(kSizeHelp);
-    app.add_option("--ir", infrared, "run the infrared output, alone or beside --depth")->type_name(kSizeHelp);
-    app.add_option("--color", color, "type of the color output (default: the first type offered)")
-        ->type_name(kSizeHelp);
+    AddSize(app, "--depth", depth, "run the depth output (the default, at the first type offered)");
+    AddSize(app, "--ir", infrared, "run the infrared output, alone or beside --depth");
+    AddSize(app, "--color", color, "type of the color output (default: the first type offered)");
     app.add_flag("--confidence", confidenceMap, "switch the confidence map on before depth starts");
     app.add_flag("--face-login", faceLogin, "switch face login on; without --ir the output is 360x360@60");
     CLI::Option *frameCount = app.add_option("--count", count, "frames of each camera pin (default: each picture once)")
@@ -55,7 +69,7 @@ void StreamCommand::AddOptions(CLI::App &app)
         ->check(CLI::Range(0.1, kLongestSeconds))
         ->type_name("S")
         ->excludes(frameCount);
-    app.add_flag("--save-frames", saveFrames, "save every frame (PGM) and its metadata (frames.jsonl) to --out");
+    app.add_flag("--save-frames", saveFrames, "save every frame (PNG) and its metadata (frames.jsonl) to --out");
     runOptions.AddTo(app);
 }
 
@@ -66,12 +80,12 @@ Scenario StreamCommand::MakeScenario() const
     phase.seconds = seconds;
     if (transform == TransformKind::Color)
     {
-        if (!depth.empty() || !infrared.empty() || confidenceMap || faceLogin)
+        if (depth || infrared || confidenceMap || faceLogin)
         {
             throw UsageError("--depth, --ir, --confidence and --face-login belong to --transform depth");
         }
         phase.caption = "color";
-        phase.start.push_back({0, color.empty() ? std::nullopt : std::optional(VideoSize::Parse(color))});
+        phase.start.push_back({0, color});
     }
     else
     {
@@ -82,12 +96,21 @@ Scenario StreamCommand::MakeScenario() const
 
 void StreamCommand::AddDepthOutputs(Phase &phase) const
 {
-    if (!color.empty())
+    if (color)
     {
         throw UsageError("--color belongs to --transform color");
     }
-    const bool runsInfrared = !infrared.empty() || faceLogin;
-    const bool runsDepth = !depth.empty() || !runsInfrared;
+    if (faceLogin && depth)
+    {
+        throw UsageError("--face-login: infrared runs alone then; leave --depth out");
+    }
+    if (faceLogin && infrared && (infrared->width != kFaceLogin.width || infrared->height != kFaceLogin.height))
+    {
+        throw UsageError("--face-login: infrared runs at " + kFaceLogin.ToText() + " then, not at " +
+                         infrared->ToText());
+    }
+    const bool runsInfrared = infrared || faceLogin;
+    const bool runsDepth = depth || !runsInfrared;
     if (confidenceMap && runsInfrared)
     {
         throw UsageError("--confidence: the camera has no confidence map while infrared runs");
@@ -102,11 +125,11 @@ void StreamCommand::AddDepthOutputs(Phase &phase) const
     }
     if (runsDepth)
     {
-        phase.start.push_back({kDepthOutput, depth.empty() ? std::nullopt : std::optional(VideoSize::Parse(depth))});
+        phase.start.push_back({kDepthOutput, depth});
     }
     if (runsInfrared)
     {
-        phase.start.push_back({kInfraredOutput, infrared.empty() ? kFaceLoginSize : VideoSize::Parse(infrared)});
+        phase.start.push_back({kInfraredOutput, infrared.value_or(kFaceLogin)});
     }
     phase.caption = std::string(runsDepth ? "depth" : "") + (runsDepth && runsInfrared ? " and " : "") +
                     (runsInfrared ? "infrared" : "") + (confidenceMap ? " with confidence map" : "") +
@@ -121,11 +144,19 @@ ExitCode StreamCommand::Run()
     {
         throw UsageError("--save-frames needs --out");
     }
+    std::error_code error;
+    if (saveFrames && !options.frames.empty() && std::filesystem::equivalent(options.frames, options.outFolder, error))
+    {
+        throw UsageError("--save-frames: --out is the folder of --frames; name another one");
+    }
     options.framesToShow = options.outFolder.empty() ? 0 : kThumbnailsPerSection;
     const Scenario scenario = MakeScenario();
 
     const PlatformSession platform;
-    const PlayedScenario played = Play(scenario, options);
+    const Interruption interruption;
+    ProgressLine progress(options.quiet, scenario.phases.size());
+    const PlayedScenario played = Play(scenario, options, progress);
+    progress.Pause();
     if (options.json)
     {
         std::cout << played.report.ToJson() << '\n';
@@ -135,15 +166,20 @@ ExitCode StreamCommand::Run()
         played.report.WriteTable(std::cout);
         StreamReport::WriteLegend(std::cout);
     }
+    if (played.report.interrupted)
+    {
+        return ExitCode::Interrupted;
+    }
+    if (!played.report.Problems().empty())
+    {
+        return ExitCode::Failure;
+    }
     if (!options.outFolder.empty())
     {
-        const std::filesystem::path picture = options.outFolder / kPictureName;
-        DrawContactSheet("Tarn " + played.report.transform + " transform, " + played.report.source,
-                         SectionsOf(played.pictures))
-            .SavePng(picture);
-        std::cerr << "picture: " << ToText(picture) << '\n';
+        SaveContactSheet(options.outFolder, "Tarn " + played.report.transform + " transform, " + played.report.source,
+                         SectionsOf(played.pictures));
     }
-    return played.report.Problems().empty() ? ExitCode::Success : ExitCode::Failure;
+    return ExitCode::Success;
 }
 
 } // namespace tarn_host

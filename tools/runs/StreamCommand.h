@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
 
 #include "tools/command/Command.h"
 #include "tools/runs/RunOptions.h"
@@ -32,10 +32,9 @@ class StreamCommand final : public Command
 
     RunOptionsLine runOptions;
     TransformKind transform = TransformKind::Depth;
-    // As typed; empty for what was not asked for.
-    std::string depth;
-    std::string infrared;
-    std::string color;
+    std::optional<VideoSize> depth;
+    std::optional<VideoSize> infrared;
+    std::optional<VideoSize> color;
     bool confidenceMap = false;
     bool faceLogin = false;
     bool saveFrames = false;

@@ -37,32 +37,40 @@ Json JsonOf(const OutputReport &output)
 {
     const StreamSummary &s = output.summary;
     const AttachmentCounts &carried = output.attachments;
-    return {{"id", output.id},
-            {"name", output.name},
+    return {{"output", output.name},
+            {"id", output.id},
             {"type", output.format},
             {"in", s.framesIn},
             {"out", s.framesOut},
+            {"between", s.between},
             {"cutOff", s.cutOff},
-            {"dropped", s.dropped},
+            {"lost", s.lost},
             {"reordered", s.reordered},
             {"unexpected", s.unexpected},
-            {"framesPerSecond", s.framesPerSecond},
-            {"latencyMs", {{"p50", s.latencyP50Ms}, {"p99", s.latencyP99Ms}, {"max", s.latencyMaxMs}}},
+            {"fps", s.framesPerSecond},
+            {"p50Ms", s.latencyP50Ms},
+            {"p99Ms", s.latencyP99Ms},
+            {"maxMs", s.latencyMaxMs},
             {"records", carried.records},
-            {"intrinsics", carried.intrinsics},
-            {"confidenceMaps", carried.confidenceMaps},
-            {"illuminated", carried.illuminated}};
+            {"lenses", carried.intrinsics},
+            {"maps", carried.confidenceMaps},
+            {"lit", carried.illuminated}};
 }
 
 // Problems of one output during one phase.
-void AddProblems(std::vector<std::string> &problems, const PhaseReport &phase, const OutputReport &output)
+void AddProblems(std::vector<std::string> &problems, const PhaseReport &phase, const OutputReport &output,
+                 bool interrupted)
 {
     const StreamSummary &summary = output.summary;
     const std::string where = phase.caption + ": output " + output.name;
     if (!summary.Complete())
     {
-        problems.push_back(where + Format(": %llu frames lost, %llu reordered, %llu unexpected", Wide(summary.dropped),
+        problems.push_back(where + Format(": %llu frames lost, %llu reordered, %llu unexpected", Wide(summary.lost),
                                           Wide(summary.reordered), Wide(summary.unexpected)));
+    }
+    if (interrupted)
+    {
+        return; // Nothing may have come yet.
     }
     if (summary.framesOut == 0)
     {
@@ -83,7 +91,7 @@ std::vector<std::string> StreamReport::Problems() const
     {
         for (const OutputReport &output : phase.outputs)
         {
-            AddProblems(problems, phase, output);
+            AddProblems(problems, phase, output, interrupted);
         }
     }
     for (const PinReport &pin : pins)
@@ -92,6 +100,11 @@ std::vector<std::string> StreamReport::Problems() const
         {
             problems.push_back(
                 Format("camera pin %lu could not make %llu frames", pin.id, Wide(pin.statistics.failed)));
+        }
+        if (pin.statistics.delivered != pin.taken.in + pin.taken.between)
+        {
+            problems.push_back(Format("camera pin %lu delivered %llu frames, but %llu are in the books", pin.id,
+                                      Wide(pin.statistics.delivered), Wide(pin.taken.in + pin.taken.between)));
         }
     }
     if (stalled)
@@ -119,20 +132,21 @@ std::vector<std::string> StreamReport::Problems() const
 
 void StreamReport::WriteTable(std::ostream &output) const
 {
-    output << title << "\n"
-           << transform << " transform, " << source << "\nmodule " << module << "\n\n"
-           << "  output    type               in    out  cut off  lost  reordered    fps  p50 ms  p99 ms  max ms"
-              "  records  lenses  maps  lit\n";
+    output
+        << title << "\n"
+        << transform << " transform, " << source << "\nmodule " << module << "\n\n"
+        << "  output    type               in    out  between  cut off  lost  reordered    fps  p50 ms  p99 ms  max ms"
+           "  records  lenses  maps  lit\n";
     for (const PhaseReport &phase : phases)
     {
         output << phase.caption << "   (camera: " << phase.pin << ")\n";
         for (const OutputReport &one : phase.outputs)
         {
             const StreamSummary &s = one.summary;
-            output << Format("  %-8s  %-15s %5llu  %5llu  %7llu  %4llu  %9llu  %5.1f  %6.2f  %6.2f  %6.2f",
-                             one.name.c_str(), one.format.c_str(), Wide(s.framesIn), Wide(s.framesOut), Wide(s.cutOff),
-                             Wide(s.dropped), Wide(s.reordered), s.framesPerSecond, s.latencyP50Ms, s.latencyP99Ms,
-                             s.latencyMaxMs)
+            output << Format("  %-8s  %-15s %5llu  %5llu  %7llu  %7llu  %4llu  %9llu  %5.1f  %6.2f  %6.2f  %6.2f",
+                             one.name.c_str(), one.format.c_str(), Wide(s.framesIn), Wide(s.framesOut), Wide(s.between),
+                             Wide(s.cutOff), Wide(s.lost), Wide(s.reordered), s.framesPerSecond, s.latencyP50Ms,
+                             s.latencyP99Ms, s.latencyMaxMs)
                    << Format("  %7llu  %6llu  %4llu  %3llu\n", Wide(one.attachments.records),
                              Wide(one.attachments.intrinsics), Wide(one.attachments.confidenceMaps),
                              Wide(one.attachments.illuminated));
@@ -141,8 +155,10 @@ void StreamReport::WriteTable(std::ostream &output) const
     output << '\n';
     for (const PinReport &pin : pins)
     {
-        output << Format("camera pin %lu   %llu frames delivered, %llu dropped by the camera, %llu failed\n", pin.id,
-                         Wide(pin.statistics.delivered), Wide(pin.statistics.dropped), Wide(pin.statistics.failed));
+        output << Format("camera pin %lu   %llu frames delivered (%llu in, %llu between), %llu dropped by the camera, "
+                         "%llu failed\n",
+                         pin.id, Wide(pin.statistics.delivered), Wide(pin.taken.in), Wide(pin.taken.between),
+                         Wide(pin.statistics.dropped), Wide(pin.statistics.failed));
     }
     output << Format("events         %llu outputs, %llu input states, %llu streams created, %llu others\n",
                      Wide(events.outputEvents), Wide(events.inputStateEvents), Wide(events.streamCreatedEvents),
@@ -152,7 +168,11 @@ void StreamReport::WriteTable(std::ostream &output) const
            << "unloading      DllCanUnloadNow " << ResultText(leftovers.canUnload)
            << (leftovers.unloaded ? ", module unloaded\n" : ", module still loaded\n") << '\n';
     const std::vector<std::string> problems = Problems();
-    if (problems.empty())
+    if (interrupted)
+    {
+        output << "INTERRUPTED: Ctrl-C came before the end; these are the results so far\n";
+    }
+    else if (problems.empty())
     {
         output << "OK: every frame was delivered, in order\n";
     }
@@ -164,7 +184,11 @@ void StreamReport::WriteTable(std::ostream &output) const
 
 void StreamReport::WriteLegend(std::ostream &output)
 {
-    output << "Latency from ProcessInput to delivery. Cut off: on their way when the output was stopped or restarted.\n"
+    output << "In: given to the transform while the output ran. Between: came while it was started, stopped or "
+              "restarted.\n"
+              "Cut off: in, and still on their way when the output was stopped or restarted. Latency (p50, p99, max) "
+              "from\n"
+              "ProcessInput to delivery.\n"
               "Samples with metadata record, camera intrinsics (lenses), confidence map, and lit by the laser.\n";
 }
 
@@ -190,6 +214,8 @@ std::string StreamReport::ToJson() const
     {
         report["cameraPins"].push_back({{"id", pin.id},
                                         {"delivered", pin.statistics.delivered},
+                                        {"in", pin.taken.in},
+                                        {"between", pin.taken.between},
                                         {"dropped", pin.statistics.dropped},
                                         {"failed", pin.statistics.failed}});
     }
@@ -202,6 +228,7 @@ std::string StreamReport::ToJson() const
                             {"frames", leftovers.frames},
                             {"dllCanUnloadNow", ResultText(leftovers.canUnload)},
                             {"unloaded", leftovers.unloaded}};
+    report["interrupted"] = interrupted;
     report["problems"] = Problems();
     // A path of the file system may hold what is not valid UTF-8.
     return report.dump(2, ' ', false, Json::error_handler_t::replace);

@@ -9,7 +9,7 @@
 
 #include "sim/FrameSink.h"
 #include "tools/frameserver/DeviceTransformSession.h"
-#include "tools/runs/OutputCollector.h"
+#include "tools/runs/PhaseBooks.h"
 
 namespace tarn_host
 {
@@ -36,6 +36,7 @@ struct PinReport
 {
     DWORD id = 0;
     tarn_sim::PinStatistics statistics;
+    PhaseBooks::InputFrames taken;
 };
 
 // What was still there after everything was let go. All of it is 0, S_OK and true after a good run.
@@ -58,7 +59,8 @@ struct StreamReport
     std::vector<PhaseReport> phases;
     std::vector<PinReport> pins;
     SessionCounters events;
-    bool stalled = false; // The run was given up because no frame came any more.
+    bool stalled = false;     // The run was given up because no frame came any more.
+    bool interrupted = false; // Ctrl-C came before its end.
     Leftovers leftovers;
 
     // One line per thing that was not as it has to be; empty after a good run.

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 
 #include "sim/CameraConfiguration.h"
 #include "sim/GeneratedScene.h"
 #include "sim/RecordedFrames.h"
 #include "tools/command/ExitCode.h"
+#include "tools/command/Interruption.h"
 #include "tools/ks/KsClient.h"
 #include "tools/command/Text.h"
 #include "base/ComObject.h"
@@ -44,8 +44,8 @@ std::shared_ptr<tarn_sim::IFrameSource> MakeSource(const std::filesystem::path &
 
 } // namespace
 
-StreamRun::StreamRun(const Scenario &playedScenario, const RunOptions &runOptions)
-    : scenario(playedScenario), options(runOptions), session(*this), books(runOptions.framesToShow)
+StreamRun::StreamRun(const Scenario &playedScenario, const RunOptions &runOptions, ProgressLine &progressLine)
+    : scenario(playedScenario), options(runOptions), progress(progressLine), session(*this), books(runOptions.framesToShow)
 {
 }
 
@@ -58,21 +58,22 @@ StreamRun::~StreamRun()
     }
 }
 
-StreamReport StreamRun::Run()
+StreamReport StreamRun::Run(const LoadedModule &module)
 {
     if (options.saveFrames)
     {
         writer.emplace(options.outFolder);
     }
     CreateCamera();
-    session.Open(ClassOf(scenario.transform), static_cast<IMFTransform *>(camera.Get()));
+    session.Open(module.Create(ClassOf(scenario.transform)), static_cast<IMFTransform *>(camera.Get()));
     camera->SetFrameSink(this);
     session.SendMessage(MFT_MESSAGE_NOTIFY_BEGIN_STREAMING);
     session.SendMessage(MFT_MESSAGE_NOTIFY_START_OF_STREAM);
-    for (std::size_t index = 0; index < scenario.phases.size() && !stalled; ++index)
+    for (std::size_t index = 0; index < scenario.phases.size() && !stalled && !interrupted; ++index)
     {
         Enter(index);
         Play(index);
+        progress.EndPart();
     }
     StopOutputs();
 
@@ -153,48 +154,10 @@ void StreamRun::SwitchModes(const Phase &phase)
     }
 }
 
-bool StreamRun::ConfidenceMapComes() const
-{
-    return confidenceMapIsOn && running.size() == 1 && running.begin()->first == kDepthOutput;
-}
-
-ComPtr<IMFMediaType> StreamRun::ChooseType(const OutputChoice &choice) const
-{
-    std::string offered;
-    for (const ComPtr<IMFMediaType> &type : session.OutputTypes(choice.outputId))
-    {
-        const FrameFormat format = FrameFormat::Of(*type.Get());
-        if (!choice.size || format.size == *choice.size)
-        {
-            return type;
-        }
-        offered += (offered.empty() ? "" : ", ") + format.ToText();
-    }
-    throw UsageError(std::string("output ") + NameOfOutput(scenario.transform, choice.outputId) +
-                     " offers no such type; it offers " + offered);
-}
-
-DWORD StreamRun::InputOf(DWORD outputId) const
-{
-    const std::vector<DWORD> &inputs = session.InputIds();
-    const std::vector<DWORD> &outputs = session.OutputIds();
-    if (inputs.size() == 1)
-    {
-        return inputs.front();
-    }
-    if (inputs.empty() || inputs.size() != outputs.size())
-    {
-        throw HostError("cannot tell which of " + std::to_string(inputs.size()) + " inputs feeds which output");
-    }
-    const auto place = std::find(outputs.begin(), outputs.end(), outputId) - outputs.begin();
-    return inputs[static_cast<std::size_t>(place)];
-}
-
 void StreamRun::Play(std::size_t index)
 {
     const Phase &phase = scenario.phases[index];
     const bool isLast = index + 1 == scenario.phases.size();
-    ProgressLine progress(options.quiet);
     const auto startedAt = Clock::now();
     const auto endsAt =
         startedAt + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(phase.seconds));
@@ -204,11 +167,13 @@ void StreamRun::Play(std::size_t index)
     for (;;)
     {
         ThrowOnFailure();
-        progress.Show(ProgressText(phase));
         const auto now = Clock::now();
-        if (feeding && (phase.seconds > 0 ? now >= endsAt : AllFramesIn(phase)))
+        progress.Show(ShareDone(phase, now - startedAt), ProgressText(phase));
+        const bool isDone = phase.seconds > 0 ? now >= endsAt : AllFramesIn(phase);
+        if (feeding && (isDone || Interruption::IsAsked()))
         {
-            if (!isLast)
+            interrupted = Interruption::IsAsked() && !(isDone && isLast);
+            if (!isLast && !interrupted)
             {
                 return; // the next change finds frames on their way
             }
@@ -236,44 +201,6 @@ void StreamRun::Play(std::size_t index)
     }
 }
 
-bool StreamRun::AllFramesIn(const Phase &phase) const
-{
-    if (frameLimit == 0)
-    {
-        return books.AllHaveFramesIn(phase.frames);
-    }
-    return std::all_of(pinIds.begin(), pinIds.end(), [&](DWORD id) {
-        const tarn_sim::PinStatistics pin = camera->Statistics(id);
-        return pin.delivered + pin.dropped + pin.failed >= frameLimit;
-    });
-}
-
-std::string StreamRun::ProgressText(const Phase &phase) const
-{
-    std::string text = phase.caption + ":";
-    books.ForEachRunning([&](const PhaseBooks::Stretch &stretch) {
-        const StreamSummary summary = stretch.collector.Summary();
-        char part[96];
-        std::snprintf(part, sizeof part, "   %s %llu in, %llu out, %.1f fps",
-                      NameOfOutput(scenario.transform, stretch.collector.Id()),
-                      static_cast<unsigned long long>(summary.framesIn),
-                      static_cast<unsigned long long>(summary.framesOut), summary.framesPerSecond);
-        text += part;
-    });
-    return text;
-}
-
-std::string StreamRun::PinText() const
-{
-    const std::scoped_lock hold(lock);
-    std::string text;
-    for (const auto &pin : pinFormats)
-    {
-        text += (text.empty() ? "" : ", ") + pin.second;
-    }
-    return text;
-}
-
 void StreamRun::StopOutputs()
 {
     session.SendMessage(MFT_MESSAGE_NOTIFY_END_OF_STREAM);
@@ -293,11 +220,12 @@ void StreamRun::LetGo(StreamReport &report)
     report.leftovers.transformReferences = session.Close();
     report.events = session.Counters();
     report.stalled = stalled;
+    report.interrupted = interrupted;
     camera->WaitForReturnOfFrames(std::chrono::duration_cast<std::chrono::milliseconds>(kReturnLimit));
     camera->StopAll();
     for (const DWORD id : pinIds)
     {
-        report.pins.push_back({id, camera->Statistics(id)});
+        report.pins.push_back({id, camera->Statistics(id), books.FramesOf(id)});
         report.leftovers.frames += report.pins.back().statistics.outstanding;
     }
     running.clear();
@@ -388,7 +316,7 @@ void StreamRun::OnFrame(DWORD streamId, IMFSample *sample)
 {
     const std::vector<OutputCollector *> enteredIn = books.FrameIn(streamId, *sample);
     const HRESULT result = session.ProcessInput(streamId, sample);
-    if (FAILED(result) && !books.FrameRefused(enteredIn))
+    if (FAILED(result) && !books.FrameRefused(streamId, enteredIn))
     {
         Fail(HostError("ProcessInput", result).what());
     }

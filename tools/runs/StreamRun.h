@@ -14,6 +14,7 @@
 #include "tools/pictures/ContactSheet.h"
 #include "tools/frameserver/DeviceTransformSession.h"
 #include "tools/pictures/FrameWriter.h"
+#include "tools/frameserver/LoadedModule.h"
 #include "tools/runs/PhaseBooks.h"
 #include "tools/command/ProgressLine.h"
 #include "tools/runs/RunOptions.h"
@@ -37,13 +38,13 @@ struct PhasePictures
 class StreamRun final : private SessionListener, private tarn_sim::IFrameSink
 {
   public:
-    // Both outlive the run.
-    StreamRun(const Scenario &playedScenario, const RunOptions &runOptions);
+    // All outlive the run.
+    StreamRun(const Scenario &playedScenario, const RunOptions &runOptions, ProgressLine &progressLine);
     ~StreamRun() override;
 
-    // Plays every phase, stops, and lets go of everything. Throws UsageError for types that are not offered and for
-    // unusable frames, HostError when a step fails. Lost frames are told in the report.
-    StreamReport Run();
+    // Plays every phase, or those until Ctrl-C, stops, and lets go of everything. Throws UsageError for types that are
+    // not offered and for unusable frames, HostError when a step fails. Lost frames are told in the report.
+    StreamReport Run(const LoadedModule &module);
     // Call after Run.
     std::vector<PhasePictures> Pictures() const;
 
@@ -67,6 +68,8 @@ class StreamRun final : private SessionListener, private tarn_sim::IFrameSink
     DWORD InputOf(DWORD outputId) const;
     // The confidence map accompanies depth, and only when no infrared runs.
     bool ConfidenceMapComes() const;
+    // Of the phase, 0 to 1.
+    double ShareDone(const Phase &phase, ProgressLine::Clock::duration elapsed) const;
     std::string ProgressText(const Phase &phase) const;
     std::string PinText() const;
     void ThrowOnFailure() const;
@@ -74,9 +77,11 @@ class StreamRun final : private SessionListener, private tarn_sim::IFrameSink
 
     const Scenario &scenario;
     const RunOptions &options;
+    ProgressLine &progress;
     std::uint64_t frameLimit = 0; // after which the camera falls silent; 0: it goes on
     std::string sourceText;
-    bool stalled = false; // No frame came for too long while there should have been some.
+    bool stalled = false;     // No frame came for too long while there should have been some.
+    bool interrupted = false; // Ctrl-C came before the end.
     bool confidenceMapIsOn = false;
     std::optional<FrameWriter> writer;
     ComPtr<tarn_sim::SimulatedCamera> camera;

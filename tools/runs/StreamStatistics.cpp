@@ -32,6 +32,12 @@ void StreamStatistics::FrameRefused()
 {
     pending.pop_back();
     --framesIn;
+    ++between;
+}
+
+void StreamStatistics::FramesBetween(std::uint64_t count) noexcept
+{
+    between += count;
 }
 
 void StreamStatistics::FrameOut(std::int64_t sampleTime100ns, Clock::time_point now)
@@ -90,7 +96,8 @@ StreamSummary StreamStatistics::Summary() const
     StreamSummary summary;
     summary.framesIn = framesIn;
     summary.framesOut = framesOut;
-    (isCutOff ? summary.cutOff : summary.dropped) = pending.size();
+    summary.between = between;
+    (isCutOff ? summary.cutOff : summary.lost) = pending.size();
     summary.reordered = reordered;
     summary.unexpected = unexpected;
     summary.latencyP50Ms = Percentile(sorted, 0.50);

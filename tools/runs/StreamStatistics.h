@@ -13,7 +13,8 @@ struct StreamSummary
 {
     std::uint64_t framesIn = 0;
     std::uint64_t framesOut = 0;
-    std::uint64_t dropped = 0;    // Went in and had not come out when the summary was made.
+    std::uint64_t between = 0;    // Came, or were refused, while the output was started or restarted.
+    std::uint64_t lost = 0;       // Went in and had not come out when the summary was made.
     std::uint64_t cutOff = 0;     // The same, but the output was stopped or restarted meanwhile.
     std::uint64_t reordered = 0;  // Came out after a frame that went in later.
     std::uint64_t unexpected = 0; // Came out without having gone in, or came out twice.
@@ -24,7 +25,7 @@ struct StreamSummary
 
     bool Complete() const noexcept
     {
-        return dropped == 0 && reordered == 0 && unexpected == 0;
+        return lost == 0 && reordered == 0 && unexpected == 0;
     }
 };
 
@@ -36,8 +37,9 @@ class StreamStatistics
 
     // A frame is about to be handed to the transform.
     void FrameIn(std::int64_t sampleTime100ns, Clock::time_point now);
-    // The transform refused the frame that was announced last; it does not count as captured.
+    // The transform refused the frame that was announced last: it came between two phases.
     void FrameRefused();
+    void FramesBetween(std::uint64_t count) noexcept;
     void FrameOut(std::int64_t sampleTime100ns, Clock::time_point now);
     bool Expects(std::int64_t sampleTime100ns) const noexcept;
     // From now on what is still expected need not come.
@@ -61,6 +63,7 @@ class StreamStatistics
     std::vector<double> latenciesMs;
     std::uint64_t framesIn = 0;
     std::uint64_t framesOut = 0;
+    std::uint64_t between = 0;
     std::uint64_t reordered = 0;
     std::uint64_t unexpected = 0;
     std::uint64_t nextNumber = 0; // Lowest number that is still in order.
