@@ -30,7 +30,8 @@ class LoadedModule
 
     // Full path of the loaded file; empty when it is not loaded.
     std::filesystem::path LoadedFrom() const;
-    // What the module's DllCanUnloadNow answers, asked again for 5 s at most until it is S_OK. Throws HostError when it is not loaded or lacks the export.
+    // What the module's DllCanUnloadNow answers, asked again for 5 s at most until it is S_OK. Throws HostError when it
+    // is not loaded or lacks the export.
     HRESULT CanUnloadNow() const;
     // Unloads it if it lets itself be; false when it stays.
     bool Unload();
@@ -46,5 +47,8 @@ class LoadedModule
 
 // The module beside this program; used unless the user names another one.
 std::filesystem::path DefaultModulePath();
+
+// Of the option that asks for ModuleAccess::Registry.
+inline constexpr const char *kRegisterHelp = "register the module (system-wide) and have COM find it";
 
 } // namespace tarn_host

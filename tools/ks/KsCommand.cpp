@@ -6,7 +6,7 @@
 
 #include "tools/command/Choice.h"
 #include "tools/command/ParseErrorText.h"
-#include "tools/runs/RunOptions.h"
+#include "tools/frameserver/LoadedModule.h"
 #include "tools/command/Text.h"
 
 namespace tarn_host

@@ -7,7 +7,6 @@
 
 #include "tools/command/ExitCode.h"
 #include "tools/pictures/LevelScale.h"
-#include "tools/runs/RunOptions.h"
 #include "tools/command/Text.h"
 
 namespace tarn_host

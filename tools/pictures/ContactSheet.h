@@ -27,4 +27,6 @@ void SaveContactSheet(const std::filesystem::path &folder, const std::string &ti
 
 inline constexpr std::size_t kThumbnailsPerSection = 12;
 
+inline constexpr const char *kPictureName = "contact-sheet.png";
+
 } // namespace tarn_host

@@ -52,7 +52,4 @@ class RunOptionsLine
     bool registerFirst = false;
 };
 
-inline constexpr const char *kPictureName = "contact-sheet.png";
-inline constexpr const char *kRegisterHelp = "register the module (system-wide) and have COM find it";
-
 } // namespace tarn_host
