@@ -93,7 +93,7 @@ ExitCode NodeCommand::Run()
     }
     const ImageFrame frame = ReadImage(ToPath(input));
     const PlatformSession platform;
-    mft_utils::DebugTraceSink::Configure("error,file=stderr");
+    mft_utils::DebugTraceSink::Instance().Configure("error,file=stderr");
     const NodeChain nodes(chain, frame.width, frame.height);
     const ImageFrame result = nodes.Run(frame);
     Save(result, outputPath);

@@ -3,6 +3,7 @@
 #include "tools/command/Choice.h"
 #include "tools/command/ExitCode.h"
 #include "tools/command/Text.h"
+#include "tools/pictures/ContactSheet.h"
 
 namespace tarn_host
 {
