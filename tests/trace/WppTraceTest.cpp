@@ -168,7 +168,7 @@ TEST_F(WppTraceTest, LevelAndFlagsSelectMessages)
     TRACE_ERROR("error");
     mft_utils::trace_detail::WriteEntry("void f()", "camera");
     ASSERT_EQ(1u, platform.messages.size());
-    EXPECT_EQ(static_cast<USHORT>(mft_utils::WppMessage::Entry), platform.messages[0].number);
+    EXPECT_EQ(static_cast<USHORT>(mft_utils::TraceMessageId::Entry), platform.messages[0].number);
 
     platform.DisableClassic();
     platform.messages.clear();
@@ -192,7 +192,7 @@ TEST_F(WppTraceTest, LongTextsAreCutInsideTheMessage)
     const mft_utils::WppArgumentList list({"f", longText.c_str(), nullptr, E_FAIL, longText.c_str(), "one too many"});
 
     ASSERT_EQ(mft_utils::WppArgumentList::kMaxArguments, list.Count());
-    EXPECT_EQ(mft_utils::WppArgumentList::kMaxStringBytes, list.At(1).size);
+    EXPECT_EQ(mft_utils::TextCutter::kMaxBytes, list.At(1).size);
     EXPECT_EQ('\0', static_cast<const char *>(list.At(1).data)[list.At(1).size - 1]);
     EXPECT_STREQ("null", static_cast<const char *>(list.At(2).data));
     EXPECT_STREQ("...", static_cast<const char *>(list.At(4).data));
