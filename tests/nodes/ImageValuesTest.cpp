@@ -2,6 +2,7 @@
 #include "tests/nodes/FrameMemory.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <limits>
 #include <stdexcept>
@@ -80,11 +81,11 @@ Pixels MedianCrop(const Pixels &input, std::size_t inputWidth, std::size_t input
     {
         for (std::size_t column = 0; column < (width + 7) / 8 * 8; ++column)
         {
-            std::vector<std::int16_t> neighbours;
-            for (std::size_t i = 0; i < 9; ++i)
+            std::array<std::int16_t, 9> neighbours{}; // no allocation: the heap checker looks at each
+            for (std::size_t i = 0; i < neighbours.size(); ++i)
             {
                 const std::size_t index = (cropY + row + i / 3 - 1) * inputWidth + cropX + column + i % 3 - 1;
-                neighbours.push_back(static_cast<std::int16_t>(input.at(index)));
+                neighbours.at(i) = static_cast<std::int16_t>(input.at(index));
             }
             std::sort(neighbours.begin(), neighbours.end());
             output.at(row * height + column) = static_cast<std::uint16_t>(neighbours[4]);
