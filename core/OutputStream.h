@@ -1,9 +1,9 @@
 // Output stream: queues finished samples and hands them to the pipeline.
 #pragma once
 
-#include "core/Stream.h"
-
 #include <list>
+
+#include "core/Stream.h"
 
 namespace mft_core
 {

@@ -1,13 +1,13 @@
 // Portable Network Graphics, second edition: signature, then chunks of length, type, data and CRC. The picture data are
 // a zlib stream (RFC 1950) of stored blocks (RFC 1951, 3.2.4).
-#include "sim/PngImage.h"
-
 #include <algorithm>
 #include <array>
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
+
+#include "sim/PngImage.h"
 
 namespace tarn_sim
 {
