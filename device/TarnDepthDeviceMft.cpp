@@ -28,6 +28,7 @@ namespace
 {
 constexpr auto kErrorControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_DEPTH::XU_ERROR);
 constexpr auto kCommandControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_DEPTH::COMMAND);
+constexpr TopologySlot::CheckTexts kCheckTexts{"currentTopology->Activate()", "currentTopology->Deactivate()"};
 constexpr UINT32 kFaceAuthFps = 60;
 constexpr UINT32 kDepthBitsPerPixel = 16;
 constexpr UINT32 kInfraredBitsPerPixel = 8;
@@ -53,7 +54,7 @@ HRESULT SetInfraredFrameSize(IMFMediaType *faceAuthMt, UINT32 width, UINT32 heig
 
 TarnDepthDeviceMft::TarnDepthDeviceMft()
     : Object("Tarn Depth DMFT"), DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl),
-      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT"))
+      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT")), currentTopology(kCheckTexts)
 {
 }
 
@@ -96,10 +97,7 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
 
 HRESULT TarnDepthDeviceMft::UninitializeMembers()
 {
-    if (FAILED(EndCurrentTopology()))
-    {
-        TRACE_ERROR("%s: the topology did not deactivate cleanly", GetName());
-    }
+    currentTopology.End();
     if (autoUpdateEventListener && fwErrorHandler)
     {
         autoUpdateEventListener->UnregisterObserver(fwErrorHandler);
@@ -152,6 +150,11 @@ HRESULT TarnDepthDeviceMft::CreateOutputStreams()
     CHECK_HR(inputStream->GetSupportedMediaTypes(inputMediaTypes));
     CHECK_HR(CreateDepthStream(inputMediaTypes));
     CHECK_HR(CreateIrStream(inputMediaTypes));
+    const std::scoped_lock guard(stateChangeLock);
+    for (const auto &outputStream : outputStreams)
+    {
+        currentTopology.Add(outputStream);
+    }
     return S_OK;
 }
 

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "core/DeviceMft.h"
-#include "core/Topology.h"
+#include "core/TopologySlot.h"
 #include "device/properties/FaceAuthKsPropertyHandler.h"
 #include "device/nodes/FramePrivacy.h"
 #include "device/calibration/TarnCalibration.h"
@@ -57,10 +57,7 @@ class TarnDepthDeviceMft : public DeviceMft
 
     HRESULT BuildDepthTopology(IMFMediaType *nextMediaType, std::shared_ptr<Topology> &topology);
     HRESULT BuildIrTopology(IMFMediaType *nextMediaType, std::shared_ptr<Topology> &topology);
-    HRESULT RunTopology(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType,
-                        const std::shared_ptr<Topology> &topology) TARN_REQUIRES(stateChangeLock);
-    HRESULT EndCurrentTopology() TARN_REQUIRES(stateChangeLock);
-    void StopAllOutputs() TARN_REQUIRES(stateChangeLock);
+    void RestoreWantedPreset();
 
     HRESULT OnConfigConfidenceMap(bool enable);
     HRESULT EndCombinedTopology() TARN_REQUIRES(stateChangeLock);
@@ -74,7 +71,7 @@ class TarnDepthDeviceMft : public DeviceMft
     std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler;
     std::shared_ptr<TarnDepthPresets> depthPresetsController;
     const std::shared_ptr<FramePrivacy> framePrivacy;
-    std::shared_ptr<Topology> currentTopology TARN_GUARDED_BY(stateChangeLock);
+    TopologySlot currentTopology TARN_GUARDED_BY(stateChangeLock);
     UINT32 depthStreamIndex = 0;
     UINT32 irStreamIndex = 0;
 };

@@ -2,7 +2,6 @@
 #include "device/TarnDepthDeviceMft.h"
 
 #include <mutex>
-#include <utility>
 
 #include "device/topologies/TarnDepthDepthTopology.h"
 #include "device/topologies/TarnDepthIRTopology.h"
@@ -99,91 +98,46 @@ HRESULT TarnDepthDeviceMft::BuildIrTopology(IMFMediaType *nextMediaType, std::sh
 HRESULT TarnDepthDeviceMft::StartOutputStream(const std::shared_ptr<OutputStream> &outputStream,
                                               IMFMediaType *nextMediaType)
 {
-    // The new topology is built before anything that runs is touched: one that cannot be built costs nothing.
-    std::shared_ptr<Topology> topology;
-    const bool couldChangeMode = faceAuthKsPropertyHandler->AllowModeChange(false); // the topology reads the mode
-    const HRESULT built = mft_utils::Guarded([&] { return BuildTopology(outputStream, nextMediaType, topology); });
-    if (FAILED(built))
-    {
-        faceAuthKsPropertyHandler->AllowModeChange(couldChangeMode);
-    }
-    CHECK_HR_AS("BuildTopology(outputStream, nextMediaType, topology)", built);
-    framePrivacy->AskCamera(filterKsControl.Get()); // before the first frame, which may not tell
-    const HRESULT result = mft_utils::Guarded([&]() -> HRESULT {
+    faceAuthKsPropertyHandler->AllowModeChange(false); // the topology reads the mode
+    const HRESULT started = mft_utils::Guarded([&] {
         stateChangeLock.AssertHeld();
-        return RunTopology(outputStream, nextMediaType, topology);
+        return currentTopology.Start(
+            outputStream, nextMediaType,
+            [&](std::shared_ptr<Topology> &topology) {
+                const HRESULT built = BuildTopology(outputStream, nextMediaType, topology);
+                if (SUCCEEDED(built))
+                {
+                    framePrivacy->AskCamera(filterKsControl.Get()); // before the first frame, which may not tell
+                }
+                return built;
+            },
+            [&] { RestoreWantedPreset(); });
     });
-    if (FAILED(result))
+    if (FAILED(started) && !currentTopology.Runs())
     {
-        // The old topology is gone and the new one does not run: say so rather than stall.
-        StopAllOutputs();
+        faceAuthKsPropertyHandler->AllowModeChange(true);
     }
-    return result;
+    return started;
 }
 
-HRESULT TarnDepthDeviceMft::RunTopology(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType,
-                                        const std::shared_ptr<Topology> &topology)
+void TarnDepthDeviceMft::RestoreWantedPreset()
 {
-    CHECK_HR_AS("currentTopology->Deactivate()", EndCurrentTopology());
     if (FAILED(depthPresetsController->RestoreWantedPreset()))
     {
         TRACE_ERROR("%s: goes on with another preset than the wanted one", GetName());
     }
-    if (IsRunning(*outputStream))
-    {
-        CHECK_HR(outputStream->Flush()); // what is queued has the former media type
-    }
-    CHECK_HR(outputStream->SetCurrentMediaType(nextMediaType));
-    CHECK_HR(outputStream->SetState(DeviceStreamState_Run));
-    currentTopology = topology;
-    CHECK_HR(currentTopology->Activate());
-    return S_OK;
 }
 
 HRESULT TarnDepthDeviceMft::StopOutputStream(const std::shared_ptr<OutputStream> &outputStream,
                                              IMFMediaType *nextMediaType)
 {
-    CHECK_HR(outputStream->SetState(DeviceStreamState_Stop));
-    CHECK_HR(outputStream->SetCurrentMediaType(nextMediaType));
-    bool anyRuns = false;
-    for (const auto &stream : outputStreams)
+    const bool ran = currentTopology.Runs();
+    const HRESULT stopped = currentTopology.Stop(outputStream, nextMediaType);
+    if (ran && !currentTopology.Runs())
     {
-        if (IsRunning(*stream))
-        {
-            TRACE_INFO("%s: output %u (%s) still runs", GetName(), stream->GetID(), stream->GetName());
-            anyRuns = true;
-        }
+        faceAuthKsPropertyHandler->AllowModeChange(true); // however it ended
     }
-    if (!anyRuns && currentTopology)
-    {
-        const HRESULT deactivated = EndCurrentTopology();
-        faceAuthKsPropertyHandler->AllowModeChange(true); // nothing runs, however it ended
-        CHECK_HR_AS("currentTopology->Deactivate()", deactivated);
-    }
-    return S_OK;
-}
-
-HRESULT TarnDepthDeviceMft::EndCurrentTopology()
-{
-    const std::shared_ptr<Topology> ending = std::exchange(currentTopology, nullptr);
-    return ending ? ending->Deactivate() : S_OK;
-}
-
-void TarnDepthDeviceMft::StopAllOutputs()
-{
-    if (FAILED(EndCurrentTopology()))
-    {
-        TRACE_ERROR("%s: the topology did not deactivate cleanly", GetName());
-    }
-    for (const auto &stream : outputStreams)
-    {
-        if (IsRunning(*stream))
-        {
-            TRACE_ERROR("%s: output %u (%s) is stopped", GetName(), stream->GetID(), stream->GetName());
-            stream->SetState(DeviceStreamState_Stop);
-        }
-    }
-    faceAuthKsPropertyHandler->AllowModeChange(true);
+    return stopped;
 }
 
 HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
@@ -200,7 +154,7 @@ HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
     {
         return S_OK; // the next depth topology asks
     }
-    if (dynamic_cast<TarnDepthDepthTopology *>(currentTopology.get()) == nullptr)
+    if (currentTopology.Serves(*At(outputStreams, irStreamIndex)))
     {
         CHECK_HR(EndCombinedTopology());
         return S_OK; // built for the state to come
