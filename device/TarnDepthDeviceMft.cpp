@@ -15,8 +15,10 @@
 #include "tarn/calibration_table.h"
 #include "tarn/tarn_dmft.h"
 #include "base/Callback.h"
+#include "base/Checked.h"
 #include "trace/Guard.h"
 
+using mft_utils::At;
 using mft_utils::MediaTypeData;
 using mft_utils::MediaTypeParser;
 using std::make_shared;
@@ -76,7 +78,7 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
         make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kErrorControl, GetNameCopy());
     {
         const std::scoped_lock guard(stateChangeLock);
-        CHECK_HR(autoUpdateEventListener->RegisterObserver(fwErrorHandler));
+        CHECK_HR(autoUpdateEventListener.RegisterObserver(fwErrorHandler));
     }
     firmwareCommandPipe =
         make_shared<FirmwareCommandPipe>(deviceXuKsControl.Get(), deviceXuSetId, kCommandControl, GetNameCopy());
@@ -98,9 +100,9 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
 HRESULT TarnDepthDeviceMft::UninitializeMembers()
 {
     currentTopology.End();
-    if (autoUpdateEventListener && fwErrorHandler)
+    if (fwErrorHandler)
     {
-        autoUpdateEventListener->UnregisterObserver(fwErrorHandler);
+        autoUpdateEventListener.UnregisterObserver(fwErrorHandler);
         fwErrorHandler.reset();
     }
     DeviceMft::UninitializeMembers();
@@ -145,7 +147,7 @@ HRESULT TarnDepthDeviceMft::CreateOutputStreams()
         TRACE_ERROR("%s: %zu pins instead of one", GetName(), inputStreams.size());
         return E_FAIL;
     }
-    const auto &inputStream = inputStreams.front();
+    const auto &inputStream = At(inputStreams, 0);
     MediaTypeList inputMediaTypes;
     CHECK_HR(inputStream->GetSupportedMediaTypes(inputMediaTypes));
     CHECK_HR(CreateDepthStream(inputMediaTypes));
@@ -212,7 +214,7 @@ HRESULT TarnDepthDeviceMft::AddFaceAuthMediaType(MediaTypeList &mtList, const Me
 
 HRESULT TarnDepthDeviceMft::AddOutputStream(OutputStreamConfiguration &configuration, UINT32 &streamIndex)
 {
-    const UINT32 inputStreamId = inputStreams.front()->GetID();
+    const UINT32 inputStreamId = At(inputStreams, 0)->GetID();
     const auto streamId = static_cast<UINT32>(outputStreams.size());
     configuration.parentName = GetNameCopy();
     configuration.intrinsics = CreateIntrinsics(*configuration.mtList, inputStreamId);
