@@ -56,7 +56,8 @@ HRESULT SetInfraredFrameSize(IMFMediaType *faceAuthMt, UINT32 width, UINT32 heig
 
 TarnDepthDeviceMft::TarnDepthDeviceMft()
     : Object("Tarn Depth DMFT"), DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl),
-      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT")), currentTopology(kCheckTexts)
+      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT")), faceAuth(make_shared<FaceAuthState>()),
+      confidenceMap(make_shared<ConfidenceMapState>()), currentTopology(kCheckTexts)
 {
 }
 
@@ -88,10 +89,10 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
     calibration =
         make_shared<TarnCalibration>(deviceXuKsControl.Get(), deviceXuSetId, TARN_CALIBRATION_CONTROL, GetNameCopy());
     CHECK_HR(calibration->Init());
-    faceAuthKsPropertyHandler = make_shared<FaceAuthKsPropertyHandler>();
+    faceAuthKsPropertyHandler = make_shared<FaceAuthKsPropertyHandler>(faceAuth);
     confidenceMapCfgHandler = make_shared<TarnConfidenceMapConfig>(
         mft_utils::Callback<TarnDepthDeviceMft, bool, HRESULT>(this, &TarnDepthDeviceMft::OnConfigConfidenceMap),
-        &stateChangeLock);
+        confidenceMap);
     depthPresetsController = make_shared<TarnDepthPresets>(deviceXuKsControl.Get(), firmwareCommandPipe);
     CHECK_HR(depthPresetsController->Init());
     return S_OK;
@@ -189,7 +190,7 @@ HRESULT TarnDepthDeviceMft::CreateIrStream(const MediaTypeList &inputMediaTypes)
 // The first of the list, so that an application that takes the first type finds it.
 HRESULT TarnDepthDeviceMft::AddFaceAuthMediaType(MediaTypeList &mtList, const MediaTypeList &inputMediaTypes)
 {
-    faceAuthKsPropertyHandler->faceAuthSupported = false;
+    faceAuth->faceAuthSupported = false;
     const std::vector<GUID> irInputSubTypes{CUSTOM_GUID_KELP_FACE_LOGIN};
     MediaTypeList faceAuthMtList;
     CHECK_HR_AS("MediaTypeParser::CreateMediaTypeListSubset(faceAuthMtList, inputMediaTypes, irInputSubTypes, "
@@ -204,7 +205,7 @@ HRESULT TarnDepthDeviceMft::AddFaceAuthMediaType(MediaTypeList &mtList, const Me
         {
             CHECK_HR(SetInfraredFrameSize(faceAuthMt.Get(), kFaceLoginSide, kFaceLoginSide));
             mtList.push_back(faceAuthMt);
-            faceAuthKsPropertyHandler->faceAuthSupported = true;
+            faceAuth->faceAuthSupported = true;
             return S_OK;
         }
     }

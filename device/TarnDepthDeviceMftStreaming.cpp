@@ -22,6 +22,11 @@ bool IsRunning(const OutputStream &stream)
     return stream.GetState() == DeviceStreamState_Run;
 }
 
+const char *StateName(bool enabled) noexcept
+{
+    return enabled ? "Enabled" : "Disabled";
+}
+
 HRESULT RestartPin(InputStream &pin, IMFMediaType *currentMediaType, IMFMediaType *nextMediaType)
 {
     CHECK_HR_AS("inputStream->SetPreferredState(DeviceStreamState::DeviceStreamState_Stop, currentMediaType)",
@@ -56,8 +61,9 @@ HRESULT TarnDepthDeviceMft::BuildDepthTopology(IMFMediaType *nextMediaType, std:
     if (!IsRunning(*irOutStream))
     {
         const auto topo = make_shared<TarnDepthDepthTopology>(GetNameCopy(), framePrivacy, calibration);
-        CHECK_HR_AS("topo->Init(inputStream, depthOutStream, nextMediaType, wqParams, confidenceMapCfgHandler)",
-                    topo->Init(inputStream, depthOutStream, nextMediaType, workQueue, confidenceMapCfgHandler));
+        CHECK_HR_AS(
+            "topo->Init(inputStream, depthOutStream, nextMediaType, wqParams, confidenceMapCfgHandler)",
+            topo->Init(inputStream, depthOutStream, nextMediaType, workQueue, confidenceMap, nextConfidenceMap));
         topology = topo;
         return S_OK;
     }
@@ -78,7 +84,7 @@ HRESULT TarnDepthDeviceMft::BuildIrTopology(IMFMediaType *nextMediaType, std::sh
     const WorkQueueParameters workQueue = GetWorkQueueParameters();
     if (!IsRunning(*depthOutStream))
     {
-        const auto topo = make_shared<TarnDepthIRTopology>(GetNameCopy(), faceAuthKsPropertyHandler->faceAuthMode,
+        const auto topo = make_shared<TarnDepthIRTopology>(GetNameCopy(), faceAuth->faceAuthMode,
                                                            depthPresetsController, framePrivacy, calibration);
         CHECK_HR_AS("topo->Init(inputStream, irOutStream, nextMediaType, wqParams)",
                     topo->Init(inputStream, irOutStream, nextMediaType, workQueue));
@@ -98,12 +104,13 @@ HRESULT TarnDepthDeviceMft::BuildIrTopology(IMFMediaType *nextMediaType, std::sh
 HRESULT TarnDepthDeviceMft::StartOutputStream(const std::shared_ptr<OutputStream> &outputStream,
                                               IMFMediaType *nextMediaType)
 {
-    faceAuthKsPropertyHandler->AllowModeChange(false); // the topology reads the mode
+    faceAuth->AllowModeChange(false); // the topology reads the mode
     const HRESULT started = mft_utils::Guarded([&] {
         stateChangeLock.AssertHeld();
         return currentTopology.Start(
             outputStream, nextMediaType,
             [&](std::shared_ptr<Topology> &topology) {
+                stateChangeLock.AssertHeld();
                 const HRESULT built = BuildTopology(outputStream, nextMediaType, topology);
                 if (SUCCEEDED(built))
                 {
@@ -115,7 +122,7 @@ HRESULT TarnDepthDeviceMft::StartOutputStream(const std::shared_ptr<OutputStream
     });
     if (FAILED(started) && !currentTopology.Runs())
     {
-        faceAuthKsPropertyHandler->AllowModeChange(true);
+        faceAuth->AllowModeChange(true);
     }
     return started;
 }
@@ -135,30 +142,53 @@ HRESULT TarnDepthDeviceMft::StopOutputStream(const std::shared_ptr<OutputStream>
     const HRESULT stopped = currentTopology.Stop(outputStream, nextMediaType);
     if (ran && !currentTopology.Runs())
     {
-        faceAuthKsPropertyHandler->AllowModeChange(true); // however it ended
+        faceAuth->AllowModeChange(true); // however it ended
     }
     return stopped;
 }
 
 HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
 {
-    // An application's thread: no output may start or stop meanwhile.
-    const std::scoped_lock guard(stateChangeLock);
-    const auto &inputStream = At(inputStreams, 0);
-    if (IsRunning(*At(outputStreams, irStreamIndex)))
+    const std::scoped_lock guard(stateChangeLock); // no output may start or stop meanwhile
+    const bool previous = confidenceMap->IsEnabled();
+    if (enable == previous)
+    {
+        TRACE_INFO("confidence map stays %s", StateName(previous));
+        return S_OK;
+    }
+    TRACE_INFO("confidence map: %s -> %s", StateName(previous), StateName(enable));
+    nextConfidenceMap = enable;
+    const HRESULT applied = mft_utils::Guarded([&] {
+        stateChangeLock.AssertHeld();
+        return ApplyConfidenceMap(enable);
+    });
+    if (FAILED(applied))
+    {
+        nextConfidenceMap = previous;
+        return applied;
+    }
+    confidenceMap->Set(enable);
+    return S_OK;
+}
+
+HRESULT TarnDepthDeviceMft::ApplyConfidenceMap(bool enable)
+{
+    const auto &irOutStream = At(outputStreams, irStreamIndex);
+    if (IsRunning(*irOutStream))
     {
         TRACE_ERROR("%s: no confidence map while infrared runs", GetName());
         return E_UNEXPECTED;
     }
     if (!IsRunning(*At(outputStreams, depthStreamIndex)))
     {
-        return S_OK; // the next depth topology asks
+        return S_OK; // the next depth topology is built for it
     }
-    if (currentTopology.Serves(*At(outputStreams, irStreamIndex)))
-    {
-        CHECK_HR(EndCombinedTopology());
-        return S_OK; // built for the state to come
-    }
+    return currentTopology.Serves(*irOutStream) ? EndCombinedTopology() : RestartForConfidenceMap(enable);
+}
+
+HRESULT TarnDepthDeviceMft::RestartForConfidenceMap(bool enable)
+{
+    const auto &inputStream = At(inputStreams, 0);
     ComPtr<IMFMediaType> currentMediaType;
     CHECK_HR_AS("inputStream->GetCurrentMediaType(currentMediaType.GetAddressOf())",
                 WantedInputMediaType(currentMediaType.GetAddressOf()));
