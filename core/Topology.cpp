@@ -1,5 +1,6 @@
 #include "core/Topology.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "core/AsyncTopologyNode.h"
@@ -50,6 +51,11 @@ HRESULT Topology::Deactivate()
     const HRESULT result = StopInputStreams();
     Disconnect();
     return result;
+}
+
+bool Topology::Serves(const OutputStream &stream) const noexcept
+{
+    return std::any_of(outputs.begin(), outputs.end(), [&](const auto &output) { return output->LeadsTo(stream); });
 }
 
 HRESULT Topology::StopInputStreams()

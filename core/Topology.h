@@ -27,6 +27,9 @@ class Topology : public user_space_frameworks::Object
     // frames: hold no lock that a node needs.
     virtual HRESULT Deactivate();
 
+    // Whether one of its chains ends in `stream`.
+    bool Serves(const OutputStream &stream) const noexcept;
+
   protected:
     explicit Topology(std::string topologyName);
 

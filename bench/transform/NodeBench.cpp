@@ -16,7 +16,7 @@
 #include "bench/Task.h"
 #include "nodes/CropMmTopologyNode.h"
 #include "nodes/SharpeningTopologyNode.h"
-#include "device/properties/TarnConfidenceMapConfig.h"
+#include "device/ConfidenceMapState.h"
 #include "device/nodes/TarnConfidenceMapTopologyNode.h"
 #include "device/nodes/TarnIr10to8TopologyNode.h"
 #include "kernels/InstructionSet.h"
@@ -56,15 +56,11 @@ class DroppingNode : public ITopologyNode
     std::size_t count = 0;
 };
 
-std::shared_ptr<TarnConfidenceMapConfig> EnabledMap()
+std::shared_ptr<ConfidenceMapState> EnabledMap()
 {
-    auto config = std::make_shared<TarnConfidenceMapConfig>([](bool /*enable*/) { return S_OK; });
-    KSPROPERTY property{};
-    property.Flags = KSPROPERTY_TYPE_SET;
-    KSPROPERTY_TARN_CONFIDENCE_MAP_CFG enable{1};
-    ULONG returned = 0;
-    Require(config->Run(&property, sizeof(property), &enable, sizeof(enable), &returned), "Run");
-    return config;
+    auto state = std::make_shared<ConfidenceMapState>();
+    state->Set(true);
+    return state;
 }
 
 NodeHandle MakeNode(const Task &task, const NodeHandle &next)
@@ -88,9 +84,8 @@ NodeHandle MakeNode(const Task &task, const NodeHandle &next)
     case Kind::PlaneCopy: // of one plane
         return std::make_shared<SampleCopyTopologyNode>(next, 0.0, 1.0, "Plane copy");
     case Kind::DepthMove: // the map is off
-        return std::make_shared<TarnConfidenceMapTopologyNode>(
-            next, signedWidth, signedHeight,
-            std::make_shared<TarnConfidenceMapConfig>([](bool /*enable*/) { return S_OK; }));
+        return std::make_shared<TarnConfidenceMapTopologyNode>(next, signedWidth, signedHeight,
+                                                               std::make_shared<ConfidenceMapState>());
     case Kind::Median:
         return std::make_shared<CropMmTopologyNode>(next, static_cast<std::int32_t>(inputWidth),
                                                     static_cast<std::int32_t>(inputHeight), signedWidth, signedHeight);

@@ -257,12 +257,9 @@ TEST_F(TarnDepthPrivacyTopologyNodeTest, OnlyARecordThatHoldsDecides)
 
 TEST_F(TarnDepthPrivacyTopologyNodeTest, AConfidenceMapThatIsMadeBehindItShowsNothing)
 {
-    KSPROPERTY set{};
-    set.Flags = KSPROPERTY_TYPE_SET;
-    UINT32 enabled = 1;
-    const auto config = make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
-    EXPECT_HR(S_OK, config->Run(&set, sizeof(set), &enabled, sizeof(enabled), nullptr));
-    TarnDepthPrivacyTopologyNode before(make_shared<TarnConfidenceMapTopologyNode>(end, 2, 1, config), privacy);
+    const auto mapState = make_shared<ConfidenceMapState>();
+    mapState->Set(true);
+    TarnDepthPrivacyTopologyNode before(make_shared<TarnConfidenceMapTopologyNode>(end, 2, 1, mapState), privacy);
     for (const std::uint8_t flags : {std::uint8_t{0}, std::uint8_t{TARN_FRAME_FLAG_PRIVACY}})
     {
         const ComPtr<IMFSample> sample = Picture({200, 200, 0, 0, 7, 7, 7, 7}); // confidence, then depth

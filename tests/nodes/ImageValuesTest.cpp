@@ -134,7 +134,7 @@ TEST(SharpeningTopologyNodeTest, PeakIsRaisedConstantStaysAndTheBorderIsZero)
 
 TEST(NodeSizesTest, SizesThatCannotHoldAreRefused)
 {
-    const auto config = std::make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
+    const auto map = std::make_shared<ConfidenceMapState>();
     const std::function<void()> refused[] = {
         [] { Crop16BitTopologyNode(nullptr, 0, 0, 0, 0); },
         [] { Crop16BitTopologyNode(nullptr, 8, 8, 8, 0); },
@@ -150,8 +150,8 @@ TEST(NodeSizesTest, SizesThatCannotHoldAreRefused)
         [] { TarnIr10to8TopologyNode(nullptr, -8, -8, 0); },
         [] { TarnIr10to8TopologyNode(nullptr, 0x10000, 0x8000, 0); },
         // A plane fits 32 bits, two do not; a frame does, its work memory does not.
-        [&] { TarnConfidenceMapTopologyNode(nullptr, 0x8000, 0x8000, config); },
-        [&] { TarnConfidenceMapTopologyNode(nullptr, 8, -8, config); },
+        [&] { TarnConfidenceMapTopologyNode(nullptr, 0x8000, 0x8000, map); },
+        [&] { TarnConfidenceMapTopologyNode(nullptr, 8, -8, map); },
         [] { TarnConfidenceMapTopologyNode(nullptr, 8, 8, nullptr); },
         [] { SharpeningTopologyNode(nullptr, 0x8000, 0x8000); },
         [] { SharpeningTopologyNode(nullptr, 0, 8); },

@@ -84,14 +84,6 @@ class ConfidenceTest : public InPlaceNodesTest
         EXPECT_HR(S_OK, sample->GetBlob(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, map.data(), size, nullptr));
         return map;
     }
-    void Enable() const
-    {
-        KSPROPERTY property{};
-        property.Flags = KSPROPERTY_TYPE_SET;
-        KSPROPERTY_TARN_CONFIDENCE_MAP_CFG enable{1};
-        ULONG returned = 0;
-        ASSERT_HR(S_OK, config->Run(&property, sizeof(property), &enable, sizeof(enable), &returned));
-    }
     void ExpectDepthInFront(IMFSample *sample) const
     {
         const Bytes bytes = BytesOf(sample);
@@ -106,9 +98,8 @@ class ConfidenceTest : public InPlaceNodesTest
         std::copy(std::begin(confidence), std::end(confidence), bytes.begin());
         return bytes;
     }();
-    const std::shared_ptr<TarnConfidenceMapConfig> config =
-        std::make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
-    TarnConfidenceMapTopologyNode node{end, 4, 3, config};
+    const std::shared_ptr<ConfidenceMapState> mapState = std::make_shared<ConfidenceMapState>();
+    TarnConfidenceMapTopologyNode node{end, 4, 3, mapState};
 };
 
 TEST_F(ConfidenceTest, DepthMovesToTheFrontAndTheEnabledMapSpansTheWholePlane)
@@ -119,7 +110,7 @@ TEST_F(ConfidenceTest, DepthMovesToTheFrontAndTheEnabledMapSpansTheWholePlane)
     EXPECT_EQ(Bytes{}, Map(disabled.Get()));
     ExpectDepthInFront(disabled.Get());
 
-    Enable();
+    mapState->Set(true);
     const auto frame = Frame();
     node.Process(frame.Get());
     ExpectHandedOn(frame);
@@ -131,7 +122,7 @@ TEST_F(ConfidenceTest, DepthMovesToTheFrontAndTheEnabledMapSpansTheWholePlane)
 
 TEST_F(ConfidenceTest, CameraSuppressesTheMapByItsFlagAlone)
 {
-    Enable();
+    mapState->Set(true);
     Bytes suppressing(sizeof(TARN_FRAME_METADATA), 0xFF);
     suppressing[5] = 0x01;
     Bytes silent(sizeof(TARN_FRAME_METADATA), 0xFF);
@@ -148,7 +139,7 @@ TEST_F(ConfidenceTest, CameraSuppressesTheMapByItsFlagAlone)
 
 TEST_F(ConfidenceTest, FrameOneByteShortStaysAndALockFailureDrops)
 {
-    Enable();
+    mapState->Set(true);
     for (const std::size_t length : {std::size_t{0}, kPixels, 2 * kPixels, 4 * kPixels - 1})
     {
         const Bytes bytes(content.begin(), content.begin() + static_cast<std::ptrdiff_t>(length));
