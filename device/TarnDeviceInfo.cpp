@@ -8,10 +8,10 @@
 #include <span>
 #include <utility>
 
-#include "device/calibration/Crc32.h"
 #include "tarn/device_attributes.h"
 #include "tarn/tarn_dmft.h"
 #include "trace/Check.h"
+#include "base/Crc32.h"
 #include "base/WideString.h"
 
 namespace mft_core
@@ -50,7 +50,7 @@ HRESULT TarnDeviceInfo::Init()
     TARN_DEVICE_INFO read{};
     std::memcpy(&read, answer.data(), sizeof(read));
     if (read.version != TARN_DEVICE_INFO_VERSION || read.size != sizeof(read) ||
-        read.checksum != Crc32(std::span(answer).first(offsetof(TARN_DEVICE_INFO, checksum))))
+        read.checksum != user_space_frameworks::Crc32(std::span(answer).first(offsetof(TARN_DEVICE_INFO, checksum))))
     {
         TRACE_ERROR("%s: record does not check, version %u, size %u", GetName(), read.version, read.size);
         return S_OK;

@@ -3,23 +3,10 @@
 #include <cstddef>
 #include <cstring>
 
+#include "base/Crc32.h"
+
 namespace tarn_sim
 {
-
-std::uint32_t Crc32(std::span<const std::uint8_t> bytes) noexcept
-{
-    constexpr std::uint32_t reflectedPolynomial = 0xEDB88320;
-    std::uint32_t crc = 0xFFFFFFFF;
-    for (const std::uint8_t byte : bytes)
-    {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit)
-        {
-            crc = (crc >> 1) ^ ((crc & 1U) != 0 ? reflectedPolynomial : 0U);
-        }
-    }
-    return ~crc;
-}
 
 CalibrationTable DefaultCalibration() noexcept
 {
@@ -52,7 +39,7 @@ std::vector<std::uint8_t> SealedBytes(CalibrationTable table)
     table.size = sizeof(table);
     std::vector<std::uint8_t> bytes(sizeof(table));
     std::memcpy(bytes.data(), &table, sizeof(table));
-    const std::uint32_t checksum = Crc32({bytes.data(), offsetof(CalibrationTable, checksum)});
+    const std::uint32_t checksum = user_space_frameworks::Crc32({bytes.data(), offsetof(CalibrationTable, checksum)});
     std::memcpy(bytes.data() + offsetof(CalibrationTable, checksum), &checksum, sizeof(checksum));
     return bytes;
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <vector>
 
 namespace tarn_sim
@@ -30,9 +29,6 @@ struct CalibrationTable
     std::uint32_t checksum; // CRC-32 of all bytes before
 };
 static_assert(sizeof(CalibrationTable) == 104);
-
-// CRC-32 as in ISO 3309: polynomial 0x04C11DB7 reflected, start and final XOR 0xFFFFFFFF.
-std::uint32_t Crc32(std::span<const std::uint8_t> bytes) noexcept;
 
 // A plausible camera: 640 x 480, 68 degrees wide, the color camera 25 mm to the side and turned by 1 degree about y.
 CalibrationTable DefaultCalibration() noexcept;

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "sim/CalibrationTable.h"
+#include "base/Crc32.h"
 
 namespace tarn_sim
 {
@@ -30,7 +30,7 @@ std::vector<std::uint8_t> SealedBytes(DeviceInfo info)
     info.size = sizeof(info);
     std::vector<std::uint8_t> bytes(sizeof(info));
     std::memcpy(bytes.data(), &info, sizeof(info));
-    const std::uint32_t checksum = Crc32({bytes.data(), offsetof(DeviceInfo, checksum)});
+    const std::uint32_t checksum = user_space_frameworks::Crc32({bytes.data(), offsetof(DeviceInfo, checksum)});
     std::memcpy(bytes.data() + offsetof(DeviceInfo, checksum), &checksum, sizeof(checksum));
     return bytes;
 }

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "sim/CalibrationTable.h"
+#include "base/Crc32.h"
 #include "tarn/device_info.h"
 
 namespace tarn_host
@@ -39,7 +39,7 @@ nlohmann::ordered_json DecodeDeviceInfo(std::span<const std::uint8_t> answer)
     }
     std::memcpy(&info, answer.data(), sizeof(info));
     const bool checks = info.version == TARN_DEVICE_INFO_VERSION && info.size == sizeof(info) &&
-                        info.checksum == tarn_sim::Crc32(answer.first(offsetof(TARN_DEVICE_INFO, checksum)));
+                        info.checksum == user_space_frameworks::Crc32(answer.first(offsetof(TARN_DEVICE_INFO, checksum)));
     return {{"product", Printable(info.productName)},
             {"serialNumber", Printable(info.serialNumber)},
             {"firmware", VersionText(info.firmwareVersion)},
