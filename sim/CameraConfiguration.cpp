@@ -5,7 +5,9 @@
 #include "sim/CalibrationTable.h"
 #include "sim/CameraIdentifiers.h"
 #include "sim/DeviceInfo.h"
-#include "sim/Platform.h"
+#include "base/ThrowIfFailed.h"
+
+using mft_utils::ThrowIfFailed;
 
 namespace tarn_sim
 {
@@ -46,18 +48,18 @@ std::vector<ComPtr<IMFMediaType>> MakeTypes(const VideoFormat (&formats)[Count])
 ComPtr<IMFMediaType> MakeVideoType(const GUID &subtype, UINT32 width, UINT32 height, UINT32 fps)
 {
     ComPtr<IMFMediaType> type;
-    Require(MFCreateMediaType(&type), "MFCreateMediaType");
+    ThrowIfFailed(MFCreateMediaType(&type), "MFCreateMediaType");
     const UINT32 sampleBytes = width * height * BytesPerPixel(subtype);
-    Require(type->SetGUID(MF_MT_MAJOR_TYPE, MFMediaType_Video), "SetGUID");
-    Require(type->SetGUID(MF_MT_SUBTYPE, subtype), "SetGUID");
-    Require(MFSetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, width, height), "MFSetAttributeSize");
-    Require(MFSetAttributeRatio(type.Get(), MF_MT_FRAME_RATE, fps, 1), "MFSetAttributeRatio");
-    Require(MFSetAttributeRatio(type.Get(), MF_MT_PIXEL_ASPECT_RATIO, 1, 1), "MFSetAttributeRatio");
-    Require(type->SetUINT32(MF_MT_INTERLACE_MODE, MFVideoInterlace_Progressive), "SetUINT32");
-    Require(type->SetUINT32(MF_MT_ALL_SAMPLES_INDEPENDENT, TRUE), "SetUINT32");
-    Require(type->SetUINT32(MF_MT_FIXED_SIZE_SAMPLES, TRUE), "SetUINT32");
-    Require(type->SetUINT32(MF_MT_SAMPLE_SIZE, sampleBytes), "SetUINT32");
-    Require(type->SetUINT32(MF_MT_DEFAULT_STRIDE, width * 2), "SetUINT32");
+    ThrowIfFailed(type->SetGUID(MF_MT_MAJOR_TYPE, MFMediaType_Video), "SetGUID");
+    ThrowIfFailed(type->SetGUID(MF_MT_SUBTYPE, subtype), "SetGUID");
+    ThrowIfFailed(MFSetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, width, height), "MFSetAttributeSize");
+    ThrowIfFailed(MFSetAttributeRatio(type.Get(), MF_MT_FRAME_RATE, fps, 1), "MFSetAttributeRatio");
+    ThrowIfFailed(MFSetAttributeRatio(type.Get(), MF_MT_PIXEL_ASPECT_RATIO, 1, 1), "MFSetAttributeRatio");
+    ThrowIfFailed(type->SetUINT32(MF_MT_INTERLACE_MODE, MFVideoInterlace_Progressive), "SetUINT32");
+    ThrowIfFailed(type->SetUINT32(MF_MT_ALL_SAMPLES_INDEPENDENT, TRUE), "SetUINT32");
+    ThrowIfFailed(type->SetUINT32(MF_MT_FIXED_SIZE_SAMPLES, TRUE), "SetUINT32");
+    ThrowIfFailed(type->SetUINT32(MF_MT_SAMPLE_SIZE, sampleBytes), "SetUINT32");
+    ThrowIfFailed(type->SetUINT32(MF_MT_DEFAULT_STRIDE, width * 2), "SetUINT32");
     return type;
 }
 

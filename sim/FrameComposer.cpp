@@ -7,7 +7,9 @@
 
 #include "sim/CameraIdentifiers.h"
 #include "sim/FrameMetadata.h"
-#include "sim/Platform.h"
+#include "base/ThrowIfFailed.h"
+
+using mft_utils::ThrowIfFailed;
 
 namespace tarn_sim
 {
@@ -99,14 +101,14 @@ ComPtr<IMFSample> ComposeFrame(const FrameToCompose &frame, IFrameSource &source
     }
     if (frame.fault.isShort)
     {
-        Require(buffer->SetCurrentLength(size / 2), "SetCurrentLength");
+        ThrowIfFailed(buffer->SetCurrentLength(size / 2), "SetCurrentLength");
     }
 
     ComPtr<IMFSample> sample;
-    Require(MFCreateSample(&sample), "MFCreateSample");
-    Require(sample->AddBuffer(buffer.Get()), "AddBuffer");
-    Require(sample->SetSampleTime(frame.time100ns), "SetSampleTime");
-    Require(sample->SetSampleDuration(format.interval100ns), "SetSampleDuration");
+    ThrowIfFailed(MFCreateSample(&sample), "MFCreateSample");
+    ThrowIfFailed(sample->AddBuffer(buffer.Get()), "AddBuffer");
+    ThrowIfFailed(sample->SetSampleTime(frame.time100ns), "SetSampleTime");
+    ThrowIfFailed(sample->SetSampleDuration(format.interval100ns), "SetSampleDuration");
     AttachMetadata(sample.Get(), MakeRecord(frame, request.illuminated, controls), frame.fault.metadata);
     return sample;
 }

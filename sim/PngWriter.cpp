@@ -1,7 +1,5 @@
 // Portable Network Graphics, second edition: signature, then chunks of length, type, data and CRC. The picture data are
 // a zlib stream (RFC 1950) of stored blocks (RFC 1951, 3.2.4).
-#include "sim/PngImage.h"
-
 #include <algorithm>
 #include <fstream>
 #include <stdexcept>
@@ -9,6 +7,7 @@
 #include <utility>
 
 #include "base/Crc32.h"
+#include "sim/PngImage.h"
 
 namespace tarn_sim
 {

@@ -45,7 +45,8 @@ std::shared_ptr<tarn_sim::IFrameSource> MakeSource(const std::filesystem::path &
 } // namespace
 
 StreamRun::StreamRun(const Scenario &playedScenario, const RunOptions &runOptions, ProgressLine &progressLine)
-    : scenario(playedScenario), options(runOptions), progress(progressLine), session(*this), books(runOptions.framesToShow)
+    : scenario(playedScenario), options(runOptions), progress(progressLine), session(*this),
+      books(runOptions.framesToShow)
 {
 }
 
@@ -318,7 +319,7 @@ void StreamRun::OnFrame(DWORD streamId, IMFSample *sample)
     const HRESULT result = session.ProcessInput(streamId, sample);
     if (FAILED(result) && !books.FrameRefused(streamId, enteredIn))
     {
-        Fail(HostError("ProcessInput", result).what());
+        Fail(HostError(result, "ProcessInput").what());
     }
 }
 

@@ -2,9 +2,9 @@
 #include "tools/runs/StreamRun.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "tools/command/ExitCode.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -92,12 +92,9 @@ std::string StreamRun::ProgressText(const Phase &phase) const
     std::string text = (scenario.phases.size() > 1 ? scenario.title + ", " : "") + phase.caption + ":";
     books.ForEachRunning([&](const PhaseBooks::Stretch &stretch) {
         const StreamSummary summary = stretch.collector.Summary();
-        char part[96];
-        std::snprintf(part, sizeof part, "   %s %llu in, %llu out, %.1f fps",
-                      NameOfOutput(scenario.transform, stretch.collector.Id()),
-                      static_cast<unsigned long long>(summary.framesIn),
-                      static_cast<unsigned long long>(summary.framesOut), summary.framesPerSecond);
-        text += part;
+        text += Format("   %s %llu in, %llu out, %.1f fps", NameOfOutput(scenario.transform, stretch.collector.Id()),
+                       static_cast<unsigned long long>(summary.framesIn),
+                       static_cast<unsigned long long>(summary.framesOut), summary.framesPerSecond);
     });
     return text;
 }
