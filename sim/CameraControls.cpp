@@ -53,6 +53,12 @@ bool CameraControls::Store(ULONG id, std::uint8_t value)
     return true;
 }
 
+std::uint8_t CameraControls::ValueOf(ULONG id) const
+{
+    ByteControl control;
+    return Find(id, control) ? control.value : std::uint8_t{0};
+}
+
 void CameraControls::SetErrorCode(std::uint8_t code)
 {
     Store(errorControl, code);
@@ -60,23 +66,19 @@ void CameraControls::SetErrorCode(std::uint8_t code)
 
 void CameraControls::FillMetadata(TARN_FRAME_METADATA &record) const
 {
-    const auto valueOf = [this](ULONG id) {
-        ByteControl control;
-        return Find(id, control) ? control.value : std::uint8_t{0};
-    };
     record.flags =
         static_cast<std::uint8_t>((confidenceSuppressed ? TARN_FRAME_FLAG_CONFIDENCE_SUPPRESSED : 0U) |
                                   (privacy ? TARN_FRAME_FLAG_PRIVACY : 0U) | (hdr ? TARN_FRAME_FLAG_HDR : 0U));
-    record.errorCode = valueOf(errorControl);
+    record.errorCode = ValueOf(errorControl);
     if (errorControl != kControlDepthError)
     {
         return;
     }
-    record.laserPower = valueOf(kControlLaserPower);
-    record.accuracy = valueOf(kControlAccuracy);
-    record.motionVersusRange = valueOf(kControlMotionVersusRange);
-    record.filterOption = valueOf(kControlFilterOption);
-    record.confidenceThreshold = valueOf(kControlConfidenceThreshold);
+    record.laserPower = ValueOf(kControlLaserPower);
+    record.accuracy = ValueOf(kControlAccuracy);
+    record.motionVersusRange = ValueOf(kControlMotionVersusRange);
+    record.filterOption = ValueOf(kControlFilterOption);
+    record.confidenceThreshold = ValueOf(kControlConfidenceThreshold);
 }
 
 } // namespace tarn_sim

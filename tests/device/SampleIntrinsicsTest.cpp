@@ -61,7 +61,7 @@ class SampleIntrinsicsTest : public testing::TestWithParam<Session>
 
     ComPtr<IMFSample> Frame(const Output &wanted)
     {
-        EXPECT_HR(S_OK, server.camera->Step(0, 1));
+        EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
         ComPtr<IMFSample> frame;
         for (const Output &output : GetParam().outputs)
         {

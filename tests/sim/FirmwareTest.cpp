@@ -75,7 +75,7 @@ TEST_F(FirmwareTest, RefusesWhatIsNoCommand)
         EXPECT_EQ(Bytes{}, Execute(block)) << "block " << &block - refused;
         EXPECT_EQ(Firmware::kRefusal, echo);
     }
-    EXPECT_EQ(std::size(refused), camera->FirmwareNow().refused);
+    EXPECT_EQ(std::size(refused), camera->Ks().FirmwareNow().refused);
 
     auto block = Block(kOpcodeEcho, {}, 20);
     EXPECT_HR(HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER), Transfer(KSPROPERTY_TYPE_SET, block.data(), 1023));

@@ -63,7 +63,7 @@ TEST(FrameLayoutTest, EachFormatHoldsTheScenesPlanesInOrder)
         configuration.guardPages = true;
         const auto camera = MakeCamera(configuration);
         const auto samples = Capture(*camera.Get(), MakeVideoType(subtype, 640, 480, fps).Get(), 3);
-        camera->StopAll();
+        camera->Pins().StopAll();
 
         ASSERT_EQ(3U, samples.size());
         for (std::uint32_t number = 0; number < samples.size(); ++number)
@@ -97,10 +97,10 @@ TEST(GeneratedSceneTest, RedrawsOnlyTheBallAtAnySize)
 TEST(FrameMetadataTest, RecordTellsHowTheFrameWasTaken)
 {
     const auto camera = MakeCamera(CameraConfiguration::TarnDepth());
-    camera->SetPrivacy(true);
-    camera->SetConfidenceSuppressed(true);
+    camera->Controls().privacy = true;
+    camera->Controls().confidenceSuppressed = true;
     const auto samples = Capture(*camera.Get(), MakeVideoType(kSubtypeFaceLogin, 640, 480, 60).Get(), 2);
-    camera->StopAll();
+    camera->Pins().StopAll();
 
     ASSERT_EQ(2U, samples.size());
     LONGLONG time = 0;

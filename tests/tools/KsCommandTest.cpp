@@ -64,7 +64,7 @@ class KsCommandTest : public testing::Test
     }
     void UseTransform(tarn_test::TestFrameServer &server, const std::function<void(const KsClient &)> &use) const
     {
-        server.camera->SetFaultPlan(faults);
+        server.camera->Faults().SetPlan(faults);
         ComPtr<IKsControl> control;
         ASSERT_HR(S_OK, server.transform.As(&control));
         use(KsClient(control));

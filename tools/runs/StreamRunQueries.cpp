@@ -61,7 +61,7 @@ bool StreamRun::AllFramesIn(const Phase &phase) const
         return books.AllHaveFramesIn(phase.frames);
     }
     return std::all_of(pinIds.begin(), pinIds.end(), [&](DWORD id) {
-        const tarn_sim::PinStatistics pin = camera->Statistics(id);
+        const tarn_sim::PinStatistics pin = camera->Pins().Statistics(id);
         return pin.delivered + pin.dropped + pin.failed >= frameLimit;
     });
 }
@@ -81,7 +81,7 @@ double StreamRun::ShareDone(const Phase &phase, ProgressLine::Clock::duration el
     }
     for (const DWORD id : pinIds)
     {
-        const tarn_sim::PinStatistics pin = camera->Statistics(id);
+        const tarn_sim::PinStatistics pin = camera->Pins().Statistics(id);
         frames = std::min(frames, pin.delivered + pin.dropped + pin.failed);
     }
     return static_cast<double>(frames) / static_cast<double>(frameLimit);
