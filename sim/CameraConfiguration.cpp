@@ -2,9 +2,9 @@
 
 #include "platform/CameraAttributes.h"
 
-#include "sim/CalibrationTable.h"
-#include "sim/CameraIdentifiers.h"
-#include "sim/DeviceInfo.h"
+#include <tarn/tarn_formats.h>
+
+#include "sim/CameraRecords.h"
 #include "base/ThrowIfFailed.h"
 
 using mft_utils::ThrowIfFailed;
@@ -29,7 +29,7 @@ struct VideoFormat
 
 UINT32 BytesPerPixel(const GUID &subtype)
 {
-    const bool twoPlanes = IsEqualGUID(subtype, kSubtypeInfraredDepth) || IsEqualGUID(subtype, kSubtypeConfidenceDepth);
+    const bool twoPlanes = IsEqualGUID(subtype, CUSTOM_GUID_KELP_ZI) || IsEqualGUID(subtype, CUSTOM_GUID_KELP_ZC);
     return twoPlanes ? 4 : 2;
 }
 
@@ -68,7 +68,7 @@ CameraConfiguration CameraConfiguration::GenericDepth16(UINT32 width, UINT32 hei
     CameraConfiguration configuration;
     configuration.pins.push_back(
         {0,
-         {MakeVideoType(kSubtypeD16, width, height, fps), MakeVideoType(kSubtypeL16, width, height, fps)},
+         {MakeVideoType(MFVideoFormat_D16, width, height, fps), MakeVideoType(MFVideoFormat_L16, width, height, fps)},
          MFFrameSourceTypes_Depth});
     configuration.nodes = {kCameraTerminalNode, kVideoStreamingNode};
     return configuration;
@@ -77,29 +77,21 @@ CameraConfiguration CameraConfiguration::GenericDepth16(UINT32 width, UINT32 hei
 CameraConfiguration CameraConfiguration::TarnDepth()
 {
     const VideoFormat formats[] = {
-        {&kSubtypeDepth, 640, 480, 30},
-        {&kSubtypeDepth, 640, 480, 60},
-        {&kSubtypeDepth, 1280, 720, 30},
-        {&kSubtypeDepth, 320, 240, 30},
-        {&kSubtypeDepth, 320, 240, 60},
-        {&kSubtypeInfraredDepth, 640, 480, 30},
-        {&kSubtypeInfraredDepth, 640, 480, 60},
-        {&kSubtypeInfraredDepth, 1280, 720, 30},
-        {&kSubtypeInfraredDepth, 320, 240, 30},
-        {&kSubtypeInfraredDepth, 320, 240, 60},
-        {&kSubtypeConfidenceDepth, 640, 480, 30},
-        {&kSubtypeConfidenceDepth, 640, 480, 60},
-        {&kSubtypeConfidenceDepth, 1280, 720, 30},
-        {&kSubtypeConfidenceDepth, 320, 240, 30},
-        {&kSubtypeConfidenceDepth, 320, 240, 60},
-        {&kSubtypeFaceLogin, 640, 480, 60},
+        {&CUSTOM_GUID_KELP_Z, 640, 480, 30},   {&CUSTOM_GUID_KELP_Z, 640, 480, 60},
+        {&CUSTOM_GUID_KELP_Z, 1280, 720, 30},  {&CUSTOM_GUID_KELP_Z, 320, 240, 30},
+        {&CUSTOM_GUID_KELP_Z, 320, 240, 60},   {&CUSTOM_GUID_KELP_ZI, 640, 480, 30},
+        {&CUSTOM_GUID_KELP_ZI, 640, 480, 60},  {&CUSTOM_GUID_KELP_ZI, 1280, 720, 30},
+        {&CUSTOM_GUID_KELP_ZI, 320, 240, 30},  {&CUSTOM_GUID_KELP_ZI, 320, 240, 60},
+        {&CUSTOM_GUID_KELP_ZC, 640, 480, 30},  {&CUSTOM_GUID_KELP_ZC, 640, 480, 60},
+        {&CUSTOM_GUID_KELP_ZC, 1280, 720, 30}, {&CUSTOM_GUID_KELP_ZC, 320, 240, 30},
+        {&CUSTOM_GUID_KELP_ZC, 320, 240, 60},  {&CUSTOM_GUID_KELP_FACE_LOGIN, 640, 480, 60},
     };
     CameraConfiguration configuration;
     configuration.pins.push_back({0, MakeTypes(formats), MFFrameSourceTypes_Depth | MFFrameSourceTypes_Infrared});
     configuration.nodes = {kCameraTerminalNode, KSNODETYPE_DEV_SPECIFIC, kVideoProcessingNode, KSNODETYPE_DEV_SPECIFIC,
                            kVideoStreamingNode};
     configuration.extensionUnitNode = 3;
-    configuration.extensionUnitSet = kDepthExtensionUnit;
+    configuration.extensionUnitSet = KSPROPERTYSETID_TARN_DEPTH_CONTROL;
     configuration.calibrationTable = SealedBytes(DefaultCalibration());
     configuration.deviceInfo = SealedBytes(DefaultDeviceInfo());
     return configuration;
@@ -108,16 +100,16 @@ CameraConfiguration CameraConfiguration::TarnDepth()
 CameraConfiguration CameraConfiguration::TarnColor()
 {
     const VideoFormat formats[] = {
-        {&kSubtypeYuy2, 640, 480, 30},
-        {&kSubtypeYuy2, 640, 480, 60},
-        {&kSubtypeYuy2, 1280, 720, 30},
-        {&kSubtypeYuy2, 1920, 1080, 30},
+        {&MFVideoFormat_YUY2, 640, 480, 30},
+        {&MFVideoFormat_YUY2, 640, 480, 60},
+        {&MFVideoFormat_YUY2, 1280, 720, 30},
+        {&MFVideoFormat_YUY2, 1920, 1080, 30},
     };
     CameraConfiguration configuration;
     configuration.pins.push_back({0, MakeTypes(formats), MFFrameSourceTypes_Color});
     configuration.nodes = {kCameraTerminalNode, kVideoProcessingNode, KSNODETYPE_DEV_SPECIFIC, kVideoStreamingNode};
     configuration.extensionUnitNode = 2;
-    configuration.extensionUnitSet = kColorExtensionUnit;
+    configuration.extensionUnitSet = KSPROPERTYSETID_TARN_COLOR_CONTROL;
     configuration.calibrationTable = SealedBytes(DefaultCalibration());
     return configuration;
 }

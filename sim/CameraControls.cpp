@@ -9,7 +9,7 @@ namespace tarn_sim
 
 CameraControls::CameraControls(const GUID &extensionUnitSet)
 {
-    if (IsEqualGUID(extensionUnitSet, kDepthExtensionUnit))
+    if (IsEqualGUID(extensionUnitSet, KSPROPERTYSETID_TARN_DEPTH_CONTROL))
     {
         errorControl = kControlDepthError;
         controls = {{kControlLaserPower, Access::ReadWrite, 0, 16, 1, 16, 16},
@@ -19,7 +19,7 @@ CameraControls::CameraControls(const GUID &extensionUnitSet)
                     {kControlFilterOption, Access::ReadWrite, 0, 7, 1, 5, 5},
                     {kControlConfidenceThreshold, Access::ReadWrite, 0, 15, 1, 3, 3}};
     }
-    else if (IsEqualGUID(extensionUnitSet, kColorExtensionUnit))
+    else if (IsEqualGUID(extensionUnitSet, KSPROPERTYSETID_TARN_COLOR_CONTROL))
     {
         errorControl = kControlColorError;
         controls = {{kControlExposurePriority, Access::ReadWrite, 0, 1, 1, 0, 0},

@@ -1,39 +1,22 @@
-// The calibration table that the camera keeps in its flash memory; layout in docs/calibration.md.
+// What the camera keeps in its flash memory.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
+#include <tarn/calibration_table.h>
+#include <tarn/device_info.h>
+
 namespace tarn_sim
 {
 
-// Little-endian, no padding. Lengths in pixels of the reference size unless stated.
-struct CalibrationTable
-{
-    char magic[4];                // "TCAL"
-    std::uint16_t version;        // 1
-    std::uint16_t size;           // of the table in bytes, checksum included
-    std::uint32_t referenceWidth; // 4:3
-    std::uint32_t referenceHeight;
-    float focalLengthX;
-    float focalLengthY;
-    float principalPointX; // from the centre of the top left pixel
-    float principalPointY;
-    float radialK1;
-    float radialK2;
-    float radialK3;
-    float tangentialP1;
-    float tangentialP2;
-    float rotation[9];      // depth to color camera, row by row
-    float translationMm[3]; // depth camera's origin in the color camera's axes
-    std::uint32_t checksum; // CRC-32 of all bytes before
-};
-static_assert(sizeof(CalibrationTable) == 104);
-
 // A plausible camera: 640 x 480, 68 degrees wide, the color camera 25 mm to the side and turned by 1 degree about y.
-CalibrationTable DefaultCalibration() noexcept;
+TARN_CALIBRATION_TABLE DefaultCalibration() noexcept;
 
-// The table's bytes with magic, version, size and checksum made right.
-std::vector<std::uint8_t> SealedBytes(CalibrationTable table);
+TARN_DEVICE_INFO DefaultDeviceInfo() noexcept;
+
+// The record's bytes with version, size, checksum and, where it has one, magic made right.
+std::vector<std::uint8_t> SealedBytes(TARN_CALIBRATION_TABLE table);
+std::vector<std::uint8_t> SealedBytes(TARN_DEVICE_INFO info);
 
 } // namespace tarn_sim

@@ -6,8 +6,8 @@
 #include "platform/ExtendedCameraControl.h"
 #include "platform/RealTimeClientEx.h"
 
-#include "sim/CameraIdentifiers.h"
 #include "tarn/tarn_dmft.h"
+#include "tarn/tarn_formats.h"
 #include "tests/support/TestFrameServer.h"
 #include "media/MediaTypeParser.h"
 

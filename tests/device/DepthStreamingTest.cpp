@@ -185,7 +185,7 @@ TEST(DepthStreamingTest, AStartThatNoTopologyCanServeChangesNothing)
 {
     auto configuration = DepthServer::SteppedTarnDepth();
     configuration.pins.front().types.push_back(
-        tarn_sim::MakeVideoType(tarn_sim::kSubtypeDepth, 1920, 1080, 30)); // depth alone at this size
+        tarn_sim::MakeVideoType(CUSTOM_GUID_KELP_Z, 1920, 1080, 30)); // depth alone at this size
     DepthServer server(configuration);
     ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
 
@@ -257,7 +257,7 @@ TEST(DepthStreamingTest, AConfidenceMapThatThePinCannotServeChangesNothing)
 {
     for (const bool wasEnabled : {false, true})
     {
-        DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeConfidenceDepth));
+        DepthServer server(DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_ZC));
         ASSERT_HR(S_OK, server.SetConfidenceMap(wasEnabled)); // nothing runs that could refuse it
         ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
         ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));

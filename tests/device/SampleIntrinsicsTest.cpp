@@ -113,7 +113,7 @@ class SampleIntrinsicsTest : public testing::TestWithParam<Session>
 
     static Ray Unproject(const MFPinholeCameraIntrinsic_IntrinsicModel &model, UINT32 x, UINT32 y)
     {
-        tarn_sim::CalibrationTable lens{};
+        TARN_CALIBRATION_TABLE lens{};
         lens.radialK1 = model.DistortionModel.Radial_k1;
         lens.radialK2 = model.DistortionModel.Radial_k2;
         lens.radialK3 = model.DistortionModel.Radial_k3;

@@ -34,7 +34,7 @@ TEST(TarnColorDeviceMftTest, FramesAndFormatsAreUntouchedAndCarryTheirRecords)
     ASSERT_HR(S_OK, server.initialized);
     GUID subtype{};
     EXPECT_HR(S_OK, server.OutputType(0)->GetGUID(MF_MT_SUBTYPE, &subtype));
-    EXPECT_TRUE(IsEqualGUID(tarn_sim::kSubtypeYuy2, subtype));
+    EXPECT_TRUE(IsEqualGUID(MFVideoFormat_YUY2, subtype));
     ComPtr<IMFAttributes> attributes;
     ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(0, &attributes));
     UINT32 size = 0;

@@ -109,7 +109,7 @@ TEST(TarnDepthDeviceMftTest, TheFaceLoginTypeIsTheFirstOfTheInfraredOutput)
 
 TEST(TarnDepthDeviceMftTest, ACameraWithoutFaceLoginFormatOffersNeitherTypeNorMode)
 {
-    DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeFaceLogin));
+    DepthServer server(DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_FACE_LOGIN));
     ASSERT_HR(S_OK, server.initialized);
     EXPECT_EQ(5u, TypeCount(server, kInfrared));
     EXPECT_EQ(nullptr, server.FindType(kInfrared, 360, 360, 60));

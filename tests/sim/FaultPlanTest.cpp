@@ -12,13 +12,13 @@ class FaultPlanTest : public testing::Test
 {
   protected:
     ComPtr<SimulatedCamera> camera = MakeCamera(CameraConfiguration::TarnDepth());
-    ComPtr<IMFMediaType> type = MakeVideoType(kSubtypeDepth, 320, 240, 30);
+    ComPtr<IMFMediaType> type = MakeVideoType(CUSTOM_GUID_KELP_Z, 320, 240, 30);
 
     HRESULT LaserPower()
     {
         std::uint8_t value = 0;
-        return NodeProperty(*camera.Get(), kDepthExtensionUnit, kControlLaserPower, KSPROPERTY_TYPE_GET, &value, 1,
-                            nullptr);
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlLaserPower, KSPROPERTY_TYPE_GET,
+                            &value, 1, nullptr);
     }
 };
 
@@ -109,7 +109,7 @@ TEST(FailingSourceTest, CostsOnlyItsOwnFrames)
     configuration.frameSource = std::make_shared<FailingSource>();
     const auto camera = MakeCamera(configuration);
 
-    EXPECT_EQ(3U, Capture(*camera.Get(), MakeVideoType(kSubtypeD16, 32, 24, 60).Get(), 6).size());
+    EXPECT_EQ(3U, Capture(*camera.Get(), MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get(), 6).size());
 
     EXPECT_EQ(3U, camera->Pins().Statistics(0).failed);
     EXPECT_EQ(0U, camera->Pins().Statistics(0).outstanding);

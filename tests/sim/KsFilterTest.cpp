@@ -26,7 +26,7 @@ class KsFilterTest : public testing::Test
 
     HRESULT Control(ULONG id, ULONG flags, void *data, ULONG length)
     {
-        return NodeProperty(*camera.Get(), kDepthExtensionUnit, id, flags, data, length, &returned);
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, id, flags, data, length, &returned);
     }
 };
 
@@ -82,8 +82,8 @@ TEST_F(KsFilterTest, KeepsAValueOnlyWithinItsRange)
     {
         value[0] = granularity;
         EXPECT_HR(granularity == 12 ? S_OK : E_INVALIDARG,
-                  NodeProperty(*camera.Get(), kColorExtensionUnit, kControlExposureGranularity, kSet, value.data(), 1,
-                               &returned, 2));
+                  NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_COLOR_CONTROL, kControlExposureGranularity, kSet,
+                               value.data(), 1, &returned, 2));
     }
     EXPECT_EQ(12, camera->Controls().ValueOf(kControlExposureGranularity));
 }
@@ -93,14 +93,16 @@ TEST_F(KsFilterTest, RefusesWhatItDoesNotKnow)
     for (ULONG node = 0; node < 5; ++node) // decoys around the extension unit
     {
         EXPECT_HR(node == 3 ? S_OK : kSetNotFound,
-                  NodeProperty(*camera.Get(), kDepthExtensionUnit, kControlLaserPower, KSPROPERTY_TYPE_SETSUPPORT,
-                               nullptr, 0, &returned, node));
+                  NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlLaserPower,
+                               KSPROPERTY_TYPE_SETSUPPORT, nullptr, 0, &returned, node));
     }
-    EXPECT_HR(E_INVALIDARG, NodeProperty(*camera.Get(), kDepthExtensionUnit, 1, kGet, nullptr, 0, &returned, 5));
-    EXPECT_HR(kSetNotFound, NodeProperty(*camera.Get(), kColorExtensionUnit, 1, kGet, nullptr, 0, &returned));
+    EXPECT_HR(E_INVALIDARG,
+              NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, 1, kGet, nullptr, 0, &returned, 5));
+    EXPECT_HR(kSetNotFound,
+              NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_COLOR_CONTROL, 1, kGet, nullptr, 0, &returned));
 
     KSPROPERTY request{};
-    request.Set = kDepthExtensionUnit;
+    request.Set = KSPROPERTYSETID_TARN_DEPTH_CONTROL;
     request.Id = kControlAccuracy;
     request.Flags = kGet;
     std::uint8_t value = 0;
@@ -167,7 +169,7 @@ TEST_F(KsFilterTest, AutoUpdateIsSignalledUntilItIsDisabledAndLeavesNoHandle)
     EXPECT_EQ(10U, camera->Ks().EventListenerCount());
     request.Id = KSEVENT_VIDCAP_SEARCH;
     EXPECT_HR(kNotFound, camera->KsEvent(&request, sizeof(request), &data, sizeof(data), &returned));
-    request.Set = kDepthExtensionUnit;
+    request.Set = KSPROPERTYSETID_TARN_DEPTH_CONTROL;
     EXPECT_HR(kSetNotFound, camera->KsEvent(&request, sizeof(request), &data, sizeof(data), &returned));
     camera.Reset(); // with the listeners still there
 

@@ -19,14 +19,16 @@ TEST(PacingTest, SteppedDeliversWhatIsAskedForAndTimeGoesOnAcrossTypes)
     TestSink sink;
     camera->Pins().SetFrameSink(&sink);
     EXPECT_HR(E_UNEXPECTED, camera->Pins().Step(0, 1)); // not running
-    ASSERT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(kSubtypeD16, 32, 24, 60).Get()));
+    ASSERT_HR(S_OK,
+              camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get()));
     EXPECT_HR(S_OK, camera->Pins().Step(0, 5, kLongEnough));
     EXPECT_EQ(5U, sink.frames);
     EXPECT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Pause, nullptr));
     EXPECT_HR(E_UNEXPECTED, camera->Pins().Step(0, 1));
     EXPECT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run, nullptr)); // the type it has
     EXPECT_HR(S_OK, camera->Pins().Step(0, 1, kLongEnough));
-    ASSERT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(kSubtypeL16, 32, 24, 60).Get()));
+    ASSERT_HR(S_OK,
+              camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(MFVideoFormat_L16, 32, 24, 60).Get()));
     EXPECT_HR(S_OK, camera->Pins().Step(0, 1, kLongEnough));
     camera->Pins().StopAll();
 
@@ -38,7 +40,7 @@ TEST(PacingTest, SteppedDeliversWhatIsAskedForAndTimeGoesOnAcrossTypes)
     EXPECT_HR(S_OK, samples[6]->GetSampleTime(&after));
     EXPECT_EQ(before + 166666, after);
     EXPECT_EQ(6U, RecordOf(samples[6].Get())->frameCounter);
-    EXPECT_EQ(kSubtypeL16.Data1, RecordOf(samples[6].Get())->formatFourCc);
+    EXPECT_EQ(MFVideoFormat_L16.Data1, RecordOf(samples[6].Get())->formatFourCc);
 }
 
 TEST(PacingTest, AsFastAsTakenLosesNothingAndWaitsForBuffers)
@@ -49,7 +51,8 @@ TEST(PacingTest, AsFastAsTakenLosesNothingAndWaitsForBuffers)
     const auto camera = MakeCamera(configuration, Pacing::AsFastAsTaken);
     TestSink sink;
     camera->Pins().SetFrameSink(&sink);
-    ASSERT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(kSubtypeD16, 32, 24, 60).Get()));
+    ASSERT_HR(S_OK,
+              camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get()));
     ASSERT_HR(S_OK, camera->Pins().WaitForFrames(0, 3, kLongEnough));
     EXPECT_HR(HRESULT_FROM_WIN32(WAIT_TIMEOUT), camera->Pins().WaitForFrames(0, 4, std::chrono::milliseconds(50)));
     EXPECT_EQ(3U, camera->Pins().Statistics(0).outstanding);
@@ -79,8 +82,8 @@ TEST(PacingTest, RealTimeKeepsTheRateAndDropsWhenBuffersRunOut)
     TestSink taking(false);
     camera->Pins().SetFrameSink(&taking);
     const auto begin = std::chrono::steady_clock::now();
-    ASSERT_HR(S_OK,
-              camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(kSubtypeD16, 32, 24, 100).Get()));
+    ASSERT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run,
+                                               MakeVideoType(MFVideoFormat_D16, 32, 24, 100).Get()));
 
     ASSERT_HR(S_OK, camera->Pins().WaitForFrames(0, 21, kLongEnough));
     // Frame 21 is due 200 ms after the first; it can be late on a busy machine, never early.
@@ -98,13 +101,14 @@ TEST(PacingTest, RealTimeKeepsTheRateAndDropsWhenBuffersRunOut)
 TEST(PacingTest, OnePinStopsWhileTheOtherDelivers)
 {
     auto configuration = SmallCamera();
-    configuration.pins.push_back({1, {MakeVideoType(kSubtypeYuy2, 16, 16, 30)}, MFFrameSourceTypes_Color});
+    configuration.pins.push_back({1, {MakeVideoType(MFVideoFormat_YUY2, 16, 16, 30)}, MFFrameSourceTypes_Color});
     const auto camera = MakeCamera(configuration, Pacing::AsFastAsTaken);
     TestSink sink(false);
     camera->Pins().SetFrameSink(&sink);
-    ASSERT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(kSubtypeD16, 32, 24, 60).Get()));
     ASSERT_HR(S_OK,
-              camera->Pins().SetPinState(1, DeviceStreamState_Run, MakeVideoType(kSubtypeYuy2, 16, 16, 30).Get()));
+              camera->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get()));
+    ASSERT_HR(S_OK, camera->Pins().SetPinState(1, DeviceStreamState_Run,
+                                               MakeVideoType(MFVideoFormat_YUY2, 16, 16, 30).Get()));
     EXPECT_HR(S_OK, camera->Pins().WaitForFrames(0, 50, kLongEnough));
 
     // The stop must not wait for a gap between the other pin's frames.

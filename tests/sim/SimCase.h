@@ -5,6 +5,7 @@
 #include "platform/CaptureMetadata.h"
 
 #include <tarn/frame_metadata.h>
+#include <tarn/tarn_formats.h>
 
 #include <cstring>
 #include <functional>

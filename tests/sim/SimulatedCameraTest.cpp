@@ -24,7 +24,7 @@ TEST(SimulatedCameraTest, AnOfferedTypeIsTheCallersOwn)
 
 TEST(SimulatedCameraTest, StartsAndStopsWithFramesInFlight)
 {
-    const auto type = MakeVideoType(kSubtypeD16, 32, 24, 60);
+    const auto type = MakeVideoType(MFVideoFormat_D16, 32, 24, 60);
     int handlesBefore = 0;
     const auto camera = MakeCamera(CameraConfiguration::GenericDepth16(32, 24, 60), Pacing::AsFastAsTaken);
     std::atomic<bool> stopped{false};
@@ -78,7 +78,8 @@ TEST(SimulatedCameraTest, MayBeReleasedByItsOwnCaptureThread)
         }
     };
     last->Pins().SetFrameSink(&sink);
-    ASSERT_HR(S_OK, last->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(kSubtypeD16, 32, 24, 60).Get()));
+    ASSERT_HR(S_OK,
+              last->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get()));
     handedOver = true;
 
     ASSERT_TRUE(tarn_test::WaitUntil([] { return released.load(); }));
