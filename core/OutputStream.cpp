@@ -6,13 +6,14 @@
 
 #include "core/MediaEventGenerator.h"
 #include "trace/Check.h"
-#include "base/ComException.h"
+#include "base/ThrowIfFailed.h"
 #include "media/MFAttributesParser.h"
 #include "trace/TraceLogging.h"
 #include "base/WideString.h"
 
 using mft_utils::ComException;
 using mft_utils::MFAttributesParser;
+using mft_utils::ThrowIfFailed;
 using mft_utils::TraceField;
 using mft_utils::TraceLevel;
 using mft_utils::TraceLoggingActivity;
@@ -28,18 +29,9 @@ OutputStream::OutputStream(UINT32 streamId, MediaEventGenerator *generator,
     {
         throw std::invalid_argument("stream must have media types");
     }
-    if (const HRESULT result = InitMediaTypes(configuration); FAILED(result))
-    {
-        throw ComException(result, "Failed to init media types list");
-    }
-    if (const HRESULT result = InitFrameSourceTypes(); FAILED(result))
-    {
-        throw ComException(result, "Failed to init frame source types");
-    }
-    if (const HRESULT result = InitAttributes(configuration); FAILED(result))
-    {
-        throw ComException(result, "invalid output stream attributes store");
-    }
+    ThrowIfFailed<ComException>(InitMediaTypes(configuration), "Failed to init media types list");
+    ThrowIfFailed<ComException>(InitFrameSourceTypes(), "Failed to init frame source types");
+    ThrowIfFailed<ComException>(InitAttributes(configuration), "invalid output stream attributes store");
 }
 
 HRESULT OutputStream::InitMediaTypes(const OutputStreamConfiguration &configuration)

@@ -3,6 +3,8 @@
 
 #include "platform/MediaFoundation.h"
 
+#include "base/LockedBuffer.h"
+
 namespace mft_utils
 {
 
@@ -18,16 +20,14 @@ class MediaBufferWrapper
     // "Failed to create media buffer", "Failed to set current length" or "Failed to lock media buffer".
     explicit MediaBufferWrapper(DWORD lengthBytes);
 
-    ~MediaBufferWrapper();
-    MediaBufferWrapper(const MediaBufferWrapper &) = delete;
-    MediaBufferWrapper &operator=(const MediaBufferWrapper &) = delete;
-
     ComPtr<IMFMediaBuffer> mediaBuffer;
     BYTE *data = nullptr;
     DWORD length = 0; // bytes that hold data: the buffer's current length
 
   private:
     void Lock();
+
+    user_space_frameworks::LockedBuffer locked;
 };
 
 } // namespace mft_utils

@@ -1,8 +1,10 @@
 #include "nodes/BufferConvertingTopologyNode.h"
 
-#include "media/LockedBuffer.h"
+#include "base/LockedBuffer.h"
 #include "trace/Check.h"
 #include "media/IMFSampleUtils.h"
+
+using user_space_frameworks::LockedBuffer;
 
 namespace mft_core
 {

@@ -12,7 +12,9 @@ namespace mft_utils
 
 namespace
 {
+
 constinit NameTable<GUID, GuidLess> table;
+
 } // namespace
 
 HRESULT GuidTranslator::Create() noexcept
@@ -32,7 +34,7 @@ void GuidTranslator::Destroy() noexcept
 
 HRESULT GuidTranslator::Register(const GUID &guid, const char *name) noexcept
 {
-    return name == nullptr ? E_POINTER : table.Set(guid, name);
+    return table.Register(guid, name);
 }
 
 std::string GuidTranslator::Name(const GUID &guid)

@@ -37,9 +37,7 @@ struct Identity
     }
 };
 
-using Table = NameTable<Identity>;
-
-constinit Table table;
+constinit NameTable<Identity> table;
 
 // clang-format off
 // Ids count up from 0 ("KSPROPERTY_CAMERACONTROL_EXTENDED_PROPERTY enumeration (ksmedia.h)").
@@ -72,7 +70,8 @@ constexpr auto kVideoProcAmps = std::to_array<const char *>({
 constexpr auto kVideoCaptureEvents = std::to_array<const char *>({"EXT_TRIGGER", "AUTO_UPDATE", "SEARCH"});
 // clang-format on
 
-void AddAll(Table::Names &names, KsIdentifierKind kind, const GUID &set, std::span<const char *const> idNames)
+void AddAll(NameTable<Identity>::Map &names, KsIdentifierKind kind, const GUID &set,
+            std::span<const char *const> idNames)
 {
     for (ULONG id = 0; id < idNames.size(); ++id)
     {
@@ -192,7 +191,7 @@ void KsIdentifierTranslator::Destroy() noexcept
 
 HRESULT KsIdentifierTranslator::Register(KsIdentifierKind kind, const GUID &set, ULONG id, const char *name) noexcept
 {
-    return name == nullptr ? E_POINTER : table.Set({kind, set, id}, name);
+    return table.Register(Identity{kind, set, id}, name);
 }
 
 std::string KsIdentifierTranslator::Name(const KSIDENTIFIER *identifier, KsIdentifierKind kind)

@@ -24,24 +24,18 @@
 #include "nodes/ImageResizeTopologyNode.h"
 #include "nodes/ImageThresholdTopologyNode.h"
 #include "nodes/SampleCopyTopologyNode.h"
+#include "base/ThrowIfFailed.h"
+#include "media/MediaBufferWrapper.h"
 
 namespace
 {
 
 using namespace mft_core;
+using mft_utils::ThrowIfFailed;
 using tarn_bench::Kind;
 using tarn_bench::Task;
 using Clock = std::chrono::steady_clock;
 using NodeHandle = std::shared_ptr<ITopologyNode>;
-
-void Require(HRESULT result, const char *what)
-{
-    if (FAILED(result))
-    {
-        std::fprintf(stderr, "%s failed: 0x%08lX\n", what, static_cast<unsigned long>(result));
-        std::exit(1);
-    }
-}
 
 class DroppingNode : public ITopologyNode
 {
@@ -122,19 +116,14 @@ std::size_t FrameLength(const Task &task)
 ComPtr<IMFSample> MakeSample(std::size_t size)
 {
     ComPtr<IMFSample> sample;
-    ComPtr<IMFMediaBuffer> buffer;
-    Require(MFCreateSample(&sample), "MFCreateSample");
-    Require(MFCreateMemoryBuffer(static_cast<DWORD>(size), &buffer), "MFCreateMemoryBuffer");
-    BYTE *data = nullptr;
-    Require(buffer->Lock(&data, nullptr, nullptr), "Lock");
+    ThrowIfFailed(MFCreateSample(&sample), "MFCreateSample");
+    const mft_utils::MediaBufferWrapper buffer(static_cast<DWORD>(size));
     for (std::size_t i = 0; i < size; ++i)
     {
-        data[i] = static_cast<BYTE>(i % 2 == 0 ? i / 64 : 1);
+        buffer.data[i] = static_cast<BYTE>(i % 2 == 0 ? i / 64 : 1);
     }
-    Require(buffer->Unlock(), "Unlock");
-    Require(buffer->SetCurrentLength(static_cast<DWORD>(size)), "SetCurrentLength");
-    Require(sample->AddBuffer(buffer.Get()), "AddBuffer");
-    Require(sample->SetSampleTime(1), "SetSampleTime");
+    ThrowIfFailed(sample->AddBuffer(buffer.mediaBuffer.Get()), "AddBuffer");
+    ThrowIfFailed(sample->SetSampleTime(1), "SetSampleTime");
     return sample;
 }
 
@@ -170,7 +159,7 @@ void Compare(const Task &task)
     node->Process(sample.Get());
     if (sink->count != 1)
     {
-        Require(E_FAIL, "node");
+        ThrowIfFailed(E_FAIL, "node");
     }
     std::vector<std::uint8_t> input(task.InputSize() + 64, 1);
     std::vector<std::uint8_t> output(task.OutputSize() + 64, 1);
@@ -196,8 +185,8 @@ void Compare(const Task &task)
 
 int main()
 {
-    Require(CoInitializeEx(nullptr, COINIT_MULTITHREADED), "CoInitializeEx");
-    Require(MFStartup(MF_VERSION, MFSTARTUP_FULL), "MFStartup");
+    ThrowIfFailed(CoInitializeEx(nullptr, COINIT_MULTITHREADED), "CoInitializeEx");
+    ThrowIfFailed(MFStartup(MF_VERSION, MFSTARTUP_FULL), "MFStartup");
     const std::string_view set = mft_kernels::ActiveInstructionSet();
     std::printf("Microseconds per frame, %.*s, median of 101 rounds\n\n", static_cast<int>(set.size()), set.data());
     std::printf("| node of | size | kernel | node | difference |\n|---|---|---|---|---|\n");

@@ -1,31 +1,19 @@
 #include "device/nodes/TarnDepthPrivacyTopologyNode.h"
 
-#include <cstring>
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
 #include "nodes/SampleActivity.h"
 #include "tarn/tarn_dmft.h"
 #include "trace/Check.h"
+#include "base/LockedBuffer.h"
 
 namespace mft_core
 {
 
 namespace
 {
-HRESULT BlankBuffer(IMFMediaBuffer *buffer)
-{
-    BYTE *data = nullptr;
-    DWORD capacity = 0;
-    CHECK_HR(buffer->Lock(&data, &capacity, nullptr));
-    if (data != nullptr)
-    {
-        std::memset(data, 0, capacity);
-    }
-    CHECK_HR(buffer->Unlock());
-    return S_OK;
-}
-
 HRESULT BlankPixels(IMFSample *sample)
 {
     DWORD count = 0;
@@ -34,7 +22,9 @@ HRESULT BlankPixels(IMFSample *sample)
     {
         ComPtr<IMFMediaBuffer> buffer;
         CHECK_HR(sample->GetBufferByIndex(i, buffer.GetAddressOf()));
-        CHECK_HR(BlankBuffer(buffer.Get()));
+        user_space_frameworks::LockedBuffer pixels;
+        CHECK_HR(pixels.Lock(buffer.Get()));
+        std::fill_n(pixels.data, pixels.capacity, BYTE{0});
     }
     return S_OK;
 }

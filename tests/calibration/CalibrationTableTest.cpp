@@ -132,7 +132,7 @@ TEST(CalibrationTableTest, AMatrixThatIsNoRotationIsRefused)
 TEST(Crc32Test, GivesThePublishedCheckValue)
 {
     constexpr std::string_view text = "123456789";
-    EXPECT_EQ(0xCBF43926U, mft_core::Crc32({reinterpret_cast<const std::uint8_t *>(text.data()), text.size()}));
+    EXPECT_EQ(0xCBF43926U, user_space_frameworks::Crc32({reinterpret_cast<const std::uint8_t *>(text.data()), text.size()}));
 }
 
 } // namespace

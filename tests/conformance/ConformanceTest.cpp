@@ -72,7 +72,7 @@ TEST_F(ConformanceTest, AThousandFramesArriveInOrder)
         }
     }
     ASSERT_HR(S_OK, server.Stop(0));
-    EXPECT_EQ(0u, server.camera->Statistics(0).dropped);
+    EXPECT_EQ(0u, server.camera->Pins().Statistics(0).dropped);
 }
 
 TEST_F(ConformanceTest, TwoTransformsStreamAndOneIsShutDown)
@@ -82,7 +82,7 @@ TEST_F(ConformanceTest, TwoTransformsStreamAndOneIsShutDown)
         TestFrameServer going(Activate(), FastCamera());
         ASSERT_HR(S_OK, going.Start(0));
         ASSERT_HR(S_OK, staying.Start(0));
-        EXPECT_HR(S_OK, going.camera->WaitForFrames(0, 5, std::chrono::seconds(10)));
+        EXPECT_HR(S_OK, going.camera->Pins().WaitForFrames(0, 5, std::chrono::seconds(10)));
     }
     const auto samples = [&] { return staying.Collect(0) != nullptr; };
     for (int i = 0; i < 50; ++i)

@@ -196,8 +196,8 @@ TEST_F(DepthConformanceTest, InRealTimeNothingIsLostThatTheCameraDelivers)
     ASSERT_HR(S_OK, server.Run(kDepth, kWidth, kHeight, 60));
     ASSERT_EQ("INZC 640x480@60", server.Pin());
     std::vector<ComPtr<IMFSample>> samples = server.WaitForSamples(kDepth, kEnough);
-    ASSERT_HR(S_OK, server.camera->SetPinState(0, DeviceStreamState_Stop, nullptr));
-    const std::uint64_t delivered = server.camera->Statistics(0).delivered;
+    ASSERT_HR(S_OK, server.camera->Pins().SetPinState(0, DeviceStreamState_Stop, nullptr));
+    const std::uint64_t delivered = server.camera->Pins().Statistics(0).delivered;
     while (samples.size() < delivered)
     {
         const auto sample = WaitForSample(server, kDepth);
@@ -252,7 +252,7 @@ TEST_F(DepthConformanceTest, AQueuedFrameHoldsTheModuleAfterItsTransform)
         ASSERT_HR(S_OK, client->SetWorkQueueEx(queue, 0));
         client.Reset();
         ASSERT_HR(S_OK, server.Start(kDepth));
-        ASSERT_HR(S_OK, server.camera->Step(0, 1));
+        ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     }
     EXPECT_HR(S_FALSE, dll.CanUnloadNow()); // the frame's callback is in its code
     SetEvent(holding->letGo.Get());

@@ -57,7 +57,7 @@ class Client : public tarn_sim::IFrameSink
         : transform(deviceTransform), camera(simulatedCamera)
     {
         const FailingPlatform::Pause pause;
-        camera->SetFrameSink(this);
+        camera->Pins().SetFrameSink(this);
         EXPECT_HR(S_OK, transform.As(&events));
         EXPECT_HR(S_OK, transform.As(&control));
         ComPtr<IMFRealTimeClientEx> client;
@@ -67,8 +67,8 @@ class Client : public tarn_sim::IFrameSink
     ~Client() override
     {
         const FailingPlatform::Pause pause;
-        camera->SetFrameSink(nullptr);
-        camera->StopAll();
+        camera->Pins().SetFrameSink(nullptr);
+        camera->Pins().StopAll();
     }
     Client(const Client &) = delete;
     Client &operator=(const Client &) = delete;
@@ -165,13 +165,13 @@ class Client : public tarn_sim::IFrameSink
         Pump();
         if (!IsRunning(kDepth) && !IsRunning(kInfrared))
         {
-            EXPECT_EQ(DeviceStreamState_Stop, camera->GetPinState(0));
+            EXPECT_EQ(DeviceStreamState_Stop, camera->Pins().GetPinState(0));
             // A camera whose own calls fail may refuse to forget the listener.
-            EXPECT_TRUE(camera->EventListenerCount() == 0 || !FailingPlatform::LeavesTheCameraAlone());
+            EXPECT_TRUE(camera->Ks().EventListenerCount() == 0 || !FailingPlatform::LeavesTheCameraAlone());
         }
         else
         {
-            ASSERT_EQ(DeviceStreamState_Run, camera->GetPinState(0));
+            ASSERT_EQ(DeviceStreamState_Run, camera->Pins().GetPinState(0));
             const auto frame = NextFrame();
             EXPECT_HR(S_OK, tarn_test::GiveInput(transform, 0, frame.Get()));
             EXPECT_TRUE(HasReachedAll(frame));
@@ -238,7 +238,7 @@ class Client : public tarn_sim::IFrameSink
             {
                 EXPECT_HR(S_OK, transform->SetInputStreamState(0, preferred.Get(), state, 0));
                 const FailingPlatform::Pause pause;
-                EXPECT_HR(S_OK, camera->SetPinState(0, state, preferred.Get()));
+                EXPECT_HR(S_OK, camera->Pins().SetPinState(0, state, preferred.Get()));
             }
         }
     }
@@ -246,7 +246,7 @@ class Client : public tarn_sim::IFrameSink
     ComPtr<IMFSample> NextFrame()
     {
         const FailingPlatform::Suspension suspension; // the camera's own work
-        EXPECT_HR(S_OK, camera->Step(0, 1));
+        EXPECT_HR(S_OK, camera->Pins().Step(0, 1));
         return std::exchange(delivered, nullptr);
     }
 

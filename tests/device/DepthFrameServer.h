@@ -6,8 +6,8 @@
 #include "platform/ExtendedCameraControl.h"
 #include "platform/RealTimeClientEx.h"
 
-#include "sim/CameraIdentifiers.h"
 #include "tarn/tarn_dmft.h"
+#include "tarn/tarn_formats.h"
 #include "tests/support/TestFrameServer.h"
 #include "media/MediaTypeParser.h"
 
@@ -31,7 +31,7 @@ class DepthFrameServer : public TestFrameServer
     }
     ~DepthFrameServer() override
     {
-        camera->SetFrameSink(nullptr);
+        camera->Pins().SetFrameSink(nullptr);
         {
             ComPtr<IMFShutdown> shutdown;
             EXPECT_HR(S_OK, transform.As(&shutdown));
@@ -70,7 +70,7 @@ class DepthFrameServer : public TestFrameServer
     // What the pin runs with, for example "INZI 640x480@30"; "stopped" when it does not run.
     std::string Pin()
     {
-        if (camera->GetPinState(0) != DeviceStreamState_Run)
+        if (camera->Pins().GetPinState(0) != DeviceStreamState_Run)
         {
             return "stopped";
         }
@@ -88,7 +88,7 @@ class DepthFrameServer : public TestFrameServer
     // Has the camera deliver frames and waits for as many samples of the output.
     std::vector<ComPtr<IMFSample>> StepAndCollect(DWORD output, std::uint32_t frames)
     {
-        EXPECT_HR(S_OK, camera->Step(0, frames));
+        EXPECT_HR(S_OK, camera->Pins().Step(0, frames));
         return WaitForSamples(output, frames);
     }
 

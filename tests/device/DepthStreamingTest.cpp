@@ -72,7 +72,7 @@ TEST(DepthStreamingTest, BothOutputsShareThePinWhicheverStartsFirst)
         ASSERT_HR(S_OK, depthFirst ? server.Run(kInfrared, 320, 240, 60) : server.Run(kDepth, 640, 480, 30));
         EXPECT_EQ("INZI 640x480@60", server.Pin());
 
-        ASSERT_HR(S_OK, server.camera->Step(0, 3));
+        ASSERT_HR(S_OK, server.camera->Pins().Step(0, 3));
         const auto depth = server.WaitForSamples(kDepth, 3);
         const auto infrared = server.WaitForSamples(kInfrared, 3);
 
@@ -111,7 +111,7 @@ TEST(DepthStreamingTest, FramesOfTheFormerFormatDoNotReachTheNewTopology)
     ASSERT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP,
                                         KSPROPERTY_TYPE_SET, &enabled, sizeof(enabled)));
     change(kDepth, server.FindType(kDepth, 640, 480, 30), DeviceStreamState_Run);
-    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
     server.Pump();
     EXPECT_EQ("INZC 640x480@30", server.Pin());
 
@@ -133,9 +133,9 @@ TEST(DepthStreamingTest, FramesThatAreTooShortAreDroppedAndBadMetadataAreNot)
         tarn_sim::FaultPlan plan;
         plan.metadata = fault;
         plan.shortEvery = 2;
-        server.camera->SetFaultPlan(plan);
+        server.camera->Faults().SetPlan(plan);
         ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
-        ASSERT_HR(S_OK, server.camera->Step(0, 4)); // the second and the fourth are short
+        ASSERT_HR(S_OK, server.camera->Pins().Step(0, 4)); // the second and the fourth are short
 
         const auto samples = server.WaitForSamples(kDepth, 2);
 
@@ -185,7 +185,7 @@ TEST(DepthStreamingTest, AStartThatNoTopologyCanServeChangesNothing)
 {
     auto configuration = DepthServer::SteppedTarnDepth();
     configuration.pins.front().types.push_back(
-        tarn_sim::MakeVideoType(tarn_sim::kSubtypeDepth, 1920, 1080, 30)); // depth alone at this size
+        tarn_sim::MakeVideoType(CUSTOM_GUID_KELP_Z, 1920, 1080, 30)); // depth alone at this size
     DepthServer server(configuration);
     ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
 
@@ -257,7 +257,7 @@ TEST(DepthStreamingTest, AConfidenceMapThatThePinCannotServeChangesNothing)
 {
     for (const bool wasEnabled : {false, true})
     {
-        DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeConfidenceDepth));
+        DepthServer server(DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_ZC));
         ASSERT_HR(S_OK, server.SetConfidenceMap(wasEnabled)); // nothing runs that could refuse it
         ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
         ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
@@ -281,17 +281,17 @@ TEST(DepthStreamingTest, NothingIsSeenWhilePrivacyIsOn)
         return pixels == std::vector<BYTE>(pixels.size()) &&
                FAILED(sample->GetBlobSize(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, &size));
     };
-    server.camera->SetPrivacy(true);
+    server.camera->Controls().privacy = true;
     ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30)); // depth with confidence
     EXPECT_TRUE(isBlank(server.StepAndCollect(kDepth, 1).at(0)));
     ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30)); // both
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     EXPECT_TRUE(isBlank(server.WaitForSamples(kDepth, 1).at(0)));
     EXPECT_TRUE(isBlank(server.WaitForSamples(kInfrared, 1).at(0)));
     ASSERT_HR(S_OK, server.Stop(kDepth));
     ASSERT_HR(S_OK, server.Run(kInfrared, 320, 240, 30)); // infrared alone
     EXPECT_TRUE(isBlank(server.StepAndCollect(kInfrared, 1).at(0)));
-    server.camera->SetPrivacy(false);
+    server.camera->Controls().privacy = false;
     EXPECT_EQ(0u, WrongInfrared(server.StepAndCollect(kInfrared, 1).at(0), 320, 240));
 }
 
@@ -304,17 +304,17 @@ TEST(DepthStreamingTest, PrivacyIsKnownToEachStartThoughNoFrameTells)
         DepthServer server(configuration);
         tarn_sim::FaultPlan silent;
         silent.metadata = tarn_sim::MetadataFault::Absent;
-        server.camera->SetFaultPlan(announced ? silent : tarn_sim::FaultPlan{});
+        server.camera->Faults().SetPlan(announced ? silent : tarn_sim::FaultPlan{});
         const auto isBlankFrom = [&](UINT32 width, UINT32 height) {
             EXPECT_HR(S_OK, server.Run(kDepth, width, height, 30));
             const std::vector<BYTE> pixels = PixelsOf(server.StepAndCollect(kDepth, 1).at(0));
             return pixels == std::vector<BYTE>(pixels.size());
         };
-        server.camera->SetPrivacy(true);
+        server.camera->Controls().privacy = true;
         EXPECT_TRUE(isBlankFrom(640, 480)) << "the camera or the frame told";
-        server.camera->SetFaultPlan(silent);
+        server.camera->Faults().SetPlan(silent);
         EXPECT_TRUE(isBlankFrom(320, 240)) << "what is known outlives the topology";
-        server.camera->SetPrivacy(false);
+        server.camera->Controls().privacy = false;
         EXPECT_EQ(!announced, isBlankFrom(640, 480));
     }
 }
@@ -327,7 +327,7 @@ TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)
     EXPECT_EQ("PAIR 640x480@60", server.Pin());
     const auto isInForce = [&](UINT32 preset) {
         return mft_core::FindDepthPreset(preset)->laserPower ==
-               server.camera->ControlValue(tarn_sim::kControlLaserPower);
+               server.camera->Controls().ValueOf(tarn_sim::kControlLaserPower);
     };
     EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
     EXPECT_EQ(0u, server.Preset());
@@ -363,10 +363,10 @@ TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)
     EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
     tarn_sim::FaultPlan plan;
     plan.ksCall = {1, E_ABORT, true};
-    server.camera->SetFaultPlan(plan);
+    server.camera->Faults().SetPlan(plan);
     EXPECT_HR(E_ABORT, server.Stop(kInfrared));
     EXPECT_EQ("stopped", server.Pin());
-    server.camera->SetFaultPlan({});
+    server.camera->Faults().SetPlan({});
     EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
     EXPECT_HR(S_OK, server.SetFaceLogin(false));
     ASSERT_HR(S_OK, server.Run(kInfrared, 360, 360, 60));

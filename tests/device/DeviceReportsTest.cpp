@@ -100,7 +100,7 @@ TEST(TarnFwErrorHandlerTest, AnEventTracesNameAndCode)
                                "Test");
     const auto tracedFor = [&](std::uint8_t code, const char *text) {
         const TraceText trace;
-        device.camera->SetErrorCode(code);
+        device.camera->Controls().SetErrorCode(code);
         handler.OnEvent();
         return trace.Contains(text);
     };

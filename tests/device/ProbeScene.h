@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-#include "sim/CalibrationTable.h"
+#include "sim/CameraRecords.h"
 #include "sim/FrameSource.h"
 
 namespace tarn_test
@@ -18,7 +18,7 @@ namespace tarn_test
 using Ray = std::array<double, 2>;
 
 // The ideal ray of an observed one. Brown's model: ideal to observed, r2 of the ideal.
-inline Ray Undistort(const tarn_sim::CalibrationTable &lens, const Ray &observed)
+inline Ray Undistort(const TARN_CALIBRATION_TABLE &lens, const Ray &observed)
 {
     Ray ideal = observed;
     for (int i = 0; i < 50; ++i)
@@ -40,7 +40,7 @@ inline Ray Undistort(const tarn_sim::CalibrationTable &lens, const Ray &observed
     return ideal;
 }
 
-inline Ray Distort(const tarn_sim::CalibrationTable &lens, const Ray &ideal)
+inline Ray Distort(const TARN_CALIBRATION_TABLE &lens, const Ray &ideal)
 {
     const auto [x, y] = ideal;
     const double r2 = x * x + y * y;
@@ -102,7 +102,7 @@ class ProbeScene : public tarn_sim::IFrameSource
         }
     }
 
-    const tarn_sim::CalibrationTable lens = tarn_sim::DefaultCalibration();
+    const TARN_CALIBRATION_TABLE lens = tarn_sim::DefaultCalibration();
 
   private:
     static constexpr long kReach = 20; // pixels; the ramp ends after 8 of the reference size

@@ -61,7 +61,7 @@ class SampleIntrinsicsTest : public testing::TestWithParam<Session>
 
     ComPtr<IMFSample> Frame(const Output &wanted)
     {
-        EXPECT_HR(S_OK, server.camera->Step(0, 1));
+        EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
         ComPtr<IMFSample> frame;
         for (const Output &output : GetParam().outputs)
         {
@@ -113,7 +113,7 @@ class SampleIntrinsicsTest : public testing::TestWithParam<Session>
 
     static Ray Unproject(const MFPinholeCameraIntrinsic_IntrinsicModel &model, UINT32 x, UINT32 y)
     {
-        tarn_sim::CalibrationTable lens{};
+        TARN_CALIBRATION_TABLE lens{};
         lens.radialK1 = model.DistortionModel.Radial_k1;
         lens.radialK2 = model.DistortionModel.Radial_k2;
         lens.radialK3 = model.DistortionModel.Radial_k3;

@@ -278,20 +278,20 @@ TEST(FramePrivacyTest, TheCameraIsAskedWhenItAnnouncesThePrivacyControl)
         configuration.privacyControl = announced;
         const tarn_test::DepthCamera device(configuration);
         FramePrivacy privacy("Test");
-        device.camera->SetPrivacy(true);
+        device.camera->Controls().privacy = true;
         device.FailKsCall(1, true);
         privacy.AskCamera(device.camera.Get());
         EXPECT_EQ(State::Unknown, privacy.Now());
-        device.camera->SetFaultPlan({});
+        device.camera->Faults().SetPlan({});
         privacy.AskCamera(device.camera.Get());
         EXPECT_EQ(announced ? State::On : State::Unknown, privacy.Now());
 
-        device.camera->SetPrivacy(false);
+        device.camera->Controls().privacy = false;
         privacy.Tell(true);
         device.FailKsCall(2); // announced, but not answered
         privacy.AskCamera(device.camera.Get());
         EXPECT_EQ(State::On, privacy.Now());
-        device.camera->SetFaultPlan({});
+        device.camera->Faults().SetPlan({});
         privacy.AskCamera(device.camera.Get());
         EXPECT_EQ(announced ? State::Off : State::On, privacy.Now());
     }

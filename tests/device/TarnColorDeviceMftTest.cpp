@@ -34,7 +34,7 @@ TEST(TarnColorDeviceMftTest, FramesAndFormatsAreUntouchedAndCarryTheirRecords)
     ASSERT_HR(S_OK, server.initialized);
     GUID subtype{};
     EXPECT_HR(S_OK, server.OutputType(0)->GetGUID(MF_MT_SUBTYPE, &subtype));
-    EXPECT_TRUE(IsEqualGUID(tarn_sim::kSubtypeYuy2, subtype));
+    EXPECT_TRUE(IsEqualGUID(MFVideoFormat_YUY2, subtype));
     ComPtr<IMFAttributes> attributes;
     ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(0, &attributes));
     UINT32 size = 0;
@@ -42,7 +42,7 @@ TEST(TarnColorDeviceMftTest, FramesAndFormatsAreUntouchedAndCarryTheirRecords)
     EXPECT_EQ(4u + 3 * sizeof(MFPinholeCameraIntrinsic_IntrinsicModel), size); // 640, 1280 and 1920 wide
 
     ASSERT_HR(S_OK, server.Start(0, 2)); // 1280 x 720
-    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
     const auto samples = server.CollectAll(0);
     ASSERT_EQ(2u, samples.size());
     std::vector<BYTE> picture(std::size_t{1280} * 720 * 2);
@@ -94,12 +94,12 @@ TEST(TarnColorDeviceMftTest, APrivateFrameIsBlackByItsFormatAndACompressedOneIsD
 TEST(TarnColorDeviceMftTest, NothingIsSeenWhilePrivacyIsOn)
 {
     TestFrameServer server(MakeCom<mft_core::TarnColorDeviceMft>(), ColorCamera());
-    server.camera->SetPrivacy(true);
+    server.camera->Controls().privacy = true;
     tarn_sim::FaultPlan plan;
     plan.metadata = tarn_sim::MetadataFault::Absent; // the camera itself is asked at the start
-    server.camera->SetFaultPlan(plan);
+    server.camera->Faults().SetPlan(plan);
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     const auto samples = server.CollectAll(0);
     ASSERT_EQ(1u, samples.size());
     const std::vector<BYTE> pixels = tarn_test::PixelsOf(samples[0]);
@@ -114,8 +114,8 @@ TEST(TarnColorDeviceMftTest, AFirmwareErrorIsTracedWhenTheCameraSignalsIt)
     const tarn_test::TraceText trace;
     TestFrameServer server(MakeCom<mft_core::TarnColorDeviceMft>(), ColorCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    server.camera->SetErrorCode(TARN_FIRMWARE_ERROR_USB_BANDWIDTH);
-    EXPECT_EQ(1u, server.camera->SignalAutoUpdate());
+    server.camera->Controls().SetErrorCode(TARN_FIRMWARE_ERROR_USB_BANDWIDTH);
+    EXPECT_EQ(1u, server.camera->Ks().SignalAutoUpdate());
     EXPECT_TRUE(tarn_test::WaitUntil([&] { return trace.Contains("firmware error: USB bandwidth (7)"); }));
 }
 
@@ -135,7 +135,7 @@ TEST(TarnColorDeviceMftTest, PropertiesOfTheColorUnitReachTheUnit)
     // No node is named by the application: the transform adds it.
     EXPECT_HR(S_OK, control->KsProperty(&property, sizeof(property), &value, sizeof(value), &returned));
 
-    EXPECT_EQ(42, server.camera->ControlValue(tarn_sim::kControlExposureGranularity));
+    EXPECT_EQ(42, server.camera->Controls().ValueOf(tarn_sim::kControlExposureGranularity));
 }
 
 TEST(TarnColorDeviceMftTest, ACameraWithoutItsExtensionUnitStreams)
@@ -146,7 +146,7 @@ TEST(TarnColorDeviceMftTest, ACameraWithoutItsExtensionUnitStreams)
     TestFrameServer server(MakeCom<mft_core::TarnColorDeviceMft>(), MakeCom<SimulatedCamera>(configuration));
     ASSERT_HR(S_OK, server.initialized);
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     EXPECT_EQ(1u, server.CollectAll(0).size());
 }
 

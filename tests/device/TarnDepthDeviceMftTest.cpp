@@ -109,7 +109,7 @@ TEST(TarnDepthDeviceMftTest, TheFaceLoginTypeIsTheFirstOfTheInfraredOutput)
 
 TEST(TarnDepthDeviceMftTest, ACameraWithoutFaceLoginFormatOffersNeitherTypeNorMode)
 {
-    DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeFaceLogin));
+    DepthServer server(DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_FACE_LOGIN));
     ASSERT_HR(S_OK, server.initialized);
     EXPECT_EQ(5u, TypeCount(server, kInfrared));
     EXPECT_EQ(nullptr, server.FindType(kInfrared, 360, 360, 60));
@@ -156,7 +156,7 @@ TEST(TarnDepthDeviceMftTest, PrivatePropertiesAreServedAndOthersReachTheCamera)
     BYTE laser = 7;
     EXPECT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_DEPTH_CONTROL, tarn_sim::kControlLaserPower,
                                         KSPROPERTY_TYPE_SET, &laser, sizeof(laser)));
-    EXPECT_EQ(7, server.camera->ControlValue(tarn_sim::kControlLaserPower));
+    EXPECT_EQ(7, server.camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
 }
 
 TEST(TarnDepthDeviceMftTest, AFirmwareErrorIsTracedWhenTheCameraSignalsIt)
@@ -164,8 +164,8 @@ TEST(TarnDepthDeviceMftTest, AFirmwareErrorIsTracedWhenTheCameraSignalsIt)
     const tarn_test::TraceText trace;
     DepthServer server;
     ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
-    server.camera->SetErrorCode(TARN_FIRMWARE_ERROR_LASER_CURRENT);
-    EXPECT_EQ(1u, server.camera->SignalAutoUpdate());
+    server.camera->Controls().SetErrorCode(TARN_FIRMWARE_ERROR_LASER_CURRENT);
+    EXPECT_EQ(1u, server.camera->Ks().SignalAutoUpdate());
     EXPECT_TRUE(tarn_test::WaitUntil([&] { return trace.Contains("firmware error: laser current (2)"); }));
 }
 
@@ -208,13 +208,13 @@ TEST(TarnDepthDeviceMftTest, ATransformReleasedWithoutShutdownLeavesNothing)
             ComPtr<IMFMediaType> type;
             ASSERT_HR(S_OK, transform->GetOutputAvailableType(output, 0, &type));
             ASSERT_HR(S_OK, transform->SetOutputStreamState(output, type.Get(), DeviceStreamState_Run, 0));
-            EXPECT_EQ(1u, camera->EventListenerCount());
-            EXPECT_EQ(output == kDepth,
-                      LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT) == camera->ControlValue(tarn_sim::kControlLaserPower));
+            EXPECT_EQ(1u, camera->Ks().EventListenerCount());
+            EXPECT_EQ(output == kDepth, LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT) ==
+                                            camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
         }
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
-        EXPECT_EQ(0u, camera->EventListenerCount());
-        EXPECT_EQ(LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT), camera->ControlValue(tarn_sim::kControlLaserPower));
+        EXPECT_EQ(0u, camera->Ks().EventListenerCount());
+        EXPECT_EQ(LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT), camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
     }
 }
 

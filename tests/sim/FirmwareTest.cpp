@@ -19,7 +19,8 @@ class FirmwareTest : public testing::Test
   protected:
     HRESULT Transfer(ULONG flags, void *data, ULONG length = 1024)
     {
-        return NodeProperty(*camera.Get(), kDepthExtensionUnit, kControlCommand, flags, data, length, &returned);
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlCommand, flags, data, length,
+                            &returned);
     }
     static Bytes Block(std::uint32_t opcode, const Bytes &data, std::uint16_t length, std::uint16_t magic = 0xCDAB)
     {
@@ -59,7 +60,7 @@ TEST_F(FirmwareTest, EchoesDataUpToTheBlocksEnd)
 TEST_F(FirmwareTest, RefusesWhatIsNoCommand)
 {
     const Bytes eight(8, 1);
-    const Bytes refused[] = {Block(kOpcodeRefused, {}, 20),
+    const Bytes refused[] = {Block(0xEE, {}, 20),
                              Block(0, {}, 20),
                              Block(0xFFFFFFFE, {}, 20),
                              Block(kOpcodeEcho, {}, 20, 0xABCD),
@@ -67,15 +68,15 @@ TEST_F(FirmwareTest, RefusesWhatIsNoCommand)
                              Block(kOpcodeEcho, {}, 19),
                              Block(kOpcodeEcho, {}, 1021),
                              Block(kOpcodeEcho, {}, 65535),
-                             Block(kOpcodeHdr, eight, 28),
-                             Block(kOpcodeSetAutoRange, eight, 28),
-                             Block(kOpcodeHdrConfiguration, {}, 20)};
+                             Block(HWmonitor_HDRSet, eight, 28),
+                             Block(HWmonitor_SetAutoRange, eight, 28),
+                             Block(HWmonitor_HDRConfigSet, {}, 20)};
     for (const Bytes &block : refused)
     {
         EXPECT_EQ(Bytes{}, Execute(block)) << "block " << &block - refused;
         EXPECT_EQ(Firmware::kRefusal, echo);
     }
-    EXPECT_EQ(std::size(refused), camera->FirmwareNow().refused);
+    EXPECT_EQ(std::size(refused), camera->Ks().FirmwareNow().refused);
 
     auto block = Block(kOpcodeEcho, {}, 20);
     EXPECT_HR(HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER), Transfer(KSPROPERTY_TYPE_SET, block.data(), 1023));

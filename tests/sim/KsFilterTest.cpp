@@ -26,7 +26,7 @@ class KsFilterTest : public testing::Test
 
     HRESULT Control(ULONG id, ULONG flags, void *data, ULONG length)
     {
-        return NodeProperty(*camera.Get(), kDepthExtensionUnit, id, flags, data, length, &returned);
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, id, flags, data, length, &returned);
     }
 };
 
@@ -82,10 +82,10 @@ TEST_F(KsFilterTest, KeepsAValueOnlyWithinItsRange)
     {
         value[0] = granularity;
         EXPECT_HR(granularity == 12 ? S_OK : E_INVALIDARG,
-                  NodeProperty(*camera.Get(), kColorExtensionUnit, kControlExposureGranularity, kSet, value.data(), 1,
-                               &returned, 2));
+                  NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_COLOR_CONTROL, kControlExposureGranularity, kSet,
+                               value.data(), 1, &returned, 2));
     }
-    EXPECT_EQ(12, camera->ControlValue(kControlExposureGranularity));
+    EXPECT_EQ(12, camera->Controls().ValueOf(kControlExposureGranularity));
 }
 
 TEST_F(KsFilterTest, RefusesWhatItDoesNotKnow)
@@ -93,14 +93,16 @@ TEST_F(KsFilterTest, RefusesWhatItDoesNotKnow)
     for (ULONG node = 0; node < 5; ++node) // decoys around the extension unit
     {
         EXPECT_HR(node == 3 ? S_OK : kSetNotFound,
-                  NodeProperty(*camera.Get(), kDepthExtensionUnit, kControlLaserPower, KSPROPERTY_TYPE_SETSUPPORT,
-                               nullptr, 0, &returned, node));
+                  NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlLaserPower,
+                               KSPROPERTY_TYPE_SETSUPPORT, nullptr, 0, &returned, node));
     }
-    EXPECT_HR(E_INVALIDARG, NodeProperty(*camera.Get(), kDepthExtensionUnit, 1, kGet, nullptr, 0, &returned, 5));
-    EXPECT_HR(kSetNotFound, NodeProperty(*camera.Get(), kColorExtensionUnit, 1, kGet, nullptr, 0, &returned));
+    EXPECT_HR(E_INVALIDARG,
+              NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, 1, kGet, nullptr, 0, &returned, 5));
+    EXPECT_HR(kSetNotFound,
+              NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_COLOR_CONTROL, 1, kGet, nullptr, 0, &returned));
 
     KSPROPERTY request{};
-    request.Set = kDepthExtensionUnit;
+    request.Set = KSPROPERTYSETID_TARN_DEPTH_CONTROL;
     request.Id = kControlAccuracy;
     request.Flags = kGet;
     std::uint8_t value = 0;
@@ -123,7 +125,7 @@ TEST_F(KsFilterTest, PrivacyIsACameraControl)
         property.Flags = flags;
         return camera->KsProperty(&property, sizeof(property), &value, length, &returned);
     };
-    camera->SetPrivacy(true);
+    camera->Controls().privacy = true;
     ASSERT_HR(S_OK, privacy(kGet));
     EXPECT_EQ(1, value.Value);
     EXPECT_EQ(sizeof(value), returned);
@@ -131,9 +133,9 @@ TEST_F(KsFilterTest, PrivacyIsACameraControl)
     EXPECT_HR(E_INVALIDARG, privacy(kSet));
     value.Value = 0;
     EXPECT_HR(kTooSmall, privacy(kSet, 39));
-    EXPECT_TRUE(camera->Privacy());
+    EXPECT_TRUE(camera->Controls().privacy);
     EXPECT_HR(S_OK, privacy(kSet));
-    EXPECT_FALSE(camera->Privacy());
+    EXPECT_FALSE(camera->Controls().privacy);
 }
 
 TEST_F(KsFilterTest, AutoUpdateIsSignalledUntilItIsDisabledAndLeavesNoHandle)
@@ -152,22 +154,22 @@ TEST_F(KsFilterTest, AutoUpdateIsSignalledUntilItIsDisabledAndLeavesNoHandle)
 
     EXPECT_HR(kTooSmall, camera->KsEvent(&request, sizeof(request), &data, sizeof(data) - 1, &returned));
     ASSERT_HR(S_OK, camera->KsEvent(&request, sizeof(request), &data, sizeof(data), &returned));
-    EXPECT_EQ(1U, camera->SignalAutoUpdate());
+    EXPECT_EQ(1U, camera->Ks().SignalAutoUpdate());
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(event, 0));
     EXPECT_HR(kNotFound, camera->KsEvent(nullptr, 0, &others[0], sizeof(data), &returned)); // by address
     EXPECT_HR(S_OK, camera->KsEvent(nullptr, 0, &data, sizeof(data), &returned));
     EXPECT_HR(kNotFound, camera->KsEvent(nullptr, 0, &data, sizeof(data), &returned));
-    EXPECT_EQ(0U, camera->SignalAutoUpdate());
+    EXPECT_EQ(0U, camera->Ks().SignalAutoUpdate());
     EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), WaitForSingleObject(event, 0));
 
     for (auto &listener : others)
     {
         ASSERT_HR(S_OK, camera->KsEvent(&request, sizeof(request), &listener, sizeof(listener), nullptr));
     }
-    EXPECT_EQ(10U, camera->EventListenerCount());
+    EXPECT_EQ(10U, camera->Ks().EventListenerCount());
     request.Id = KSEVENT_VIDCAP_SEARCH;
     EXPECT_HR(kNotFound, camera->KsEvent(&request, sizeof(request), &data, sizeof(data), &returned));
-    request.Set = kDepthExtensionUnit;
+    request.Set = KSPROPERTYSETID_TARN_DEPTH_CONTROL;
     EXPECT_HR(kSetNotFound, camera->KsEvent(&request, sizeof(request), &data, sizeof(data), &returned));
     camera.Reset(); // with the listeners still there
 

@@ -26,10 +26,11 @@ class RecordedFramesTest : public testing::Test
             GTEST_SKIP() << "no recorded frames: TARN_DATA_DIR is \"" << data.string() << "\"";
         }
     }
-    Pixels Render(const char *set, const FrameRequest &request, Plane plane) const
+    Pixels Render(const char *set, const FrameRequest &request, Plane plane,
+                  const RecordedFrameOptions &options = {}) const
     {
         Pixels pixels(std::size_t{request.width} * request.height);
-        RecordedFrames(data / set).Render(request, plane, reinterpret_cast<std::uint8_t *>(pixels.data()));
+        RecordedFrames(data / set, options).Render(request, plane, reinterpret_cast<std::uint8_t *>(pixels.data()));
         return pixels;
     }
     Pixels Raw(const char *set, const char *picture) const
@@ -60,7 +61,14 @@ TEST_F(RecordedFramesTest, DepthIsConvertedByTheManifestsUnitAndClipped)
     }
     EXPECT_EQ(65535, *std::ranges::max_element(millimetres));
     EXPECT_EQ(millimetres, Render("boxes-and-hallway", {3, 640, 480, true}, Plane::DepthEighthMm));
-    EXPECT_EQ(2.5, RecordedFrames(data / "tof-mug", {.mmPerUnit = 2.5, .confidence = {}}).MmPerUnit());
+    // What the caller says goes before the manifest.
+    Pixels quarters = Raw("boxes-and-hallway", "depth_0003.png");
+    for (auto &value : quarters)
+    {
+        value = static_cast<std::uint16_t>(std::min(value * 2, 65535));
+    }
+    EXPECT_EQ(quarters, Render("boxes-and-hallway", {3, 640, 480, true}, Plane::DepthEighthMm,
+                               {.mmPerUnit = 0.25, .confidence = {}}));
 }
 
 TEST_F(RecordedFramesTest, PictureOfAnotherSizeIsCutAndFramedAroundItsCentre)

@@ -5,6 +5,7 @@
 #include "platform/CaptureMetadata.h"
 
 #include <tarn/frame_metadata.h>
+#include <tarn/tarn_formats.h>
 
 #include <cstring>
 #include <functional>
@@ -62,11 +63,11 @@ class TestSink : public IFrameSink
 inline std::vector<ComPtr<IMFSample>> Capture(SimulatedCamera &camera, IMFMediaType *type, std::uint32_t frames)
 {
     TestSink sink;
-    camera.SetFrameSink(&sink);
-    EXPECT_HR(S_OK, camera.SetPinState(0, DeviceStreamState_Run, type));
-    EXPECT_HR(S_OK, camera.Step(0, frames, kLongEnough));
-    EXPECT_HR(S_OK, camera.SetPinState(0, DeviceStreamState_Stop, nullptr));
-    camera.SetFrameSink(nullptr);
+    camera.Pins().SetFrameSink(&sink);
+    EXPECT_HR(S_OK, camera.Pins().SetPinState(0, DeviceStreamState_Run, type));
+    EXPECT_HR(S_OK, camera.Pins().Step(0, frames, kLongEnough));
+    EXPECT_HR(S_OK, camera.Pins().SetPinState(0, DeviceStreamState_Stop, nullptr));
+    camera.Pins().SetFrameSink(nullptr);
     return sink.Take();
 }
 

@@ -29,14 +29,14 @@ class TestFrameServer : public tarn_sim::IFrameSink
         EXPECT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
                                            static_cast<IMFTransform *>(camera.Get())));
         initialized = transform->InitializeTransform(filter.Get());
-        camera->SetFrameSink(this);
+        camera->Pins().SetFrameSink(this);
     }
 
     // Shuts down and lets go of both; nobody else may hold the transform then.
     ~TestFrameServer() override
     {
-        camera->SetFrameSink(nullptr);
-        camera->StopAll();
+        camera->Pins().SetFrameSink(nullptr);
+        camera->Pins().StopAll();
         ComPtr<IMFShutdown> shutdown;
         EXPECT_HR(S_OK, transform.As(&shutdown));
         MFSHUTDOWN_STATUS status = MFSHUTDOWN_INITIATED;
@@ -151,7 +151,7 @@ class TestFrameServer : public tarn_sim::IFrameSink
         ComPtr<IMFMediaType> type;
         EXPECT_HR(S_OK, transform->GetInputStreamPreferredState(streamId, &state, &type));
         EXPECT_HR(S_OK, transform->SetInputStreamState(streamId, type.Get(), state, 0));
-        EXPECT_HR(S_OK, camera->SetPinState(streamId, state, type.Get()));
+        EXPECT_HR(S_OK, camera->Pins().SetPinState(streamId, state, type.Get()));
     }
 };
 

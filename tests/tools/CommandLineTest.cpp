@@ -44,7 +44,7 @@ class EndingCommand final : public Command
         }
         if (how == "failure")
         {
-            throw HostError("InitializeTransform", E_FAIL);
+            throw HostError(E_FAIL, "InitializeTransform");
         }
         return how == "lost" ? ExitCode::Failure : ExitCode::Success;
     }

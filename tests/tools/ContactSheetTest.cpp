@@ -41,8 +41,6 @@ TEST(FalseColourTest, NearIsRedFarIsVioletAndNothingMeasuredIsGrey)
     EXPECT_EQ(colours.Of(1), colours.Of(8000));
     EXPECT_EQ(colours.Of(65535), colours.Of(24000));
     EXPECT_GT(colours.Of(8000).red, colours.Of(24000).red);
-    EXPECT_DOUBLE_EQ(colours.NearMetres(), 1.0);
-    EXPECT_DOUBLE_EQ(colours.FarMetres(), 3.0);
     // An empty range still gives colours.
     EXPECT_EQ(FalseColour(500, 500).Of(500), FalseColour::AtPosition(0));
 }

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "device/TarnColorDeviceMft.h"
-#include "sim/DeviceInfo.h"
+#include "sim/CameraRecords.h"
 #include "tests/device/DepthServer.h"
 #include "tools/command/CommandLine.h"
 #include "tools/ks/KsText.h"
@@ -64,7 +64,7 @@ class KsCommandTest : public testing::Test
     }
     void UseTransform(tarn_test::TestFrameServer &server, const std::function<void(const KsClient &)> &use) const
     {
-        server.camera->SetFaultPlan(faults);
+        server.camera->Faults().SetPlan(faults);
         ComPtr<IKsControl> control;
         ASSERT_HR(S_OK, server.transform.As(&control));
         use(KsClient(control));
@@ -118,7 +118,7 @@ TEST_F(KsCommandTest, DeviceInformationIsDecodedWhateverTheCameraSends)
     EXPECT_EQ(RunForJson(ask)["deviceInfo"]["record"], true);
     EXPECT_TRUE(RunForJson(ask)["deviceInfo"]["temperatureC"].is_number());
 
-    depthCamera.deviceInfo.assign(sizeof(tarn_sim::DeviceInfo), 0xC3); // neither text nor terminated
+    depthCamera.deviceInfo.assign(sizeof(TARN_DEVICE_INFO), 0xC3); // neither text nor terminated
     const auto info = RunForJson(ask)["deviceInfo"];
     EXPECT_EQ(info["serialNumber"], std::string(16, '?'));
     EXPECT_EQ(info["record"], false);
@@ -134,7 +134,7 @@ TEST_F(KsCommandTest, RefusalsEndWithTheFailureCodeAndNameTheStep)
 
     std::erase_if(depthCamera.pins[0].types, [](const ComPtr<IMFMediaType> &type) {
         GUID subtype{};
-        return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &subtype)) && subtype == tarn_sim::kSubtypeFaceLogin;
+        return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &subtype)) && subtype == CUSTOM_GUID_KELP_FACE_LOGIN;
     });
     EXPECT_EQ(Run({"get", "face-login"}), ExitCode::Failure) << "a positive result is no success";
     ExpectOneErrorLineWith("0x00000492 (ERROR_SET_NOT_FOUND");

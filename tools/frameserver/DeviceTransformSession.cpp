@@ -302,7 +302,7 @@ void DeviceTransformSession::Fail(const std::string &step, HRESULT result)
         const std::scoped_lock hold(lock);
         if (!failure)
         {
-            failure = HostError(step, result).what();
+            failure = HostError(result, step).what();
         }
     }
     changed.notify_all();
@@ -340,7 +340,7 @@ ULONG DeviceTransformSession::Close()
         if (FAILED(result))
         {
             // The loop waits inside the transform and nothing can end it there, so the process has to.
-            std::fprintf(stderr, "tarn-host: %s\n", HostError("shutting the transform down", result).what());
+            std::fprintf(stderr, "tarn-host: %s\n", HostError(result, "shutting the transform down").what());
             EndProcess(ExitCode::Failure);
         }
         eventLoop.join();

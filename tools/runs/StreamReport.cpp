@@ -1,9 +1,11 @@
 #include "tools/runs/StreamReport.h"
 
-#include <cstdio>
 #include <ostream>
 
 #include <nlohmann/json.hpp>
+
+#include "base/HexText.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -12,14 +14,6 @@ namespace
 {
 
 using Json = nlohmann::ordered_json;
-
-template <class... Values>
-std::string Format(const char *format, Values... values)
-{
-    char text[256];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
 
 unsigned long long Wide(std::uint64_t value)
 {
@@ -30,7 +24,7 @@ std::string ResultText(HRESULT result)
 {
     return result == S_OK      ? "S_OK"
            : result == S_FALSE ? "S_FALSE"
-                               : Format("0x%08lX", static_cast<unsigned long>(result));
+                               : mft_utils::HexText(static_cast<unsigned long>(result));
 }
 
 Json JsonOf(const OutputReport &output)
