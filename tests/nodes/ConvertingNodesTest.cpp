@@ -80,8 +80,7 @@ TEST_P(ConvertingNodesTest, FrameThatIsTooShortIsDropped)
         node->Process(Frame(length).Get());
 
         ASSERT_TRUE(end->samples.empty()) << length;
-        const auto texts = trace.Texts();
-        EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const std::string &text) {
+        EXPECT_TRUE(std::ranges::any_of(trace.Texts(), [](const std::string &text) {
             return text.find("Failed to convert output sample") != std::string::npos;
         })) << length;
     }

@@ -75,11 +75,7 @@ inline std::vector<ComPtr<IMFSample>> Capture(SimulatedCamera &camera, IMFMediaT
 inline HRESULT NodeProperty(SimulatedCamera &camera, const GUID &set, ULONG id, ULONG flags, void *data, ULONG length,
                             ULONG *returned, ULONG node = 3)
 {
-    KSP_NODE request{};
-    request.Property.Set = set;
-    request.Property.Id = id;
-    request.Property.Flags = flags | KSPROPERTY_TYPE_TOPOLOGY;
-    request.NodeId = node;
+    KSP_NODE request{{{{set, id, flags | KSPROPERTY_TYPE_TOPOLOGY}}}, node, 0};
     return camera.KsProperty(&request.Property, sizeof(request), data, length, returned);
 }
 
@@ -117,9 +113,8 @@ inline std::vector<std::uint8_t> MetadataItems(IMFSample *sample)
 inline std::optional<TARN_FRAME_METADATA> RecordOf(IMFSample *sample)
 {
     const auto items = MetadataItems(sample);
-    std::size_t offset = 0;
     KSCAMERA_METADATA_ITEMHEADER header{};
-    for (; offset + sizeof(header) <= items.size(); offset += header.Size)
+    for (std::size_t offset = 0; offset + sizeof(header) <= items.size(); offset += header.Size)
     {
         std::memcpy(&header, items.data() + offset, sizeof(header));
         EXPECT_EQ(0U, offset % 8);
@@ -127,9 +122,9 @@ inline std::optional<TARN_FRAME_METADATA> RecordOf(IMFSample *sample)
         {
             return std::nullopt;
         }
-        if (header.MetadataId == MetadataId_Custom_Start && header.Size == sizeof(header) + sizeof(TARN_FRAME_METADATA))
+        TARN_FRAME_METADATA record{};
+        if (header.MetadataId == MetadataId_Custom_Start && header.Size == sizeof(header) + sizeof(record))
         {
-            TARN_FRAME_METADATA record{};
             std::memcpy(&record, items.data() + offset + sizeof(header), sizeof(record));
             return record;
         }

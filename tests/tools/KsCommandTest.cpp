@@ -52,18 +52,13 @@ class KsCommandTest : public testing::Test
   private:
     void Serve(const KsSessionOptions &options, const std::function<void(const KsClient &)> &use) const
     {
-        if (options.transform == TransformKind::Color)
-        {
-            tarn_test::TestFrameServer server(MakeCom<mft_core::TarnColorDeviceMft>(),
-                                              MakeCom<tarn_sim::SimulatedCamera>(CameraConfiguration::TarnColor()));
-            UseTransform(server, use);
-            return;
-        }
-        tarn_test::DepthServer server(depthCamera);
-        UseTransform(server, use);
-    }
-    void UseTransform(tarn_test::TestFrameServer &server, const std::function<void(const KsClient &)> &use) const
-    {
+        std::optional<tarn_test::TestFrameServer> color;
+        std::optional<tarn_test::DepthServer> depth;
+        tarn_test::TestFrameServer &server =
+            options.transform == TransformKind::Color
+                ? color.emplace(MakeCom<mft_core::TarnColorDeviceMft>(),
+                                MakeCom<tarn_sim::SimulatedCamera>(CameraConfiguration::TarnColor()))
+                : depth.emplace(depthCamera);
         server.camera->Faults().SetPlan(faults);
         ComPtr<IKsControl> control;
         ASSERT_HR(S_OK, server.transform.As(&control));
@@ -132,10 +127,7 @@ TEST_F(KsCommandTest, RefusalsEndWithTheFailureCodeAndNameTheStep)
     EXPECT_EQ(Run({"command", "0xEE"}), ExitCode::Failure);
     ExpectOneErrorLineWith("firmware command 0xEE failed with 0x80004005 (E_FAIL)");
 
-    std::erase_if(depthCamera.pins[0].types, [](const ComPtr<IMFMediaType> &type) {
-        GUID subtype{};
-        return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &subtype)) && subtype == CUSTOM_GUID_KELP_FACE_LOGIN;
-    });
+    depthCamera = tarn_test::DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_FACE_LOGIN);
     EXPECT_EQ(Run({"get", "face-login"}), ExitCode::Failure) << "a positive result is no success";
     ExpectOneErrorLineWith("0x00000492 (ERROR_SET_NOT_FOUND");
 
