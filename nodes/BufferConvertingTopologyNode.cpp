@@ -35,7 +35,8 @@ HRESULT BufferConvertingTopologyNode::Convert(IMFSample *inputSample, IMFSample 
 
     ComPtr<IMFMediaBuffer> outputMediaBuffer;
     CHECK_HR_AS("MFCreateMemoryBuffer(outputLength, &outputMediaBuffer)",
-                MFCreateMemoryBuffer(outputLength, outputMediaBuffer.GetAddressOf()));
+                Buffers() != nullptr ? Buffers()->Take(outputLength, outputMediaBuffer.GetAddressOf())
+                                     : MFCreateMemoryBuffer(outputLength, outputMediaBuffer.GetAddressOf()));
     CHECK_HR(outputMediaBuffer->SetCurrentLength(outputLength));
     CHECK_HR_AS("(*outputSample)->AddBuffer(outputMediaBuffer)", output->AddBuffer(outputMediaBuffer.Get()));
     {

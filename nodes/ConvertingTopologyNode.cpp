@@ -31,6 +31,11 @@ HRESULT ConvertingTopologyNode::ProcessSample(IMFSample *sample)
     return S_OK;
 }
 
+void ConvertingTopologyNode::UseBuffers(const std::shared_ptr<mft_utils::BufferPool> &pool)
+{
+    buffers = pool;
+}
+
 HRESULT ConvertingTopologyNode::CheckFrameLength(std::size_t lengthBytes, std::size_t neededBytes) noexcept
 {
     return lengthBytes < neededBytes ? MF_E_BUFFERTOOSMALL : S_OK;

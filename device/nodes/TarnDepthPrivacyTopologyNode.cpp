@@ -60,12 +60,21 @@ TarnDepthPrivacyTopologyNode::TarnDepthPrivacyTopologyNode(std::shared_ptr<ITopo
     }
 }
 
+void TarnDepthPrivacyTopologyNode::UseBuffers(const std::shared_ptr<mft_utils::BufferPool> &pool)
+{
+    buffers = pool;
+}
+
 HRESULT TarnDepthPrivacyTopologyNode::ProcessSample(IMFSample *sample)
 {
     CHECK_POINTER(sample);
     const SampleActivity activity("mft_core::TarnDepthPrivacyTopologyNode::ProcessSample", sample);
     if (privacy->Covers(sample))
     {
+        if (buffers)
+        {
+            buffers->Forget();
+        }
         CHECK_HR(BlankPixels(sample));
         CHECK_HR(TakeOffConfidenceMap(sample));
     }

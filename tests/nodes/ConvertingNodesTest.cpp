@@ -98,17 +98,49 @@ TEST_P(ConvertingNodesTest, FrameThatIsTooShortIsDropped)
 TEST_P(ConvertingNodesTest, EachFailingCallDropsTheFrameAndTheNextOneIsConverted)
 {
     const auto input = Frame(GetParam().neededBytes);
-    int call = 1;
-    for (bool failed = true; failed; ++call)
+    for (const bool hasPool : {false, true})
     {
-        ASSERT_LT(call, 20);
-        const FailingCall failing(call);
-        node->Process(input.Get());
-        failed = failing.HasFailed();
-        EXPECT_EQ(failed ? 0u : 1u, end->samples.size()) << "call " << call;
-        EXPECT_REFS(input, 1);
+        end->samples.clear();
+        int call = 1;
+        for (bool failed = true; failed; ++call)
+        {
+            ASSERT_LT(call, 20);
+            node->UseBuffers(hasPool ? std::make_shared<mft_utils::BufferPool>() : nullptr);
+            const FailingCall failing(call);
+            node->Process(input.Get());
+            failed = failing.HasFailed();
+            EXPECT_EQ(failed ? 0u : 1u, end->samples.size()) << "call " << call;
+            EXPECT_REFS(input, 1);
+        }
+        EXPECT_EQ(5 + 2, call) << "sample, input lock, memory, length, output lock, then the run that passes";
     }
-    EXPECT_EQ(5 + 2, call) << "sample, input lock, memory, length, output lock, then the run that passes";
+}
+
+TEST_P(ConvertingNodesTest, RecycledMemoryShowsNothingOfAnEarlierFrame)
+{
+    const auto input = Frame(GetParam().neededBytes);
+    node->Process(input.Get());
+    const Bytes expected = BytesOf(end->samples.at(0).Get());
+    const auto pool = std::make_shared<mft_utils::BufferPool>();
+    node->UseBuffers(pool);
+    for (const BYTE pattern : {BYTE{0x00}, BYTE{0x5A}, BYTE{0xFF}})
+    {
+        ComPtr<IMFMediaBuffer> recycled;
+        BYTE *data = nullptr;
+        ASSERT_HR(S_OK, pool->Take(static_cast<DWORD>(GetParam().outputBytes), &recycled));
+        ASSERT_HR(S_OK, recycled->Lock(&data, nullptr, nullptr));
+        std::fill_n(data, GetParam().outputBytes, pattern);
+        ASSERT_HR(S_OK, recycled->Unlock());
+        IMFMediaBuffer *const address = recycled.Get();
+        recycled.Reset();
+
+        end->samples.clear(); // the last frame is given back
+        node->Process(input.Get());
+        ComPtr<IMFMediaBuffer> output;
+        ASSERT_HR(S_OK, end->samples.at(0)->GetBufferByIndex(0, &output));
+        EXPECT_EQ(address, output.Get());
+        EXPECT_EQ(expected, BytesOf(end->samples[0].Get()));
+    }
 }
 
 TEST_P(ConvertingNodesTest, WithoutANextNodeTheFrameEndsInAnOutOfRangeFailure)
