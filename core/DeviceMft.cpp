@@ -1,5 +1,6 @@
 #include "core/DeviceMft.h"
 
+#include <algorithm>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
@@ -76,6 +77,10 @@ HRESULT DeviceMft::QueryInterface(REFIID iid, void **object)
     else if (IsEqualGUID(iid, __uuidof(IMFRealTimeClientEx)))
     {
         *object = static_cast<IMFRealTimeClientEx *>(this);
+    }
+    else if (IsEqualGUID(iid, __uuidof(IMFSampleAllocatorControl)))
+    {
+        *object = static_cast<IMFSampleAllocatorControl *>(this);
     }
     else if (IsEqualGUID(iid, __uuidof(IKsControl)))
     {
@@ -296,6 +301,27 @@ void DeviceMft::AppendOutputStream(std::shared_ptr<OutputStream> stream)
         throw std::logic_error("stream id mismatch");
     }
     outputStreams.push_back(std::move(stream));
+}
+
+bool DeviceMft::Allocates(const OutputStream & /*outputStream*/) const
+{
+    return false;
+}
+
+HRESULT DeviceMft::FindOutlet(DWORD outputStreamId, Outlet &outlet) const
+{
+    if (IsShutdown())
+    {
+        return MF_E_SHUTDOWN;
+    }
+    if (outputStreamId < outputStreams.size())
+    {
+        const std::size_t input = std::min<std::size_t>(outputStreamId, inputStreams.size() - 1);
+        outlet.stream = outputStreams[outputStreamId];
+        outlet.allocates = Allocates(*outlet.stream);
+        outlet.inputStreamId = inputStreams.at(input)->GetID();
+    }
+    return S_OK;
 }
 
 HRESULT DeviceMft::Shutdown()

@@ -13,6 +13,7 @@
 #include "core/MediaEventGenerator.h"
 #include "core/OutputStream.h"
 #include "core/RealTimeClient.h"
+#include "core/SampleAllocatorControl.h"
 #include "core/TransformFace.h"
 #include "ks/ExtensionUnitKsControl.h"
 #include "ks/KsControlsDispatcher.h"
@@ -29,6 +30,7 @@ class DeviceMft : public IMFDeviceTransform,
                   public IMFShutdown,
                   public MediaEventGenerator,
                   public RealTimeClient,
+                  public SampleAllocatorControl,
                   public KsControlsDispatcher
 {
   public:
@@ -129,8 +131,12 @@ class DeviceMft : public IMFDeviceTransform,
     // lock.
     user_space_frameworks::CriticalSection stateChangeLock;
 
+    // Whether the output's samples are new ones; otherwise those of the input at its place come out.
+    virtual bool Allocates(const OutputStream &outputStream) const;
+
   private:
     IMFDeviceTransform &DeviceFace() noexcept override;
+    HRESULT FindOutlet(DWORD outputStreamId, Outlet &outlet) const override;
 
     HRESULT GetFilterStreamIds(std::vector<DWORD> &ids);
     HRESULT ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value);

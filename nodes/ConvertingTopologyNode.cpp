@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "media/LockedRows.h"
 #include "nodes/SampleActivity.h"
 #include "trace/Check.h"
 #include "trace/Guard.h"
@@ -20,7 +21,7 @@ HRESULT ConvertingTopologyNode::ProcessSample(IMFSample *sample)
     CHECK_POINTER(sample);
     SampleActivity activity(activityName, sample);
     ComPtr<IMFSample> output;
-    const HRESULT result = mft_utils::Guarded([&] { return Convert(sample, output.GetAddressOf()); });
+    const HRESULT result = mft_utils::Guarded([&] { return ConvertAnyhow(sample, output.GetAddressOf()); });
     if (FAILED(result))
     {
         activity.Write(mft_utils::TraceLevel::Error, "Failed to convert output sample",
@@ -34,6 +35,49 @@ HRESULT ConvertingTopologyNode::ProcessSample(IMFSample *sample)
 void ConvertingTopologyNode::UseBuffers(const std::shared_ptr<mft_utils::BufferPool> &pool)
 {
     buffers = pool;
+}
+
+void ConvertingTopologyNode::UseAllocator(std::shared_ptr<mft_utils::SampleAllocator> pipelineAllocator, DWORD rowBytes,
+                                          DWORD rows)
+{
+    allocator = std::move(pipelineAllocator);
+    outputRowBytes = rowBytes;
+    outputRows = rows;
+}
+
+// A frame in other memory is better than no frame: the pipeline then copies it.
+HRESULT ConvertingTopologyNode::ConvertAnyhow(IMFSample *inputSample, IMFSample **outputSample)
+{
+    if (allocator && SUCCEEDED(mft_utils::Guarded([&] { return ConvertIntoAllocated(inputSample, outputSample); })))
+    {
+        return S_OK;
+    }
+    return Convert(inputSample, outputSample);
+}
+
+HRESULT ConvertingTopologyNode::ConvertIntoAllocated(IMFSample *inputSample, IMFSample **outputSample)
+{
+    ComPtr<IMFSample> output;
+    if (const HRESULT allocated = allocator->Allocate(inputSample, output.GetAddressOf()); FAILED(allocated))
+    {
+        return allocated; // which the allocator has told, once
+    }
+    ComPtr<IMFMediaBuffer> buffer;
+    CHECK_HR(output->GetBufferByIndex(0, buffer.GetAddressOf()));
+    {
+        LockedRows rows;
+        CHECK_HR(rows.Lock(buffer.Get(), outputRowBytes, outputRows));
+        CHECK_HR(ConvertRows(inputSample, rows.first, rows.pitchBytes));
+    }
+    CHECK_HR(buffer->SetCurrentLength(outputRowBytes * outputRows));
+    *outputSample = output.Detach();
+    return S_OK;
+}
+
+HRESULT ConvertingTopologyNode::ConvertRows(IMFSample * /*inputSample*/, BYTE * /*firstRow*/,
+                                            std::ptrdiff_t /*pitchBytes*/)
+{
+    return E_NOTIMPL;
 }
 
 HRESULT ConvertingTopologyNode::CheckFrameLength(std::size_t lengthBytes, std::size_t neededBytes) noexcept

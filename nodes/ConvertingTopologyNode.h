@@ -2,13 +2,14 @@
 #pragma once
 
 #include "core/ITopologyNode.h"
+#include "media/SampleAllocator.h"
 
 namespace mft_core
 {
 
 // The input sample is borrowed and never written; the output has its attributes, time and duration. What a derived
-// node needs per frame is the output's memory only, from the pool where it was given one. Thread-safe as far as Convert
-// is.
+// node needs per frame is the output's memory only, from the pool where it was given one. The last one of a chain takes
+// a sample of the pipeline's allocator before that. Thread-safe as far as Convert is.
 class ConvertingTopologyNode : public ITopologyNode
 {
   public:
@@ -25,6 +26,9 @@ class ConvertingTopologyNode : public ITopologyNode
     // MF_E_BUFFERTOOSMALL when a frame of `lengthBytes` ends before what the node reads.
     static HRESULT CheckFrameLength(std::size_t lengthBytes, std::size_t neededBytes) noexcept;
 
+    // Before the first sample; null for none. The node then overrides ConvertRows. Rows of `rowBytes` bytes come out.
+    void UseAllocator(std::shared_ptr<mft_utils::SampleAllocator> pipelineAllocator, DWORD rowBytes, DWORD rows);
+
     // Null without a pool: memory is then made for each frame.
     mft_utils::BufferPool *Buffers() const noexcept
     {
@@ -32,11 +36,19 @@ class ConvertingTopologyNode : public ITopologyNode
     }
 
   private:
+    // Writes the rows of the output, every byte of each. Called as Convert is.
+    virtual HRESULT ConvertRows(IMFSample *inputSample, BYTE *firstRow, std::ptrdiff_t pitchBytes);
+    HRESULT ConvertIntoAllocated(IMFSample *inputSample, IMFSample **outputSample);
+    HRESULT ConvertAnyhow(IMFSample *inputSample, IMFSample **outputSample);
+
     // Makes the output sample; it may throw. Called from several threads at once.
     virtual HRESULT Convert(IMFSample *inputSample, IMFSample **outputSample) = 0;
 
     const char *const activityName;
     std::shared_ptr<mft_utils::BufferPool> buffers;
+    std::shared_ptr<mft_utils::SampleAllocator> allocator;
+    DWORD outputRowBytes = 0;
+    DWORD outputRows = 0;
 };
 
 } // namespace mft_core

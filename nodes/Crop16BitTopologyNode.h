@@ -14,7 +14,8 @@ class Crop16BitTopologyNode : public ImageConvertingTopologyNode
   public:
     // Throws std::invalid_argument "input is smaller than output", or FrameSize's.
     Crop16BitTopologyNode(std::shared_ptr<ITopologyNode> successor, std::uint32_t inputWidth, std::uint32_t inputHeight,
-                          std::uint32_t outputWidth, std::uint32_t outputHeight);
+                          std::uint32_t outputWidth, std::uint32_t outputHeight,
+                          std::shared_ptr<mft_utils::SampleAllocator> pipelineAllocator = nullptr);
 
   private:
     struct Rectangle
@@ -29,6 +30,7 @@ class Crop16BitTopologyNode : public ImageConvertingTopologyNode
     };
 
     Crop16BitTopologyNode(std::shared_ptr<ITopologyNode> successor, const Rectangle &rectangle);
+    HRESULT ConvertRows(IMFSample *inputSample, BYTE *firstRow, std::ptrdiff_t pitchBytes) override;
     HRESULT ConvertImage(const std::uint16_t *input, std::uint16_t *output) override;
 
     const Rectangle crop;

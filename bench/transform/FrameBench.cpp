@@ -1,11 +1,12 @@
 // What whole frames cost through COM: processor time of the process per frame beside one plain copy of the input frame
 // into a kept block in the same run, and the way of a frame at 60 frames a second.
 //
-//   tarn_frame_bench [--module PATH] [--latency] [--rounds N]
+//   tarn_frame_bench [--module PATH] [--allocator] [--latency] [--rounds N]
 #include "platform/CameraAttributes.h"
 #include "platform/DeviceTransform.h"
 #include "platform/ExtendedCameraControl.h"
 #include "platform/RealTimeClientEx.h"
+#include "platform/SampleAllocator.h"
 
 #include <algorithm>
 #include <chrono>
@@ -41,6 +42,14 @@ void Require(HRESULT result, const char *what)
         std::exit(1);
     }
 }
+
+struct Run
+{
+    std::string module = "tarn_dmft.dll";
+    bool allocator = false;
+    bool latency = false;
+    int rounds = 5;
+};
 
 struct Scenario
 {
@@ -83,7 +92,8 @@ ComPtr<IMFDeviceTransform> CreateTransform(const std::string &module)
 class Session : public tarn_sim::IFrameSink
 {
   public:
-    Session(const std::string &module, const Scenario &played) : scenario(played), transform(CreateTransform(module))
+    Session(const Run &run, const Scenario &played)
+        : scenario(played), hasAllocator(run.allocator), transform(CreateTransform(run.module))
     {
         auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
         configuration.pacing = tarn_sim::Pacing::Stepped;
@@ -211,6 +221,7 @@ class Session : public tarn_sim::IFrameSink
             MFGetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, &offeredWidth, &offeredHeight);
             if (offeredWidth == width && offeredHeight == height)
             {
+                OfferAllocator(output);
                 Require(transform->SetOutputStreamState(output, type.Get(), DeviceStreamState_Run, 0),
                         "SetOutputStreamState");
                 break;
@@ -220,6 +231,18 @@ class Session : public tarn_sim::IFrameSink
         while (SUCCEEDED(events->GetEvent(MF_EVENT_FLAG_NO_WAIT, event.ReleaseAndGetAddressOf())))
         {
             FollowPin(*event.Get());
+        }
+    }
+
+    void OfferAllocator(DWORD output)
+    {
+        if (hasAllocator)
+        {
+            ComPtr<IMFSampleAllocatorControl> control;
+            Require(transform.As(&control), "IMFSampleAllocatorControl");
+            ComPtr<IMFVideoSampleAllocatorEx> allocator;
+            Require(MFCreateVideoSampleAllocatorEx(IID_PPV_ARGS(&allocator)), "MFCreateVideoSampleAllocatorEx");
+            Require(control->SetDefaultAllocator(output, allocator.Get()), "SetDefaultAllocator");
         }
     }
 
@@ -265,6 +288,7 @@ class Session : public tarn_sim::IFrameSink
     }
 
     const Scenario scenario;
+    const bool hasAllocator;
     const ComPtr<IMFDeviceTransform> transform;
     ComPtr<tarn_sim::SimulatedCamera> camera;
     ComPtr<IMFMediaEventGenerator> events;
@@ -312,9 +336,9 @@ double Part(std::vector<double> values, double part)
     return values.at(static_cast<std::size_t>(static_cast<double>(values.size() - 1) * part));
 }
 
-void CompareWithCopy(const std::string &module, const Scenario &scenario, int rounds)
+void CompareWithCopy(const Run &run, const Scenario &scenario)
 {
-    Session session(module, scenario);
+    Session session(run, scenario);
     DWORD length = 0;
     const BYTE *const input = session.FrameData(length);
     std::vector<BYTE> kept(length);
@@ -325,7 +349,7 @@ void CompareWithCopy(const std::string &module, const Scenario &scenario, int ro
     {
         session.Frame();
     }
-    for (int i = 0; i < rounds; ++i)
+    for (int i = 0; i < run.rounds; ++i)
     {
         frames.push_back(MicrosecondsPerCall([&] { session.Frame(); }));
         copies.push_back(MicrosecondsPerCall([&] { std::memcpy(kept.data(), input, kept.size()); }));
@@ -336,10 +360,10 @@ void CompareWithCopy(const std::string &module, const Scenario &scenario, int ro
     std::fflush(stdout);
 }
 
-void MeasureLatency(const std::string &module, const Scenario &scenario)
+void MeasureLatency(const Run &run, const Scenario &scenario)
 {
     constexpr int kSeconds = 10;
-    Session session(module, scenario);
+    Session session(run, scenario);
     std::vector<double> ways;
     auto due = Clock::now();
     for (int i = 0; i < 60 * kSeconds; ++i)
@@ -359,37 +383,36 @@ void MeasureLatency(const std::string &module, const Scenario &scenario)
 
 int main(int argc, char **argv)
 {
-    std::string module = "tarn_dmft.dll";
-    bool latency = false;
-    int rounds = 5;
+    Run run;
     for (int i = 1; i < argc; ++i)
     {
         const std::string option = argv[i];
-        latency = latency || option == "--latency";
+        run.latency = run.latency || option == "--latency";
+        run.allocator = run.allocator || option == "--allocator";
         if (i + 1 < argc && option == "--module")
         {
-            module = argv[++i];
+            run.module = argv[++i];
         }
         else if (i + 1 < argc && option == "--rounds")
         {
-            rounds = std::atoi(argv[++i]);
+            run.rounds = std::atoi(argv[++i]);
         }
     }
     Require(CoInitializeEx(nullptr, COINIT_MULTITHREADED), "CoInitializeEx");
     Require(MFStartup(MF_VERSION, MFSTARTUP_FULL), "MFStartup");
-    std::printf("| scenario | size | copy us | frame us | frame / copy, median (least-most) of %d rounds |\n"
+    std::printf("%s\n\n| scenario | size | copy us | frame us | frame / copy, median (least-most) of %d rounds |\n"
                 "|---|---|---|---|---|\n",
-                rounds);
+                run.allocator ? "With the pipeline's allocator" : "Without an allocator", run.rounds);
     for (const Scenario &scenario : kScenarios)
     {
-        CompareWithCopy(module, scenario, rounds);
+        CompareWithCopy(run, scenario);
     }
-    if (latency)
+    if (run.latency)
     {
         std::printf("\n| scenario, 60 frames a second | size | p50 ms | p99 ms | max ms |\n|---|---|---|---|---|\n");
         for (const Scenario &scenario : kScenarios)
         {
-            MeasureLatency(module, scenario);
+            MeasureLatency(run, scenario);
         }
     }
     std::fflush(stdout);

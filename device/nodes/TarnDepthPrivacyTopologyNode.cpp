@@ -13,8 +13,29 @@ namespace mft_core
 
 namespace
 {
+// With the padding of its rows; a linear lock of such a buffer would be a copy.
+HRESULT BlankPlane(IMF2DBuffer2 *plane)
+{
+    BYTE *firstRow = nullptr;
+    LONG pitchBytes = 0;
+    BYTE *data = nullptr;
+    DWORD capacity = 0;
+    CHECK_HR(plane->Lock2DSize(MF2DBuffer_LockFlags_Write, &firstRow, &pitchBytes, &data, &capacity));
+    if (data != nullptr)
+    {
+        std::memset(data, 0, capacity);
+    }
+    CHECK_HR(plane->Unlock2D());
+    return S_OK;
+}
+
 HRESULT BlankBuffer(IMFMediaBuffer *buffer)
 {
+    ComPtr<IMF2DBuffer2> plane;
+    if (SUCCEEDED(buffer->QueryInterface(IID_PPV_ARGS(&plane))))
+    {
+        return BlankPlane(plane.Get());
+    }
     BYTE *data = nullptr;
     DWORD capacity = 0;
     CHECK_HR(buffer->Lock(&data, &capacity, nullptr));

@@ -83,7 +83,8 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
     const auto first =
         chain
             .Then<TarnIr10to8TopologyNode>(static_cast<std::int32_t>(outputMtData.width),
-                                           static_cast<std::int32_t>(outputMtData.height))
+                                           static_cast<std::int32_t>(outputMtData.height), 0.0,
+                                           irOutStream->Allocator())
             .Then<TarnIrIlluminationTopologyNode>()
             .Then<TarnDepthPrivacyTopologyNode>(privacyState)
             .Then<TarnCalibrationTopologyNode>(

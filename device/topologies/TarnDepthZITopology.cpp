@@ -96,7 +96,7 @@ std::shared_ptr<ITopologyNode> TarnDepthZITopology::InfraredBranch(const std::sh
     return NodeChain()
         .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, irMtData.width, irMtData.height)
         .Then<TarnIr10to8TopologyNode>(static_cast<std::int32_t>(irMtData.width),
-                                       static_cast<std::int32_t>(irMtData.height))
+                                       static_cast<std::int32_t>(irMtData.height), 0.0, irOutStream->Allocator())
         .Then<TarnCalibrationTopologyNode>(std::cref(*irOutStream), CroppedIntrinsics(inputMtData, irMtData))
         .EndIn(AddOutput(irOutStream));
 }
@@ -111,7 +111,8 @@ std::shared_ptr<ITopologyNode> TarnDepthZITopology::DepthBranch(const std::share
         TarnFrameFormatTopologyNode::FrameBytes(CUSTOM_GUID_KELP_ZI, inputMtData.width, inputMtData.height));
     return NodeChain()
         .Then<SampleCopyTopologyNode>(kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node", frameBytes)
-        .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, depthMtData.width, depthMtData.height)
+        .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, depthMtData.width, depthMtData.height,
+                                     depthOutStream->Allocator())
         .Then<TarnCalibrationTopologyNode>(std::cref(*depthOutStream), CroppedIntrinsics(inputMtData, depthMtData))
         .Then<DepthRangeTopologyNode>(depthAttributes, kMinReliableDepthCm, kMaxReliableDepthCm)
         .EndIn(AddOutput(depthOutStream));
