@@ -29,6 +29,8 @@ StreamReport GoodReport()
     output.attachments.confidenceMaps = 58;
     report.phases.push_back({"depth", "INZC 640x480@30", {output}});
     report.pins.push_back({0, {}});
+    report.pins.front().statistics.delivered = 50;
+    report.processorTime = std::chrono::milliseconds(10);
     return report;
 }
 
@@ -83,6 +85,7 @@ TEST(StreamReportTest, JsonCarriesTheNumbersAndSurvivesAnOddPath)
     EXPECT_EQ(output["in"], 58);
     EXPECT_EQ(output["dropped"], 2);
     EXPECT_EQ(output["latencyMs"]["p99"], 1.25);
+    EXPECT_EQ(json["processorMicrosecondsPerFrame"], 200.0);
     EXPECT_EQ(json["leftBehind"]["dllCanUnloadNow"], "S_OK");
     EXPECT_EQ(json["problems"].size(), 1U);
 }

@@ -76,6 +76,16 @@ void AddProblems(std::vector<std::string> &problems, const PhaseReport &phase, c
 
 } // namespace
 
+double StreamReport::ProcessorMicrosecondsPerFrame() const noexcept
+{
+    std::uint64_t frames = 0;
+    for (const PinReport &pin : pins)
+    {
+        frames += pin.statistics.delivered;
+    }
+    return frames == 0 ? 0 : static_cast<double>(processorTime.count()) / static_cast<double>(frames);
+}
+
 std::vector<std::string> StreamReport::Problems() const
 {
     std::vector<std::string> problems;
@@ -144,7 +154,9 @@ void StreamReport::WriteTable(std::ostream &output) const
         output << Format("camera pin %lu   %llu frames delivered, %llu dropped by the camera, %llu failed\n", pin.id,
                          Wide(pin.statistics.delivered), Wide(pin.statistics.dropped), Wide(pin.statistics.failed));
     }
-    output << Format("events         %llu outputs, %llu input states, %llu streams created, %llu others\n",
+    output << Format("processor      %.0f us per frame, camera and frame server included\n",
+                     ProcessorMicrosecondsPerFrame())
+           << Format("events         %llu outputs, %llu input states, %llu streams created, %llu others\n",
                      Wide(events.outputEvents), Wide(events.inputStateEvents), Wide(events.streamCreatedEvents),
                      Wide(events.otherEvents))
            << Format("left behind    %lu references on the transform, %lu on the camera, %u frames\n",
@@ -193,6 +205,7 @@ std::string StreamReport::ToJson() const
                                         {"dropped", pin.statistics.dropped},
                                         {"failed", pin.statistics.failed}});
     }
+    report["processorMicrosecondsPerFrame"] = ProcessorMicrosecondsPerFrame();
     report["events"] = {{"outputs", events.outputEvents},
                         {"inputStates", events.inputStateEvents},
                         {"streamsCreated", events.streamCreatedEvents},

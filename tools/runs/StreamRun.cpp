@@ -7,6 +7,7 @@
 #include "sim/CameraConfiguration.h"
 #include "sim/GeneratedScene.h"
 #include "sim/RecordedFrames.h"
+#include "tools/runs/ProcessorTime.h"
 #include "tools/command/ExitCode.h"
 #include "tools/ks/KsClient.h"
 #include "tools/command/Text.h"
@@ -65,10 +66,15 @@ StreamReport StreamRun::Run()
         writer.emplace(options.outFolder);
     }
     CreateCamera();
+    if (options.allocator)
+    {
+        session.OfferAllocators();
+    }
     session.Open(ClassOf(scenario.transform), static_cast<IMFTransform *>(camera.Get()));
     camera->SetFrameSink(this);
     session.SendMessage(MFT_MESSAGE_NOTIFY_BEGIN_STREAMING);
     session.SendMessage(MFT_MESSAGE_NOTIFY_START_OF_STREAM);
+    const auto processorTimeBefore = ProcessorTime();
     for (std::size_t index = 0; index < scenario.phases.size() && !stalled; ++index)
     {
         Enter(index);
@@ -77,6 +83,7 @@ StreamReport StreamRun::Run()
     StopOutputs();
 
     StreamReport report;
+    report.processorTime = ProcessorTime() - processorTimeBefore;
     report.title = scenario.title;
     report.transform = NameOf(scenario.transform);
     report.source = sourceText;
