@@ -2,7 +2,9 @@
 
 #include <utility>
 
+#include "media/IMFSampleUtils.h"
 #include "media/LockedRows.h"
+#include "media/MediaBufferView.h"
 #include "nodes/SampleActivity.h"
 #include "trace/Check.h"
 #include "trace/Guard.h"
@@ -48,11 +50,43 @@ void ConvertingTopologyNode::UseAllocator(std::shared_ptr<mft_utils::SampleAlloc
 // A frame in other memory is better than no frame: the pipeline then copies it.
 HRESULT ConvertingTopologyNode::ConvertAnyhow(IMFSample *inputSample, IMFSample **outputSample)
 {
+    if (handsOnViews)
+    {
+        return MakeView(inputSample, outputSample);
+    }
     if (allocator && SUCCEEDED(mft_utils::Guarded([&] { return ConvertIntoAllocated(inputSample, outputSample); })))
     {
         return S_OK;
     }
     return Convert(inputSample, outputSample);
+}
+
+// The next node reads the frame where it lies, where a copy would be read once and thrown away.
+HRESULT ConvertingTopologyNode::MakeView(IMFSample *inputSample, IMFSample **outputSample) const
+{
+    ComPtr<IMFSample> output;
+    CHECK_HR_AS("IMFSampleUtils::Copy(outputSample, inputSample)",
+                mft_utils::IMFSampleUtils::Copy(output.GetAddressOf(), inputSample));
+    ComPtr<IMFMediaBuffer> inputMediaBuffer;
+    CHECK_HR_AS("inputSample->ConvertToContiguousBuffer(&inputMediaBuffer)",
+                inputSample->ConvertToContiguousBuffer(inputMediaBuffer.GetAddressOf()));
+    CHECK_POINTER_AS("inputMediaBuffer", inputMediaBuffer, E_UNEXPECTED);
+    DWORD inputLength = 0;
+    CHECK_HR(inputMediaBuffer->GetCurrentLength(&inputLength));
+    const ByteRange part = ViewedPart(inputLength);
+    CHECK_HR(CheckFrameLength(inputLength, part.offset));
+    CHECK_HR(CheckFrameLength(inputLength - part.offset, part.length));
+    CHECK_HR(CheckFrameLength(part.length, 1));
+    const auto view = user_space_frameworks::MakeCom<mft_utils::MediaBufferView>(
+        inputMediaBuffer, static_cast<DWORD>(part.offset), static_cast<DWORD>(part.length));
+    CHECK_HR_AS("(*outputSample)->AddBuffer(outputMediaBuffer)", output->AddBuffer(view.Get()));
+    *outputSample = output.Detach();
+    return S_OK;
+}
+
+ConvertingTopologyNode::ByteRange ConvertingTopologyNode::ViewedPart(std::size_t inputLength) const noexcept
+{
+    return {0, inputLength};
 }
 
 HRESULT ConvertingTopologyNode::ConvertIntoAllocated(IMFSample *inputSample, IMFSample **outputSample)

@@ -45,10 +45,15 @@ std::size_t Crop16BitTopologyNode::Rectangle::EndPixel() const noexcept
 Crop16BitTopologyNode::Crop16BitTopologyNode(std::shared_ptr<ITopologyNode> successor, std::uint32_t inputWidth,
                                              std::uint32_t inputHeight, std::uint32_t outputWidth,
                                              std::uint32_t outputHeight,
-                                             std::shared_ptr<mft_utils::SampleAllocator> pipelineAllocator)
+                                             std::shared_ptr<mft_utils::SampleAllocator> pipelineAllocator,
+                                             OutputMemory outputMemory)
     : Crop16BitTopologyNode(std::move(successor), Rectangle(inputWidth, inputHeight, outputWidth, outputHeight))
 {
     UseAllocator(std::move(pipelineAllocator), outputWidth * FrameSize::kBytesPerPixel, outputHeight);
+    if (outputMemory == OutputMemory::View)
+    {
+        HandOnViews();
+    }
 }
 
 Crop16BitTopologyNode::Crop16BitTopologyNode(std::shared_ptr<ITopologyNode> successor, const Rectangle &rectangle)
@@ -64,6 +69,12 @@ HRESULT Crop16BitTopologyNode::ConvertImage(const std::uint16_t *input, std::uin
     mft_kernels::CopyRectangle(input + crop.FirstPixel(), crop.input.RowPitchBytes(), output,
                                crop.output.RowPitchBytes(), crop.output.width, crop.output.height);
     return S_OK;
+}
+
+ConvertingTopologyNode::ByteRange Crop16BitTopologyNode::ViewedPart(std::size_t /*inputLength*/) const noexcept
+{
+    return {crop.FirstPixel() * FrameSize::kBytesPerPixel,
+            (crop.EndPixel() - crop.FirstPixel()) * FrameSize::kBytesPerPixel};
 }
 
 HRESULT Crop16BitTopologyNode::ConvertRows(IMFSample *inputSample, BYTE *firstRow, std::ptrdiff_t pitchBytes)

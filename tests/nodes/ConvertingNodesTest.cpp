@@ -210,4 +210,47 @@ constexpr NodeCase kCases[] = {
 INSTANTIATE_TEST_SUITE_P(Nodes, ConvertingNodesTest, testing::ValuesIn(kCases),
                          [](const testing::TestParamInfo<NodeCase> &instance) { return instance.param.name; });
 
+// A node that reads behind one that hands on copies, or views of the frame.
+using ChainMaker = NodePtr (*)(NodePtr end, OutputMemory memory);
+
+TEST(ViewTest, NodesBehindAViewGiveWhatTheyGiveBehindACopy)
+{
+    constexpr ChainMaker chains[] = {
+        [](NodePtr end, OutputMemory memory) -> NodePtr {
+            const NodePtr next = std::make_shared<TarnIr10to8TopologyNode>(end, 37, 27, 0.0, nullptr,
+                                                                           memory == OutputMemory::View ? 41 : 0);
+            return std::make_shared<Crop16BitTopologyNode>(next, 41, 32, 37, 27, nullptr, memory);
+        },
+        [](NodePtr end, OutputMemory memory) -> NodePtr {
+            const NodePtr next =
+                std::make_shared<ImageResizeTopologyNode>(end, 37, 27, 50, 20, memory == OutputMemory::View ? 41 : 0);
+            return std::make_shared<Crop16BitTopologyNode>(next, 41, 32, 37, 27, nullptr, memory);
+        },
+        [](NodePtr end, OutputMemory memory) -> NodePtr {
+            const NodePtr next = std::make_shared<Crop16BitTopologyNode>(end, 41, 14, 37, 14);
+            return std::make_shared<SampleCopyTopologyNode>(next, 0.5, 0.5, "Copy", 2 * 2 * 41 * 14, memory);
+        },
+    };
+    constexpr std::size_t kNeeded[] = {2 * (41 * 28 + 39), 2 * (41 * 28 + 39), 2 * 2 * 41 * 14}; // bytes
+    for (std::size_t i = 0; i < std::size(chains); ++i)
+    {
+        Bytes pixels = AsBytes(RandomPixels(41 * 32));
+        pixels.resize(kNeeded[i]); // and then a page that faults
+        const auto input = MakeFrame(pixels);
+        const auto copies = std::make_shared<CollectingNode>();
+        const auto views = std::make_shared<CollectingNode>();
+        chains[i](copies, OutputMemory::Own)->Process(input.Get());
+        chains[i](views, OutputMemory::View)->Process(input.Get());
+        ASSERT_EQ(1u, views->samples.size()) << i;
+        EXPECT_EQ(BytesOf(copies->samples.at(0).Get()), BytesOf(views->samples[0].Get())) << i;
+        ExpectFrameProperties(views->samples[0].Get());
+        EXPECT_EQ(pixels, BytesOf(input.Get()));
+        EXPECT_REFS(input, 1);
+
+        pixels.resize(kNeeded[i] / 2);
+        chains[i](views, OutputMemory::View)->Process(MakeFrame(pixels).Get());
+        EXPECT_EQ(1u, views->samples.size()) << i;
+    }
+}
+
 } // namespace
