@@ -1,9 +1,11 @@
 #include "core/DeviceMft.h"
 
+#include <algorithm>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
 
+#include "base/Checked.h"
 #include "ks/PassthroughKsHandlers.h"
 #include "trace/Guard.h"
 #include "base/WideString.h"
@@ -233,6 +235,27 @@ void DeviceMft::AppendOutputStream(std::shared_ptr<OutputStream> stream)
         throw std::logic_error("stream id mismatch");
     }
     outputStreams.Append(std::move(stream));
+}
+
+bool DeviceMft::Allocates(const OutputStream & /*outputStream*/) const
+{
+    return false;
+}
+
+HRESULT DeviceMft::FindOutlet(DWORD outputStreamId, Outlet &outlet) const
+{
+    if (IsShutdown())
+    {
+        return MF_E_SHUTDOWN;
+    }
+    if (outputStreamId < outputStreams.size())
+    {
+        const std::size_t input = std::min<std::size_t>(outputStreamId, inputStreams.size() - 1);
+        outlet.stream = outputStreams[outputStreamId];
+        outlet.allocates = Allocates(*outlet.stream);
+        outlet.inputStreamId = mft_utils::At(inputStreams, input)->GetID();
+    }
+    return S_OK;
 }
 
 HRESULT DeviceMft::Shutdown()

@@ -14,6 +14,7 @@
 #include "core/MediaEventGenerator.h"
 #include "core/OutputStream.h"
 #include "core/RealTimeClient.h"
+#include "core/SampleAllocatorControl.h"
 #include "core/StreamTable.h"
 #include "core/TransformFace.h"
 #include "ks/ExtensionUnitKsControl.h"
@@ -25,8 +26,9 @@ namespace mft_core
 
 // Made by its creator with one reference; the pipeline owns it. Streams and KS handlers are immutable after Init.
 // Thread-safe; changes of output states are serialised by a lock that no work item takes.
-class DeviceMft : public user_space_frameworks::ComObject<IMFDeviceTransform, TransformFace, IMFShutdown,
-                                                          MediaEventGenerator, RealTimeClient, KsControlsDispatcher>
+class DeviceMft
+    : public user_space_frameworks::ComObject<IMFDeviceTransform, TransformFace, IMFShutdown, MediaEventGenerator,
+                                              RealTimeClient, SampleAllocatorControl, KsControlsDispatcher>
 {
   public:
     // IMFDeviceTransform
@@ -121,8 +123,12 @@ class DeviceMft : public user_space_frameworks::ComObject<IMFDeviceTransform, Tr
     // lock.
     user_space_frameworks::CriticalSection stateChangeLock;
 
+    // Whether the output's samples are new ones; otherwise those of the input at its place come out.
+    virtual bool Allocates(const OutputStream &outputStream) const;
+
   private:
     IMFDeviceTransform &DeviceFace() noexcept override;
+    HRESULT FindOutlet(DWORD outputStreamId, Outlet &outlet) const override;
 
     HRESULT GetFilterStreamIds(std::vector<DWORD> &ids);
     HRESULT ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value)

@@ -23,7 +23,8 @@ namespace mft_core
 
 OutputStream::OutputStream(UINT32 streamId, MediaEventGenerator *generator,
                            const OutputStreamConfiguration &configuration)
-    : Stream(streamId, generator, configuration.parentName + " Output Stream " + std::to_string(streamId))
+    : Stream(streamId, generator, configuration.parentName + " Output Stream " + std::to_string(streamId)),
+      allocator(std::make_shared<mft_utils::SampleAllocator>(GetNameCopy()))
 {
     if (!configuration.mtList || configuration.mtList->empty())
     {
@@ -189,6 +190,22 @@ HRESULT OutputStream::ProcessOutput(MFT_OUTPUT_DATA_BUFFER &buffer)
 }
 
 HRESULT OutputStream::SetState(DeviceStreamState theState)
+{
+    const HRESULT changed = ChangeState(theState);
+    if (SUCCEEDED(changed) && theState == DeviceStreamState_Run)
+    {
+        ComPtr<IMFMediaType> type; // not under the lock: the platform makes memory for it
+        GetCurrentMediaType(type.GetAddressOf());
+        allocator->Start(type.Get());
+    }
+    else if (SUCCEEDED(changed) && theState == DeviceStreamState_Stop)
+    {
+        allocator->Stop();
+    }
+    return changed;
+}
+
+HRESULT OutputStream::ChangeState(DeviceStreamState theState)
 {
     std::list<ComPtr<IMFSample>> dropped; // released outside the lock
     const std::scoped_lock guard(lock);

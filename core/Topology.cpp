@@ -9,7 +9,10 @@
 namespace mft_core
 {
 
-Topology::Topology(std::string topologyName) : Object(std::move(topologyName)) {}
+Topology::Topology(std::string topologyName)
+    : Object(std::move(topologyName)), buffers(std::make_shared<mft_utils::BufferPool>())
+{
+}
 
 Topology::~Topology()
 {
@@ -28,6 +31,10 @@ std::shared_ptr<OutputTopologyNode> Topology::AddOutput(std::shared_ptr<OutputSt
 void Topology::AddConnection(std::shared_ptr<InputStream> inputStream, std::shared_ptr<ITopologyNode> firstNode,
                              IMFMediaType *mediaType)
 {
+    firstNode->Propagate(PropagateOrder::CallLambdaAndPropagate, [this](ITopologyNode *node) -> HRESULT {
+        node->UseBuffers(buffers);
+        return S_OK;
+    });
     connections.push_back({std::move(inputStream), std::move(firstNode), mediaType, false});
 }
 

@@ -38,6 +38,8 @@ class TarnDepthDeviceMft : public DeviceMft
     CameraBlob CreateIntrinsics(const MediaTypeList &mtList, UINT32 inputStreamId) override;
     CameraBlob CreateExtrinsics(UINT32 inputStreamId) override;
 
+    bool Allocates(const OutputStream &outputStream) const override;
+
     // A start that no topology can serve changes nothing: what ran runs on. One that fails later leaves every output
     // stopped. Both leave the transform usable.
     HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override

@@ -101,6 +101,12 @@ HRESULT TarnDepthDeviceMft::BuildIrTopology(IMFMediaType *nextMediaType, std::sh
     return S_OK;
 }
 
+// Depth alone comes in the camera's samples; which of the two it is changes while it runs.
+bool TarnDepthDeviceMft::Allocates(const OutputStream & /*outputStream*/) const
+{
+    return true;
+}
+
 HRESULT TarnDepthDeviceMft::StartOutputStream(const std::shared_ptr<OutputStream> &outputStream,
                                               IMFMediaType *nextMediaType)
 {

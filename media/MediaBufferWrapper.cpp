@@ -20,13 +20,14 @@ MediaBufferWrapper::MediaBufferWrapper(IMFSample *sample)
     Lock();
 }
 
-MediaBufferWrapper::MediaBufferWrapper(DWORD lengthBytes)
+MediaBufferWrapper::MediaBufferWrapper(DWORD lengthBytes, BufferPool *pool)
 {
     if (lengthBytes == 0)
     {
         throw ComException(E_INVALIDARG, "length can't be 0");
     }
-    ThrowIfFailed<ComException>(MFCreateMemoryBuffer(lengthBytes, mediaBuffer.GetAddressOf()),
+    ThrowIfFailed<ComException>(pool != nullptr ? pool->Take(lengthBytes, mediaBuffer.GetAddressOf())
+                                                : MFCreateMemoryBuffer(lengthBytes, mediaBuffer.GetAddressOf()),
                                 "Failed to create media buffer");
     ThrowIfFailed<ComException>(mediaBuffer->SetCurrentLength(lengthBytes), "Failed to set current length");
     Lock();

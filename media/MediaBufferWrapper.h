@@ -4,6 +4,7 @@
 #include "platform/MediaFoundation.h"
 
 #include "base/LockedBuffer.h"
+#include "media/BufferPool.h"
 
 namespace mft_utils
 {
@@ -16,9 +17,10 @@ class MediaBufferWrapper
     // "Failed to lock media buffer".
     explicit MediaBufferWrapper(IMFSample *sample);
 
-    // Allocates and locks a buffer whose current length is `lengthBytes`. Throws ComException "length can't be 0",
-    // "Failed to create media buffer", "Failed to set current length" or "Failed to lock media buffer".
-    explicit MediaBufferWrapper(DWORD lengthBytes);
+    // Makes and locks a buffer whose current length is `lengthBytes`, of the pool's memory where there is a pool.
+    // Throws ComException "length can't be 0", "Failed to create media buffer", "Failed to set current length" or
+    // "Failed to lock media buffer".
+    explicit MediaBufferWrapper(DWORD lengthBytes, BufferPool *pool = nullptr);
 
     ComPtr<IMFMediaBuffer> mediaBuffer;
     BYTE *data = nullptr;

@@ -20,6 +20,7 @@
 #include "device/nodes/TarnConfidenceMapTopologyNode.h"
 #include "device/nodes/TarnIr10to8TopologyNode.h"
 #include "kernels/InstructionSet.h"
+#include "media/BufferPool.h"
 #include "nodes/Crop16BitTopologyNode.h"
 #include "nodes/ImageResizeTopologyNode.h"
 #include "nodes/ImageThresholdTopologyNode.h"
@@ -155,6 +156,11 @@ void Compare(const Task &task)
     {
         return;
     }
+    const auto pool = std::make_shared<mft_utils::BufferPool>(); // as in a topology
+    node->Propagate(PropagateOrder::CallLambdaAndPropagate, [&](ITopologyNode *one) -> HRESULT {
+        one->UseBuffers(pool);
+        return S_OK;
+    });
     const ComPtr<IMFSample> sample = MakeSample(FrameLength(task));
     node->Process(sample.Get());
     if (sink->count != 1)

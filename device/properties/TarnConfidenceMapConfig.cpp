@@ -42,6 +42,11 @@ HRESULT TarnConfidenceMapConfig::Run(PKSPROPERTY pProperty, ULONG, LPVOID pvProp
 
 HRESULT TarnConfidenceMapConfig::Set(bool nextEnabled) const
 {
+    if (nextEnabled == enabled->IsEnabled())
+    {
+        TRACE_INFO("%s stays %s", GetName(), nextEnabled ? "Enabled" : "Disabled");
+        return S_OK;
+    }
     if (setCallback == nullptr)
     {
         throw std::runtime_error("no callback function or instance");

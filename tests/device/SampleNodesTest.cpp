@@ -225,6 +225,22 @@ TEST_F(TarnDepthPrivacyTopologyNodeTest, NothingOfAPrivateFrameIsLeft)
     EXPECT_EQ(1, end->samples);
 }
 
+TEST_F(TarnDepthPrivacyTopologyNodeTest, NoPictureStaysInAPoolOnceAPrivateFrameHasCome)
+{
+    const auto pool = make_shared<mft_utils::BufferPool>();
+    ComPtr<IMFMediaBuffer> picture; // that a node in front has written
+    ASSERT_HR(S_OK, pool->Take(100, &picture));
+    TarnDepthPrivacyTopologyNode node(end, privacy);
+    node.UseBuffers(pool);
+    for (const bool isPrivate : {false, true})
+    {
+        const ComPtr<IMFSample> sample = Picture({1, 2});
+        Attach(sample.Get(), BytesOf(Record(isPrivate ? TARN_FRAME_FLAG_PRIVACY : 0)));
+        node.Process(sample.Get());
+        EXPECT_REFS(picture, isPrivate ? 1 : 2);
+    }
+}
+
 TEST_F(TarnDepthPrivacyTopologyNodeTest, AFrameThatDoesNotTellIsTreatedByWhatIsKnown)
 {
     EXPECT_FALSE(IsBlank(Process(std::nullopt)));

@@ -1,6 +1,7 @@
 #include "tools/frameserver/DeviceTransformSession.h"
 
 #include "platform/CameraAttributes.h"
+#include "platform/SampleAllocator.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -129,7 +130,26 @@ void DeviceTransformSession::SendMessage(MFT_MESSAGE_TYPE message) const
 
 void DeviceTransformSession::SetOutputState(DWORD outputId, DeviceStreamState state, IMFMediaType *type)
 {
+    if (state == DeviceStreamState_Run && offersAllocators)
+    {
+        OfferAllocator(outputId);
+    }
     ThrowIfFailed(transform->SetOutputStreamState(outputId, type, state, 0), "SetOutputStreamState");
+}
+
+void DeviceTransformSession::OfferAllocator(DWORD outputId)
+{
+    ComPtr<IMFSampleAllocatorControl> control;
+    ThrowIfFailed(transform.As(&control), "asking the transform for IMFSampleAllocatorControl");
+    DWORD inputId = 0;
+    MFSampleAllocatorUsage usage = MFSampleAllocatorUsage_UsesCustomAllocator;
+    ThrowIfFailed(control->GetAllocatorUsage(outputId, &inputId, &usage), "GetAllocatorUsage");
+    if (usage == MFSampleAllocatorUsage_UsesProvidedAllocator)
+    {
+        ComPtr<IMFVideoSampleAllocatorEx> allocator;
+        ThrowIfFailed(MFCreateVideoSampleAllocatorEx(IID_PPV_ARGS(&allocator)), "MFCreateVideoSampleAllocatorEx");
+        ThrowIfFailed(control->SetDefaultAllocator(outputId, allocator.Get()), "SetDefaultAllocator");
+    }
 }
 
 void DeviceTransformSession::WaitForInputs(DeviceStreamState state, std::size_t count, std::chrono::milliseconds limit)

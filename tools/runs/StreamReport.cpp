@@ -78,6 +78,16 @@ void AddProblems(std::vector<std::string> &problems, const PhaseReport &phase, c
 
 } // namespace
 
+double StreamReport::ProcessorMicrosecondsPerFrame() const noexcept
+{
+    std::uint64_t frames = 0;
+    for (const PinReport &pin : pins)
+    {
+        frames += pin.statistics.delivered;
+    }
+    return frames == 0 ? 0 : static_cast<double>(processorTime.count()) / static_cast<double>(frames);
+}
+
 std::vector<std::string> StreamReport::Problems() const
 {
     std::vector<std::string> problems;
@@ -154,7 +164,9 @@ void StreamReport::WriteTable(std::ostream &output) const
                          pin.id, Wide(pin.statistics.delivered), Wide(pin.taken.in), Wide(pin.taken.between),
                          Wide(pin.statistics.dropped), Wide(pin.statistics.failed));
     }
-    output << Format("events         %llu outputs, %llu input states, %llu streams created, %llu others\n",
+    output << Format("processor      %.0f us per frame, camera and frame server included\n",
+                     ProcessorMicrosecondsPerFrame())
+           << Format("events         %llu outputs, %llu input states, %llu streams created, %llu others\n",
                      Wide(events.outputEvents), Wide(events.inputStateEvents), Wide(events.streamCreatedEvents),
                      Wide(events.otherEvents))
            << Format("left behind    %lu references on the transform, %lu on the camera, %u frames\n",
@@ -213,6 +225,7 @@ std::string StreamReport::ToJson() const
                                         {"dropped", pin.statistics.dropped},
                                         {"failed", pin.statistics.failed}});
     }
+    report["processorMicrosecondsPerFrame"] = ProcessorMicrosecondsPerFrame();
     report["events"] = {{"outputs", events.outputEvents},
                         {"inputStates", events.inputStateEvents},
                         {"streamsCreated", events.streamCreatedEvents},

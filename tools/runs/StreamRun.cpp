@@ -6,6 +6,7 @@
 #include "sim/CameraConfiguration.h"
 #include "sim/GeneratedScene.h"
 #include "sim/RecordedFrames.h"
+#include "tools/runs/ProcessorTime.h"
 #include "tools/command/ExitCode.h"
 #include "tools/command/Interruption.h"
 #include "tools/ks/KsClient.h"
@@ -66,10 +67,15 @@ StreamReport StreamRun::Run(const LoadedModule &module)
         writer.emplace(options.outFolder);
     }
     CreateCamera();
+    if (options.allocator)
+    {
+        session.OfferAllocators();
+    }
     session.Open(module.Create(ClassOf(scenario.transform)), static_cast<IMFTransform *>(camera.Get()));
     camera->Pins().SetFrameSink(this);
     session.SendMessage(MFT_MESSAGE_NOTIFY_BEGIN_STREAMING);
     session.SendMessage(MFT_MESSAGE_NOTIFY_START_OF_STREAM);
+    const auto processorTimeBefore = ProcessorTime();
     for (std::size_t index = 0; index < scenario.phases.size() && !stalled && !interrupted; ++index)
     {
         Enter(index);
@@ -79,6 +85,7 @@ StreamReport StreamRun::Run(const LoadedModule &module)
     StopOutputs();
 
     StreamReport report;
+    report.processorTime = ProcessorTime() - processorTimeBefore;
     report.title = scenario.title;
     report.transform = NameOf(scenario.transform);
     report.source = sourceText;
