@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "device/DepthPresetTable.h"
+#include "sim/CameraIdentifiers.h"
 #include "tarn/frame_metadata.h"
 #include "tarn/sample_attributes.h"
 #include "tests/device/DepthModel.h"

@@ -18,9 +18,9 @@ constexpr bool Is(const GUID &guid, unsigned long first, unsigned short second, 
                   unsigned long long last)
 {
     unsigned long long bytes = 0;
-    for (const unsigned char byte : guid.Data4)
+    for (const unsigned char each : guid.Data4)
     {
-        bytes = bytes << 8 | byte;
+        bytes = bytes << 8 | each;
     }
     return guid.Data1 == first && guid.Data2 == second && guid.Data3 == third && bytes == last;
 }
