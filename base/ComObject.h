@@ -13,8 +13,25 @@
 namespace user_space_frameworks
 {
 
-// Implements IUnknown for the listed interfaces; the first one is the object's identity. The count starts at 1 and
-// belongs to the creator (see MakeCom). Agile: any apartment may call it directly. Thread-safe.
+// What a base of a ComObject answers for: an interface for itself, a class that implements one for its `ComInterface`.
+template <class Base>
+struct ComInterfaceOf
+{
+    using Type = Base;
+};
+template <class Base>
+requires requires
+{
+    typename Base::ComInterface;
+}
+struct ComInterfaceOf<Base>
+{
+    using Type = typename Base::ComInterface;
+};
+
+// Implements IUnknown for the listed interfaces, or classes that implement one each; the first one is the object's
+// identity. The count starts at 1 and belongs to the creator (see MakeCom). Agile: any apartment may call it directly.
+// Thread-safe.
 template <class Primary, class... Others>
 class ComObject : public Primary, public Others...
 {
@@ -26,22 +43,17 @@ class ComObject : public Primary, public Others...
             return E_POINTER;
         }
         *object = nullptr;
-        if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(Primary)))
+        if (IsEqualGUID(iid, __uuidof(IMarshal)))
         {
-            *object = static_cast<Primary *>(this);
+            return marshaler.Query(Identity(), object);
         }
-        else if (IsEqualGUID(iid, __uuidof(IAgileObject)))
+        if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IAgileObject))) // without own methods
         {
-            // A mark without methods of its own: the identity answers for it.
-            *object = static_cast<Primary *>(this);
+            *object = Identity();
         }
-        else if (IsEqualGUID(iid, __uuidof(IMarshal)))
+        else if (!(TryInterface<Primary>(iid, object) || ... || TryInterface<Others>(iid, object)))
         {
-            return marshaler.Query(static_cast<Primary *>(this), object);
-        }
-        else if (!(TryInterface<Others>(iid, object) || ...))
-        {
-            return QueryOtherInterface(iid, object);
+            return E_NOINTERFACE;
         }
         AddRef();
         return S_OK;
@@ -63,21 +75,21 @@ class ComObject : public Primary, public Others...
     }
 
   protected:
-    ComObject() = default;
+    ComObject() {} // defaulted, GCC 12 deletes it over the virtual base of an abstract class
     virtual ~ComObject() = default;
     ComObject(const ComObject &) = delete;
     ComObject &operator=(const ComObject &) = delete;
 
-    // For an interface that is not one of the bases; the answer carries its own reference.
-    virtual HRESULT QueryOtherInterface(REFIID, void **) noexcept
+  private:
+    typename ComInterfaceOf<Primary>::Type *Identity() noexcept
     {
-        return E_NOINTERFACE;
+        return this;
     }
 
-  private:
-    template <class Interface>
+    template <class Base>
     bool TryInterface(REFIID iid, void **object) noexcept
     {
+        using Interface = typename ComInterfaceOf<Base>::Type;
         if (!IsEqualGUID(iid, __uuidof(Interface)))
         {
             return false;

@@ -1,11 +1,12 @@
 // Windows critical section as a lockable type for std::scoped_lock.
 #pragma once
 
+#include "platform/CompilerChecks.h"
+
 #include <windows.h>
 
 #include <cassert>
 
-#include "platform/CompilerChecks.h"
 #include "base/ScopedLock.h"
 
 namespace user_space_frameworks

@@ -2,10 +2,10 @@
 // does; UniqueLock stands for std::unique_lock.
 #pragma once
 
+#include "platform/CompilerChecks.h"
+
 #include <concepts>
 #include <mutex>
-
-#include "platform/CompilerChecks.h"
 
 namespace user_space_frameworks
 {

@@ -1,9 +1,10 @@
 // Reader-writer lock that needs neither construction nor destruction at run time, for state of the whole module.
 #pragma once
 
+#include "platform/CompilerChecks.h"
+
 #include <windows.h>
 
-#include "platform/CompilerChecks.h"
 #include "base/ScopedLock.h"
 
 namespace user_space_frameworks

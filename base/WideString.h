@@ -1,12 +1,14 @@
-// UTF-8 to the platform's wide strings.
+// UTF-8 from and to the platform's wide strings.
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace mft_utils
 {
 
-// Bytes that are no UTF-8 become replacement characters. May throw std::bad_alloc.
-std::wstring Widen(const std::string &utf8);
+// What is not valid in the one encoding becomes replacement characters in the other. May throw std::bad_alloc.
+std::wstring Widen(std::string_view utf8);
+std::string Narrow(std::wstring_view utf16);
 
 } // namespace mft_utils

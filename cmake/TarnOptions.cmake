@@ -10,11 +10,13 @@ else()
 endif()
 target_compile_definitions(tarn_options INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 
+# The preset windows-debug has -Og: without any optimisation each inline function is three sections of its own, and this
+# linker and archiver look sections up one after the other, which takes longer than compiling.
 if(WIN32)
   target_compile_definitions(tarn_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
                                                     __USE_MINGW_ANSI_STDIO=1)
-  # winedbg prints file and line only from version 4 debug information.
-  target_compile_options(tarn_options INTERFACE -gdwarf-4 -g)
+  # winedbg prints file and line only from version 4 debug information. Variables and types are for what ships.
+  target_compile_options(tarn_options INTERFACE -gdwarf-4 -g$<$<CONFIG:Debug>:1>)
   target_link_options(tarn_options INTERFACE -static -fstack-protector-strong -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va)
 endif()
 

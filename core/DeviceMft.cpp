@@ -1,9 +1,11 @@
 #include "core/DeviceMft.h"
 
+#include <algorithm>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
 
+#include "base/Checked.h"
 #include "ks/PassthroughKsHandlers.h"
 #include "trace/Guard.h"
 #include "base/WideString.h"
@@ -37,7 +39,6 @@ DeviceMft::DeviceMft(const std::string &objectName, const GUID &extensionUnitSet
 
 DeviceMft::~DeviceMft()
 {
-    ReleaseListener();
     // A work item may still hold the end of a chain; it must not reach this object's event queue any more.
     for (const auto &stream : inputStreams)
     {
@@ -47,65 +48,6 @@ DeviceMft::~DeviceMft()
     {
         stream->DetachEventGenerator();
     }
-}
-
-HRESULT DeviceMft::QueryInterface(REFIID iid, void **object)
-{
-    if (object == nullptr)
-    {
-        return E_POINTER;
-    }
-    *object = nullptr;
-    if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IMFDeviceTransform)) ||
-        IsEqualGUID(iid, __uuidof(IAgileObject))) // any apartment may call it directly
-    {
-        *object = static_cast<IMFDeviceTransform *>(this);
-    }
-    else if (IsEqualGUID(iid, __uuidof(IMFTransform)))
-    {
-        *object = static_cast<IMFTransform *>(this);
-    }
-    else if (IsEqualGUID(iid, __uuidof(IMFShutdown)))
-    {
-        *object = static_cast<IMFShutdown *>(this);
-    }
-    else if (IsEqualGUID(iid, __uuidof(IMFMediaEventGenerator)))
-    {
-        *object = static_cast<IMFMediaEventGenerator *>(this);
-    }
-    else if (IsEqualGUID(iid, __uuidof(IMFRealTimeClientEx)))
-    {
-        *object = static_cast<IMFRealTimeClientEx *>(this);
-    }
-    else if (IsEqualGUID(iid, __uuidof(IKsControl)))
-    {
-        *object = static_cast<IKsControl *>(this);
-    }
-    else if (IsEqualGUID(iid, __uuidof(IMarshal)))
-    {
-        return marshaler.Query(static_cast<IMFDeviceTransform *>(this), object);
-    }
-    else
-    {
-        return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
-}
-
-ULONG DeviceMft::AddRef()
-{
-    return references.fetch_add(1, std::memory_order_relaxed) + 1;
-}
-
-ULONG DeviceMft::Release()
-{
-    const ULONG left = references.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left == 0)
-    {
-        delete this;
-    }
-    return left;
 }
 
 IMFDeviceTransform &DeviceMft::DeviceFace() noexcept
@@ -163,25 +105,9 @@ HRESULT DeviceMft::InitializeMembers()
     CHECK_POINTER(msXuKsControl);
     FindExtensionUnit(*msXuKsControl.Get(), sourceTransform.Get(), filterKsControl.Get(), kMsXuKnownControl);
     const std::scoped_lock guard(stateChangeLock);
-    autoUpdateEventListener = MakeCom<KsEventListener>(KSEVENTSETID_VIDCAPTOSTI, KSEVENT_VIDCAP_AUTO_UPDATE,
-                                                       GetNameCopy() + " Auto Update Event Listener");
-    CHECK_POINTER(autoUpdateEventListener);
-    CHECK_HR_AS("autoUpdateEventListener->Init(filterKsControl)", autoUpdateEventListener->Init(filterKsControl.Get()));
+    CHECK_HR_AS("autoUpdateEventListener->Init(filterKsControl)",
+                autoUpdateEventListener.Init(filterKsControl.Get(), GetNameCopy()));
     return S_OK;
-}
-
-void DeviceMft::ReleaseListener()
-{
-    if (autoUpdateEventListener)
-    {
-        // It refers to itself until then; one that hangs lets go of itself and of the camera when its wait has ended.
-        if (const HRESULT ended = autoUpdateEventListener->Uninit(); FAILED(ended))
-        {
-            TRACE_ERROR("%s: did not end, hr 0x%08lX", autoUpdateEventListener->GetName(),
-                        static_cast<unsigned long>(ended));
-        }
-        autoUpdateEventListener.Reset();
-    }
 }
 
 HRESULT DeviceMft::UninitializeMembers()
@@ -200,6 +126,19 @@ HRESULT DeviceMft::CreateAttributes()
     CHECK_HR(attributes->SetUINT32(MF_SA_D3D_AWARE, 0));
     CHECK_HR(attributes->SetString(MFT_ENUM_HARDWARE_URL_Attribute, urlString.c_str()));
     return S_OK;
+}
+
+HRESULT DeviceMft::GetAttributes(IMFAttributes **pAttributes)
+{
+    return EntryPoint(GetName(), [&]() -> HRESULT {
+        CHECK_POINTER(pAttributes);
+        *pAttributes = nullptr;
+        if (!attributes)
+        {
+            return MF_E_NOT_INITIALIZED;
+        }
+        return attributes.CopyTo(pAttributes);
+    });
 }
 
 HRESULT DeviceMft::RegisterKsControlHandlres()
@@ -223,7 +162,7 @@ HRESULT DeviceMft::CreateInputStreams()
     const std::vector<GUID> excludedSubtypes = GetExcludedSubtypes();
     for (const DWORD streamId : inputStreamIds)
     {
-        inputStreams.push_back(
+        inputStreams.Append(
             make_shared<InputStream>(streamId, this, sourceTransform.Get(), excludedSubtypes, GetNameCopy()));
     }
     return S_OK;
@@ -295,7 +234,28 @@ void DeviceMft::AppendOutputStream(std::shared_ptr<OutputStream> stream)
     {
         throw std::logic_error("stream id mismatch");
     }
-    outputStreams.push_back(std::move(stream));
+    outputStreams.Append(std::move(stream));
+}
+
+bool DeviceMft::Allocates(const OutputStream & /*outputStream*/) const
+{
+    return false;
+}
+
+HRESULT DeviceMft::FindOutlet(DWORD outputStreamId, Outlet &outlet) const
+{
+    if (IsShutdown())
+    {
+        return MF_E_SHUTDOWN;
+    }
+    if (outputStreamId < outputStreams.size())
+    {
+        const std::size_t input = std::min<std::size_t>(outputStreamId, inputStreams.size() - 1);
+        outlet.stream = outputStreams[outputStreamId];
+        outlet.allocates = Allocates(*outlet.stream);
+        outlet.inputStreamId = mft_utils::At(inputStreams, input)->GetID();
+    }
+    return S_OK;
 }
 
 HRESULT DeviceMft::Shutdown()
@@ -307,7 +267,7 @@ HRESULT DeviceMft::Shutdown()
         {
             stream->SetState(DeviceStreamState_Stop); // frames that nobody fetched go back to the camera now
         }
-        ReleaseListener();
+        autoUpdateEventListener.End();
         CHECK_HR(MediaEventGenerator::Shutdown());
         return S_OK;
     });

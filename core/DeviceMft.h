@@ -9,34 +9,28 @@
 #include <string>
 #include <vector>
 
+#include "core/AutoUpdateListening.h"
 #include "core/InputStream.h"
 #include "core/MediaEventGenerator.h"
 #include "core/OutputStream.h"
 #include "core/RealTimeClient.h"
+#include "core/SampleAllocatorControl.h"
+#include "core/StreamTable.h"
 #include "core/TransformFace.h"
 #include "ks/ExtensionUnitKsControl.h"
 #include "ks/KsControlsDispatcher.h"
-#include "ks/KsEventListener.h"
-#include "base/FreeThreadedMarshaler.h"
+#include "base/ComObject.h"
 
 namespace mft_core
 {
 
 // Made by its creator with one reference; the pipeline owns it. Streams and KS handlers are immutable after Init.
 // Thread-safe; changes of output states are serialised by a lock that no work item takes.
-class DeviceMft : public IMFDeviceTransform,
-                  public TransformFace,
-                  public IMFShutdown,
-                  public MediaEventGenerator,
-                  public RealTimeClient,
-                  public KsControlsDispatcher
+class DeviceMft
+    : public user_space_frameworks::ComObject<IMFDeviceTransform, TransformFace, IMFShutdown, MediaEventGenerator,
+                                              RealTimeClient, SampleAllocatorControl, KsControlsDispatcher>
 {
   public:
-    // IUnknown
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
-
     // IMFDeviceTransform
     // E_INVALIDARG without attributes, MF_E_ALREADY_INITIALIZED on a second call. After another failure the object is
     // only good for release.
@@ -113,8 +107,8 @@ class DeviceMft : public IMFDeviceTransform,
     // Throws std::logic_error("stream id mismatch") when the stream's id is not its position.
     void AppendOutputStream(std::shared_ptr<OutputStream> stream);
 
-    std::vector<std::shared_ptr<InputStream>> inputStreams;
-    std::vector<std::shared_ptr<OutputStream>> outputStreams;
+    StreamTable<InputStream> inputStreams;
+    StreamTable<OutputStream> outputStreams;
     ComPtr<IMFAttributes> attributes;
     ComPtr<IMFTransform> sourceTransform;
     ComPtr<IKsControl> filterKsControl;
@@ -122,32 +116,31 @@ class DeviceMft : public IMFDeviceTransform,
     const GUID deviceXuSetId;
     ComPtr<ExtensionUnitKsControl> deviceXuKsControl; // answers E_NOINTERFACE when the camera has no such unit
     ComPtr<ExtensionUnitKsControl> msXuKsControl;     // Microsoft's camera-control unit, likewise
-    // Runs from the start of an output to the next stop of any. Null after Shutdown.
-    ComPtr<KsEventListener> autoUpdateEventListener TARN_GUARDED_BY(stateChangeLock);
+    // Runs from the start of an output to the next stop of any. Ends with Shutdown.
+    AutoUpdateListening autoUpdateEventListener TARN_GUARDED_BY(stateChangeLock);
 
     // Serialises changes of output states and shutdown, and what applications change of them. Taken before every other
     // lock.
     user_space_frameworks::CriticalSection stateChangeLock;
 
+    // Whether the output's samples are new ones; otherwise those of the input at its place come out.
+    virtual bool Allocates(const OutputStream &outputStream) const;
+
   private:
     IMFDeviceTransform &DeviceFace() noexcept override;
+    HRESULT FindOutlet(DWORD outputStreamId, Outlet &outlet) const override;
 
     HRESULT GetFilterStreamIds(std::vector<DWORD> &ids);
     HRESULT ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value)
         TARN_REQUIRES(stateChangeLock);
     HRESULT StopAndReport(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType)
         TARN_REQUIRES(stateChangeLock);
-    HRESULT StartListener() TARN_REQUIRES(stateChangeLock);
-    void StopListener() TARN_REQUIRES(stateChangeLock);
     bool AnyOutputRuns() const;
-    void ReleaseListener() TARN_REQUIRES(stateChangeLock);
     HRESULT FlushAllStreams();
     HRESULT RedirectCallToInputStream(DWORD streamId, const std::function<HRESULT(InputStream &stream)> &body);
     HRESULT RedirectCallToOutputStream(DWORD streamId, const std::function<HRESULT(OutputStream &stream)> &body);
 
     const ULONG deviceXuKnownControl;
-    std::atomic<ULONG> references{1};
-    user_space_frameworks::FreeThreadedMarshaler marshaler;
     std::atomic<bool> initializationBegun{false};
 };
 

@@ -1,11 +1,10 @@
-// DeviceMft, second part: the calls that the pipeline makes per stream and per frame.
+// DeviceMft, third part: frames, messages and changes of state.
 #include "core/DeviceMft.h"
 
 #include <algorithm>
 #include <mutex>
 
 #include "trace/Guard.h"
-#include "base/HResultFromWin32.h"
 #include "trace/StreamNames.h"
 #include "trace/TraceLogging.h"
 
@@ -20,41 +19,6 @@ namespace mft_core
 
 namespace
 {
-template <class StreamType>
-HRESULT GetStream(std::shared_ptr<StreamType> &stream, DWORD streamId,
-                  const std::vector<std::shared_ptr<StreamType>> &streams)
-{
-    for (const auto &candidate : streams)
-    {
-        if (candidate->GetID() == streamId)
-        {
-            stream = candidate;
-            return S_OK;
-        }
-    }
-    TRACE_ERROR("no stream with id %lu", streamId);
-    return E_FAIL;
-}
-
-template <class StreamType>
-HRESULT WriteIds(DWORD size, DWORD *ids, const std::vector<std::shared_ptr<StreamType>> &streams)
-{
-    if (ids == nullptr)
-    {
-        return S_OK;
-    }
-    if (size < streams.size())
-    {
-        TRACE_ERROR("room for %lu stream ids, %zu streams", size, streams.size());
-        return MF_E_BUFFERTOOSMALL;
-    }
-    for (std::size_t i = 0; i < streams.size(); ++i)
-    {
-        ids[i] = streams[i]->GetID();
-    }
-    return S_OK;
-}
-
 // Takes over the reference that comes with a sample, whatever becomes of it: the pipeline does not release it. The
 // build option leaves it with the caller, as other COM calls do.
 class InputReference
@@ -80,105 +44,6 @@ class InputReference
     IMFSample *const sample;
 };
 } // namespace
-
-HRESULT DeviceMft::RedirectCallToInputStream(DWORD streamId, const std::function<HRESULT(InputStream &stream)> &body)
-{
-    std::shared_ptr<InputStream> stream;
-    CHECK_HR(GetStream(stream, streamId, inputStreams));
-    return body(*stream);
-}
-
-HRESULT DeviceMft::RedirectCallToOutputStream(DWORD streamId, const std::function<HRESULT(OutputStream &stream)> &body)
-{
-    std::shared_ptr<OutputStream> stream;
-    CHECK_HR(GetStream(stream, streamId, outputStreams));
-    return body(*stream);
-}
-
-HRESULT DeviceMft::GetInputAvailableType(DWORD dwInputStreamID, DWORD dwTypeIndex, IMFMediaType **ppMediaType)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR_AS("RedirectCallToInputStream(dwInputStreamID, [&](InputStream &stream) { return "
-                    "stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); })",
-                    RedirectCallToInputStream(dwInputStreamID, [&](InputStream &stream) {
-                        return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType);
-                    }));
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetInputCurrentType(DWORD dwInputStreamID, IMFMediaType **ppMediaType)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR_AS("RedirectCallToInputStream(dwInputStreamID, [&](InputStream &stream) { return "
-                    "stream.GetCurrentMediaType(ppMediaType); })",
-                    RedirectCallToInputStream(
-                        dwInputStreamID, [&](InputStream &stream) { return stream.GetCurrentMediaType(ppMediaType); }));
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetInputStreamAttributes(DWORD dwInputStreamID, IMFAttributes **ppAttributes)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR(RedirectCallToInputStream(dwInputStreamID,
-                                           [&](InputStream &stream) { return stream.GetAttributes(ppAttributes); }));
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetOutputAvailableType(DWORD dwOutputStreamID, DWORD dwTypeIndex, IMFMediaType **ppMediaType)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR_AS("RedirectCallToOutputStream(dwOutputStreamID, [&](OutputStream &stream) { return "
-                    "stream.GetMediaTypeAt(dwTypeIndex, ppMediaType); })",
-                    RedirectCallToOutputStream(dwOutputStreamID, [&](OutputStream &stream) {
-                        return stream.GetMediaTypeAt(dwTypeIndex, ppMediaType);
-                    }));
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetOutputCurrentType(DWORD dwOutputStreamID, IMFMediaType **ppMediaType)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR_AS("RedirectCallToOutputStream(dwOutputStreamID, [&](OutputStream &stream) { return "
-                    "stream.GetCurrentMediaType(ppMediaType); })",
-                    RedirectCallToOutputStream(dwOutputStreamID, [&](OutputStream &stream) {
-                        return stream.GetCurrentMediaType(ppMediaType);
-                    }));
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetOutputStreamAttributes(DWORD dwOutputStreamID, IMFAttributes **ppAttributes)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR(RedirectCallToOutputStream(dwOutputStreamID,
-                                            [&](OutputStream &stream) { return stream.GetAttributes(ppAttributes); }));
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetStreamCount(DWORD *pdwInputStreams, DWORD *pdwOutputStreams)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_POINTER(pdwInputStreams);
-        CHECK_POINTER(pdwOutputStreams);
-        *pdwInputStreams = static_cast<DWORD>(inputStreams.size());
-        *pdwOutputStreams = static_cast<DWORD>(outputStreams.size());
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetStreamIDs(DWORD inSize, DWORD *pInIds, DWORD outSize, DWORD *pOutIds)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_HR(WriteIds(inSize, pInIds, inputStreams));
-        CHECK_HR(WriteIds(outSize, pOutIds, outputStreams));
-        return S_OK;
-    });
-}
 
 HRESULT DeviceMft::ProcessEvent(DWORD, IMFMediaEvent *)
 {
@@ -296,44 +161,6 @@ HRESULT DeviceMft::SetInputStreamState(DWORD dwStreamID, IMFMediaType *pMediaTyp
     });
 }
 
-HRESULT DeviceMft::GetInputStreamState(DWORD dwStreamID, DeviceStreamState *value)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        DeviceStreamState *const state = value;
-        CHECK_POINTER(state);
-        CHECK_HR(RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) -> HRESULT {
-            *state = stream.GetState();
-            return S_OK;
-        }));
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetOutputStreamState(DWORD dwStreamID, DeviceStreamState *value)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        DeviceStreamState *const state = value;
-        CHECK_POINTER(state);
-        CHECK_HR(RedirectCallToOutputStream(dwStreamID, [&](OutputStream &stream) -> HRESULT {
-            *state = stream.GetState();
-            return S_OK;
-        }));
-        return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetInputStreamPreferredState(DWORD dwStreamID, DeviceStreamState *value, IMFMediaType **ppMediaType)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        DeviceStreamState *const state = value;
-        CHECK_HR_AS("RedirectCallToInputStream(dwStreamID, [&](InputStream &stream) { return "
-                    "stream.GetPreferredState(state, ppMediaType); })",
-                    RedirectCallToInputStream(
-                        dwStreamID, [&](InputStream &stream) { return stream.GetPreferredState(state, ppMediaType); }));
-        return S_OK;
-    });
-}
-
 HRESULT DeviceMft::SetOutputStreamState(DWORD dwStreamID, IMFMediaType *pMediaType, DeviceStreamState value, DWORD)
 {
     return EntryPoint(GetName(), [&]() -> HRESULT {
@@ -345,7 +172,7 @@ HRESULT DeviceMft::SetOutputStreamState(DWORD dwStreamID, IMFMediaType *pMediaTy
 HRESULT DeviceMft::ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value)
 {
     std::shared_ptr<OutputStream> stream;
-    CHECK_HR(GetStream(stream, streamId, outputStreams));
+    CHECK_HR_AS("GetStream(stream, streamId, outputStreams)", outputStreams.Find(stream, streamId));
     const DeviceStreamState previous = stream->GetState();
     if (value == previous && nextMediaType != nullptr)
     {
@@ -377,22 +204,9 @@ HRESULT DeviceMft::ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMed
 
 HRESULT DeviceMft::StopAndReport(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType)
 {
-    StopListener(); // with every stop, also while another output still runs
+    autoUpdateEventListener.Stop(); // with every stop, also while another output still runs
     CHECK_HR(StopOutputStream(stream, nextMediaType));
     return S_OK;
-}
-
-// One that hangs keeps no stream alive.
-void DeviceMft::StopListener()
-{
-    if (autoUpdateEventListener)
-    {
-        if (const HRESULT stopped = autoUpdateEventListener->Stop(); FAILED(stopped))
-        {
-            TRACE_ERROR("%s: did not stop, hr 0x%08lX", autoUpdateEventListener->GetName(),
-                        static_cast<unsigned long>(stopped));
-        }
-    }
 }
 
 HRESULT DeviceMft::StartWithListener(const std::shared_ptr<OutputStream> &stream, IMFMediaType *nextMediaType,
@@ -404,7 +218,7 @@ HRESULT DeviceMft::StartWithListener(const std::shared_ptr<OutputStream> &stream
     });
     if (FAILED(started) && !AnyOutputRuns())
     {
-        StopListener(); // the failure may have ended an output that had started it
+        autoUpdateEventListener.Stop(); // the failure may have ended an output that had started it
     }
     CHECK_HR_AS("StartOutputStream(stream, nextMediaType)", started);
     if (previous == DeviceStreamState_Run)
@@ -413,7 +227,7 @@ HRESULT DeviceMft::StartWithListener(const std::shared_ptr<OutputStream> &stream
     }
     const HRESULT listening = Guarded([&] {
         stateChangeLock.AssertHeld();
-        return StartListener();
+        return autoUpdateEventListener.Start();
     });
     if (FAILED(listening))
     {
@@ -426,28 +240,6 @@ bool DeviceMft::AnyOutputRuns() const
 {
     return std::any_of(outputStreams.begin(), outputStreams.end(),
                        [](const auto &stream) { return stream->GetState() == DeviceStreamState_Run; });
-}
-
-HRESULT DeviceMft::StartListener()
-{
-    if (!autoUpdateEventListener || autoUpdateEventListener->IsStarted()) // by another output
-    {
-        return S_OK;
-    }
-    // A stop that took too long may still be under way; without a listener the stream would run without its events.
-    CHECK_HR_AS("autoUpdateEventListener->Stop()", autoUpdateEventListener->Stop());
-    const HRESULT listening = autoUpdateEventListener->Start();
-    switch (listening)
-    {
-    case E_NOTIMPL: // a camera without the event streams without it
-    case mft_utils::HResultFromWin32(ERROR_SET_NOT_FOUND):
-    case mft_utils::HResultFromWin32(ERROR_NOT_FOUND):
-        TRACE_INFO("%s: the camera has no such event", autoUpdateEventListener->GetName());
-        return S_OK;
-    default:
-        CHECK_HR_AS("autoUpdateEventListener->Start()", listening);
-        return S_OK;
-    }
 }
 
 HRESULT DeviceMft::FlushInputStream(DWORD, DWORD)
@@ -464,19 +256,6 @@ HRESULT DeviceMft::FlushOutputStream(DWORD dwStreamIndex, DWORD)
         const DWORD dwStreamID = dwStreamIndex;
         CHECK_HR(RedirectCallToOutputStream(dwStreamID, [&](OutputStream &stream) { return stream.Flush(); }));
         return S_OK;
-    });
-}
-
-HRESULT DeviceMft::GetAttributes(IMFAttributes **pAttributes)
-{
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        CHECK_POINTER(pAttributes);
-        *pAttributes = nullptr;
-        if (!attributes)
-        {
-            return MF_E_NOT_INITIALIZED;
-        }
-        return attributes.CopyTo(pAttributes);
     });
 }
 

@@ -35,6 +35,8 @@ HRESULT ITopologyNode::Flush()
     return S_OK;
 }
 
+void ITopologyNode::UseBuffers(const std::shared_ptr<mft_utils::BufferPool> & /*pool*/) {}
+
 void ITopologyNode::Process(IMFSample *sample) noexcept
 {
     const mft_utils::EntryExitTrace trace(GetName());

@@ -11,6 +11,7 @@
 
 #include "core/IPreProcessObserver.h"
 #include "base/Object.h"
+#include "media/BufferPool.h"
 
 namespace mft_core
 {
@@ -28,6 +29,9 @@ class ITopologyNode : public user_space_frameworks::Object
   public:
     // Succeeds without effect unless overridden by a node that holds samples.
     virtual HRESULT Flush();
+
+    // Where to take memory for frames from; before the first sample. Nothing unless overridden by a node that needs it.
+    virtual void UseBuffers(const std::shared_ptr<mft_utils::BufferPool> &pool);
 
     // Works on the sample and hands the result on. A failure ends this sample's path.
     virtual HRESULT ProcessSample(IMFSample *sample) = 0;

@@ -6,12 +6,13 @@
 
 #include "core/MediaEventGenerator.h"
 #include "trace/Check.h"
-#include "base/ComException.h"
+#include "base/ThrowIfFailed.h"
 #include "trace/GuidTranslator.h"
 #include "media/MFAttributesParser.h"
 #include "trace/StreamNames.h"
 
 using mft_utils::ComException;
+using mft_utils::ThrowIfFailed;
 
 namespace mft_core
 {
@@ -20,18 +21,10 @@ InputStream::InputStream(UINT32 streamId, MediaEventGenerator *generator, IMFTra
                          const std::vector<GUID> &excludedSubtypes, const std::string &parentName)
     : Stream(streamId, generator, parentName + " Input Stream " + std::to_string(streamId))
 {
-    if (const HRESULT result = InitMediaTypesList(sourceTransform, excludedSubtypes); FAILED(result))
-    {
-        throw ComException(result, "Failed to init media types list");
-    }
-    if (const HRESULT result = InitFrameSourceTypes(); FAILED(result))
-    {
-        throw ComException(result, "Failed to init frame source types");
-    }
-    if (const HRESULT result = InitAttributes(sourceTransform); FAILED(result))
-    {
-        throw ComException(result, "Failed to init attributes");
-    }
+    ThrowIfFailed<ComException>(InitMediaTypesList(sourceTransform, excludedSubtypes),
+                                "Failed to init media types list");
+    ThrowIfFailed<ComException>(InitFrameSourceTypes(), "Failed to init frame source types");
+    ThrowIfFailed<ComException>(InitAttributes(sourceTransform), "Failed to init attributes");
 }
 
 HRESULT InputStream::InitMediaTypesList(IMFTransform *sourceTransform, const std::vector<GUID> &excludedSubtypes)

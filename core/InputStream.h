@@ -1,11 +1,11 @@
 // Input stream: one output pin of the camera filter, feeding the topology connected to it.
 #pragma once
 
-#include "core/Stream.h"
-
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "core/Stream.h"
 
 namespace mft_core
 {

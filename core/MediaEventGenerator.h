@@ -13,6 +13,8 @@ namespace mft_core
 class MediaEventGenerator : public IMFMediaEventGenerator, public virtual user_space_frameworks::Object
 {
   public:
+    using ComInterface = IMFMediaEventGenerator;
+
     // All four: E_OUTOFMEMORY when the queue could not be created, MF_E_SHUTDOWN after Shutdown.
     HRESULT STDMETHODCALLTYPE GetEvent(DWORD dwFlags, IMFMediaEvent **ppEvent) override;
     HRESULT STDMETHODCALLTYPE BeginGetEvent(IMFAsyncCallback *pCallback, IUnknown *punkState) override;

@@ -6,13 +6,14 @@
 
 #include "core/MediaEventGenerator.h"
 #include "trace/Check.h"
-#include "base/ComException.h"
+#include "base/ThrowIfFailed.h"
 #include "media/MFAttributesParser.h"
 #include "trace/TraceLogging.h"
 #include "base/WideString.h"
 
 using mft_utils::ComException;
 using mft_utils::MFAttributesParser;
+using mft_utils::ThrowIfFailed;
 using mft_utils::TraceField;
 using mft_utils::TraceLevel;
 using mft_utils::TraceLoggingActivity;
@@ -22,24 +23,16 @@ namespace mft_core
 
 OutputStream::OutputStream(UINT32 streamId, MediaEventGenerator *generator,
                            const OutputStreamConfiguration &configuration)
-    : Stream(streamId, generator, configuration.parentName + " Output Stream " + std::to_string(streamId))
+    : Stream(streamId, generator, configuration.parentName + " Output Stream " + std::to_string(streamId)),
+      allocator(std::make_shared<mft_utils::SampleAllocator>(GetNameCopy()))
 {
     if (!configuration.mtList || configuration.mtList->empty())
     {
         throw std::invalid_argument("stream must have media types");
     }
-    if (const HRESULT result = InitMediaTypes(configuration); FAILED(result))
-    {
-        throw ComException(result, "Failed to init media types list");
-    }
-    if (const HRESULT result = InitFrameSourceTypes(); FAILED(result))
-    {
-        throw ComException(result, "Failed to init frame source types");
-    }
-    if (const HRESULT result = InitAttributes(configuration); FAILED(result))
-    {
-        throw ComException(result, "invalid output stream attributes store");
-    }
+    ThrowIfFailed<ComException>(InitMediaTypes(configuration), "Failed to init media types list");
+    ThrowIfFailed<ComException>(InitFrameSourceTypes(), "Failed to init frame source types");
+    ThrowIfFailed<ComException>(InitAttributes(configuration), "invalid output stream attributes store");
 }
 
 HRESULT OutputStream::InitMediaTypes(const OutputStreamConfiguration &configuration)
@@ -197,6 +190,22 @@ HRESULT OutputStream::ProcessOutput(MFT_OUTPUT_DATA_BUFFER &buffer)
 }
 
 HRESULT OutputStream::SetState(DeviceStreamState theState)
+{
+    const HRESULT changed = ChangeState(theState);
+    if (SUCCEEDED(changed) && theState == DeviceStreamState_Run)
+    {
+        ComPtr<IMFMediaType> type; // not under the lock: the platform makes memory for it
+        GetCurrentMediaType(type.GetAddressOf());
+        allocator->Start(type.Get());
+    }
+    else if (SUCCEEDED(changed) && theState == DeviceStreamState_Stop)
+    {
+        allocator->Stop();
+    }
+    return changed;
+}
+
+HRESULT OutputStream::ChangeState(DeviceStreamState theState)
 {
     std::list<ComPtr<IMFSample>> dropped; // released outside the lock
     const std::scoped_lock guard(lock);

@@ -1,9 +1,12 @@
 // Output stream: queues finished samples and hands them to the pipeline.
 #pragma once
 
-#include "core/Stream.h"
-
 #include <list>
+#include <memory>
+
+#include "media/SampleAllocator.h"
+
+#include "core/Stream.h"
 
 namespace mft_core
 {
@@ -24,14 +27,21 @@ class OutputStream : public Stream
     // is not kept.
     HRESULT ProcessSample(IMFSample *sample) override;
 
-    // Entering Run announces the stream, leaving it empties the queue.
+    // Entering Run announces the stream, leaving it empties the queue. The pipeline's allocator follows.
     HRESULT SetState(DeviceStreamState theState) override;
 
     // Moves the oldest sample into the buffer. S_OK without a sample when the stream does not run,
     // MF_E_TRANSFORM_NEED_MORE_INPUT when nothing is queued.
     virtual HRESULT ProcessOutput(MFT_OUTPUT_DATA_BUFFER &buffer);
 
+    // For the chain that ends here.
+    const std::shared_ptr<mft_utils::SampleAllocator> &Allocator() const noexcept
+    {
+        return allocator;
+    }
+
   private:
+    HRESULT ChangeState(DeviceStreamState theState);
     HRESULT InitMediaTypes(const OutputStreamConfiguration &configuration);
     HRESULT InitAttributes(const OutputStreamConfiguration &configuration);
     HRESULT AddExtrinsicsToStreamAttributes(const CameraBlob &extrinsics);
@@ -40,6 +50,7 @@ class OutputStream : public Stream
     HRESULT AnnounceRun() TARN_REQUIRES(lock);
     void TakeSamples(std::list<ComPtr<IMFSample>> &taken) TARN_REQUIRES(lock);
 
+    const std::shared_ptr<mft_utils::SampleAllocator> allocator;
     std::list<ComPtr<IMFSample>> samples TARN_GUARDED_BY(lock); // a list: emptying it needs no memory
 };
 

@@ -31,4 +31,9 @@ void OutputTopologyNode::Close()
     closed = true;
 }
 
+bool OutputTopologyNode::LeadsTo(const OutputStream &stream) const noexcept
+{
+    return outputStream.get() == &stream;
+}
+
 } // namespace mft_core

@@ -21,6 +21,8 @@ class OutputTopologyNode : public ITopologyNode
 
     void Close();
 
+    bool LeadsTo(const OutputStream &stream) const noexcept;
+
   private:
     const std::shared_ptr<OutputStream> outputStream;
     user_space_frameworks::CriticalSection lock;

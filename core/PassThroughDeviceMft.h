@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/DeviceMft.h"
-#include "core/Topology.h"
+#include "core/TopologySlot.h"
 
 namespace mft_core
 {
@@ -18,7 +18,7 @@ class PassThroughDeviceMft : public DeviceMft
   protected:
     ~PassThroughDeviceMft() override;
 
-    // A failed start leaves the stream stopped; one that is refused for its media type changes nothing.
+    // A start that no topology can serve changes nothing; one that fails later leaves the stream stopped.
     HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override
         TARN_REQUIRES(stateChangeLock);
     HRESULT StopOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override
@@ -32,12 +32,8 @@ class PassThroughDeviceMft : public DeviceMft
     std::shared_ptr<InputStream> InputStreamOf(const OutputStream &outputStream) const;
 
   private:
-    HRESULT RunOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType)
-        TARN_REQUIRES(stateChangeLock);
-    HRESULT EndTopology(std::shared_ptr<Topology> &topology) TARN_REQUIRES(stateChangeLock);
-
     // One slot per output stream, at the stream's id.
-    std::vector<std::shared_ptr<Topology>> currentTopologies TARN_GUARDED_BY(stateChangeLock);
+    std::vector<TopologySlot> currentTopologies TARN_GUARDED_BY(stateChangeLock);
 };
 
 } // namespace mft_core

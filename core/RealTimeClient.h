@@ -14,6 +14,8 @@ namespace mft_core
 class RealTimeClient : public IMFRealTimeClientEx, public virtual user_space_frameworks::Object
 {
   public:
+    using ComInterface = IMFRealTimeClientEx;
+
     // Succeeds without registering threads: all processing runs on the assigned work queue.
     HRESULT STDMETHODCALLTYPE RegisterThreadsEx(DWORD *pdwTaskIndex, LPCWSTR wszClassName, LONG lBasePriority) override;
     HRESULT STDMETHODCALLTYPE UnregisterThreads() override;

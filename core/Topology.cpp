@@ -1,5 +1,6 @@
 #include "core/Topology.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "core/AsyncTopologyNode.h"
@@ -8,7 +9,10 @@
 namespace mft_core
 {
 
-Topology::Topology(std::string topologyName) : Object(std::move(topologyName)) {}
+Topology::Topology(std::string topologyName)
+    : Object(std::move(topologyName)), buffers(std::make_shared<mft_utils::BufferPool>())
+{
+}
 
 Topology::~Topology()
 {
@@ -27,6 +31,10 @@ std::shared_ptr<OutputTopologyNode> Topology::AddOutput(std::shared_ptr<OutputSt
 void Topology::AddConnection(std::shared_ptr<InputStream> inputStream, std::shared_ptr<ITopologyNode> firstNode,
                              IMFMediaType *mediaType)
 {
+    firstNode->Propagate(PropagateOrder::CallLambdaAndPropagate, [this](ITopologyNode *node) -> HRESULT {
+        node->UseBuffers(buffers);
+        return S_OK;
+    });
     connections.push_back({std::move(inputStream), std::move(firstNode), mediaType, false});
 }
 
@@ -50,6 +58,11 @@ HRESULT Topology::Deactivate()
     const HRESULT result = StopInputStreams();
     Disconnect();
     return result;
+}
+
+bool Topology::Serves(const OutputStream &stream) const noexcept
+{
+    return std::any_of(outputs.begin(), outputs.end(), [&](const auto &output) { return output->LeadsTo(stream); });
 }
 
 HRESULT Topology::StopInputStreams()

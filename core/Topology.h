@@ -7,6 +7,7 @@
 
 #include "core/InputStream.h"
 #include "core/OutputTopologyNode.h"
+#include "media/BufferPool.h"
 
 namespace mft_core
 {
@@ -27,12 +28,16 @@ class Topology : public user_space_frameworks::Object
     // frames: hold no lock that a node needs.
     virtual HRESULT Deactivate();
 
+    // Whether one of its chains ends in `stream`.
+    bool Serves(const OutputStream &stream) const noexcept;
+
   protected:
     explicit Topology(std::string topologyName);
 
     // The end of a chain towards `stream`.
     std::shared_ptr<OutputTopologyNode> AddOutput(std::shared_ptr<OutputStream> stream);
 
+    // The whole chain behind `firstNode` takes its memory from the topology's pool, which goes with the topology.
     void AddConnection(std::shared_ptr<InputStream> inputStream, std::shared_ptr<ITopologyNode> firstNode,
                        IMFMediaType *mediaType);
 
@@ -49,6 +54,7 @@ class Topology : public user_space_frameworks::Object
     HRESULT StopInputStreams();
     void Disconnect();
 
+    const std::shared_ptr<mft_utils::BufferPool> buffers;
     std::vector<ConnectionItem> connections;
     std::vector<std::shared_ptr<OutputTopologyNode>> outputs;
 };

@@ -12,6 +12,8 @@ namespace mft_core
 class TransformFace : public IMFTransform
 {
   public:
+    using ComInterface = IMFTransform;
+
     HRESULT STDMETHODCALLTYPE MFTGetStreamLimits(DWORD *, DWORD *, DWORD *, DWORD *) override;
     HRESULT STDMETHODCALLTYPE MFTGetStreamCount(DWORD *inputStreams, DWORD *outputStreams) override;
     HRESULT STDMETHODCALLTYPE MFTGetStreamIDs(DWORD inputSize, DWORD *inputs, DWORD outputSize,

@@ -34,7 +34,7 @@ HRESULT TarnColorDeviceMft::InitializeMembers()
         make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kErrorControl, GetNameCopy());
     {
         const std::scoped_lock guard(stateChangeLock);
-        CHECK_HR(autoUpdateEventListener->RegisterObserver(fwErrorHandler));
+        CHECK_HR(autoUpdateEventListener.RegisterObserver(fwErrorHandler));
     }
     calibration =
         make_shared<TarnCalibration>(deviceXuKsControl.Get(), deviceXuSetId, TARN_CALIBRATION_CONTROL, GetNameCopy());
@@ -44,9 +44,9 @@ HRESULT TarnColorDeviceMft::InitializeMembers()
 
 HRESULT TarnColorDeviceMft::UninitializeMembers()
 {
-    if (autoUpdateEventListener && fwErrorHandler)
+    if (fwErrorHandler)
     {
-        autoUpdateEventListener->UnregisterObserver(fwErrorHandler);
+        autoUpdateEventListener.UnregisterObserver(fwErrorHandler);
         fwErrorHandler.reset();
     }
     CHECK_HR_AS("PassThroughDeviceMft::UninitializeMembers()", PassThroughDeviceMft::UninitializeMembers());

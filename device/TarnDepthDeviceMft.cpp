@@ -15,8 +15,10 @@
 #include "tarn/calibration_table.h"
 #include "tarn/tarn_dmft.h"
 #include "base/Callback.h"
+#include "base/Checked.h"
 #include "trace/Guard.h"
 
+using mft_utils::At;
 using mft_utils::MediaTypeData;
 using mft_utils::MediaTypeParser;
 using std::make_shared;
@@ -28,6 +30,7 @@ namespace
 {
 constexpr auto kErrorControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_DEPTH::XU_ERROR);
 constexpr auto kCommandControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_DEPTH::COMMAND);
+constexpr TopologySlot::CheckTexts kCheckTexts{"currentTopology->Activate()", "currentTopology->Deactivate()"};
 constexpr UINT32 kFaceAuthFps = 60;
 constexpr UINT32 kDepthBitsPerPixel = 16;
 constexpr UINT32 kInfraredBitsPerPixel = 8;
@@ -53,7 +56,8 @@ HRESULT SetInfraredFrameSize(IMFMediaType *faceAuthMt, UINT32 width, UINT32 heig
 
 TarnDepthDeviceMft::TarnDepthDeviceMft()
     : Object("Tarn Depth DMFT"), DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl),
-      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT"))
+      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT")), faceAuth(make_shared<FaceAuthState>()),
+      confidenceMap(make_shared<ConfidenceMapState>()), currentTopology(kCheckTexts)
 {
 }
 
@@ -75,7 +79,7 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
         make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kErrorControl, GetNameCopy());
     {
         const std::scoped_lock guard(stateChangeLock);
-        CHECK_HR(autoUpdateEventListener->RegisterObserver(fwErrorHandler));
+        CHECK_HR(autoUpdateEventListener.RegisterObserver(fwErrorHandler));
     }
     firmwareCommandPipe =
         make_shared<FirmwareCommandPipe>(deviceXuKsControl.Get(), deviceXuSetId, kCommandControl, GetNameCopy());
@@ -85,10 +89,10 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
     calibration =
         make_shared<TarnCalibration>(deviceXuKsControl.Get(), deviceXuSetId, TARN_CALIBRATION_CONTROL, GetNameCopy());
     CHECK_HR(calibration->Init());
-    faceAuthKsPropertyHandler = make_shared<FaceAuthKsPropertyHandler>();
+    faceAuthKsPropertyHandler = make_shared<FaceAuthKsPropertyHandler>(faceAuth);
     confidenceMapCfgHandler = make_shared<TarnConfidenceMapConfig>(
         mft_utils::Callback<TarnDepthDeviceMft, bool, HRESULT>(this, &TarnDepthDeviceMft::OnConfigConfidenceMap),
-        &stateChangeLock);
+        confidenceMap);
     depthPresetsController = make_shared<TarnDepthPresets>(deviceXuKsControl.Get(), firmwareCommandPipe);
     CHECK_HR(depthPresetsController->Init());
     return S_OK;
@@ -96,13 +100,10 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
 
 HRESULT TarnDepthDeviceMft::UninitializeMembers()
 {
-    if (FAILED(EndCurrentTopology()))
+    currentTopology.End();
+    if (fwErrorHandler)
     {
-        TRACE_ERROR("%s: the topology did not deactivate cleanly", GetName());
-    }
-    if (autoUpdateEventListener && fwErrorHandler)
-    {
-        autoUpdateEventListener->UnregisterObserver(fwErrorHandler);
+        autoUpdateEventListener.UnregisterObserver(fwErrorHandler);
         fwErrorHandler.reset();
     }
     DeviceMft::UninitializeMembers();
@@ -147,11 +148,16 @@ HRESULT TarnDepthDeviceMft::CreateOutputStreams()
         TRACE_ERROR("%s: %zu pins instead of one", GetName(), inputStreams.size());
         return E_FAIL;
     }
-    const auto &inputStream = inputStreams.front();
+    const auto &inputStream = At(inputStreams, 0);
     MediaTypeList inputMediaTypes;
     CHECK_HR(inputStream->GetSupportedMediaTypes(inputMediaTypes));
     CHECK_HR(CreateDepthStream(inputMediaTypes));
     CHECK_HR(CreateIrStream(inputMediaTypes));
+    const std::scoped_lock guard(stateChangeLock);
+    for (const auto &outputStream : outputStreams)
+    {
+        currentTopology.Add(outputStream);
+    }
     return S_OK;
 }
 
@@ -184,7 +190,7 @@ HRESULT TarnDepthDeviceMft::CreateIrStream(const MediaTypeList &inputMediaTypes)
 // The first of the list, so that an application that takes the first type finds it.
 HRESULT TarnDepthDeviceMft::AddFaceAuthMediaType(MediaTypeList &mtList, const MediaTypeList &inputMediaTypes)
 {
-    faceAuthKsPropertyHandler->faceAuthSupported = false;
+    faceAuth->faceAuthSupported = false;
     const std::vector<GUID> irInputSubTypes{CUSTOM_GUID_KELP_FACE_LOGIN};
     MediaTypeList faceAuthMtList;
     CHECK_HR_AS("MediaTypeParser::CreateMediaTypeListSubset(faceAuthMtList, inputMediaTypes, irInputSubTypes, "
@@ -199,7 +205,7 @@ HRESULT TarnDepthDeviceMft::AddFaceAuthMediaType(MediaTypeList &mtList, const Me
         {
             CHECK_HR(SetInfraredFrameSize(faceAuthMt.Get(), kFaceLoginSide, kFaceLoginSide));
             mtList.push_back(faceAuthMt);
-            faceAuthKsPropertyHandler->faceAuthSupported = true;
+            faceAuth->faceAuthSupported = true;
             return S_OK;
         }
     }
@@ -209,7 +215,7 @@ HRESULT TarnDepthDeviceMft::AddFaceAuthMediaType(MediaTypeList &mtList, const Me
 
 HRESULT TarnDepthDeviceMft::AddOutputStream(OutputStreamConfiguration &configuration, UINT32 &streamIndex)
 {
-    const UINT32 inputStreamId = inputStreams.front()->GetID();
+    const UINT32 inputStreamId = At(inputStreams, 0)->GetID();
     const auto streamId = static_cast<UINT32>(outputStreams.size());
     configuration.parentName = GetNameCopy();
     configuration.intrinsics = CreateIntrinsics(*configuration.mtList, inputStreamId);

@@ -4,7 +4,9 @@
 #include <memory>
 
 #include "core/DeviceMft.h"
-#include "core/Topology.h"
+#include "core/TopologySlot.h"
+#include "device/ConfidenceMapState.h"
+#include "device/FaceAuthState.h"
 #include "device/properties/FaceAuthKsPropertyHandler.h"
 #include "device/nodes/FramePrivacy.h"
 #include "device/calibration/TarnCalibration.h"
@@ -36,6 +38,8 @@ class TarnDepthDeviceMft : public DeviceMft
     CameraBlob CreateIntrinsics(const MediaTypeList &mtList, UINT32 inputStreamId) override;
     CameraBlob CreateExtrinsics(UINT32 inputStreamId) override;
 
+    bool Allocates(const OutputStream &outputStream) const override;
+
     // A start that no topology can serve changes nothing: what ran runs on. One that fails later leaves every output
     // stopped. Both leave the transform usable.
     HRESULT StartOutputStream(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType) override
@@ -47,7 +51,7 @@ class TarnDepthDeviceMft : public DeviceMft
     virtual HRESULT CreateOutputStreams();
     // E_INVALIDARG for a stream that is neither output. `topology` is untouched when it fails.
     virtual HRESULT BuildTopology(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType,
-                                  std::shared_ptr<Topology> &topology);
+                                  std::shared_ptr<Topology> &topology) TARN_REQUIRES(stateChangeLock);
 
   private:
     HRESULT CreateDepthStream(const MediaTypeList &inputMediaTypes);
@@ -55,14 +59,15 @@ class TarnDepthDeviceMft : public DeviceMft
     HRESULT AddFaceAuthMediaType(MediaTypeList &mtList, const MediaTypeList &inputMediaTypes);
     HRESULT AddOutputStream(OutputStreamConfiguration &configuration, UINT32 &streamIndex);
 
-    HRESULT BuildDepthTopology(IMFMediaType *nextMediaType, std::shared_ptr<Topology> &topology);
+    HRESULT BuildDepthTopology(IMFMediaType *nextMediaType, std::shared_ptr<Topology> &topology)
+        TARN_REQUIRES(stateChangeLock);
     HRESULT BuildIrTopology(IMFMediaType *nextMediaType, std::shared_ptr<Topology> &topology);
-    HRESULT RunTopology(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType,
-                        const std::shared_ptr<Topology> &topology) TARN_REQUIRES(stateChangeLock);
-    HRESULT EndCurrentTopology() TARN_REQUIRES(stateChangeLock);
-    void StopAllOutputs() TARN_REQUIRES(stateChangeLock);
+    void RestoreWantedPreset();
 
+    // On an application's thread.
     HRESULT OnConfigConfidenceMap(bool enable);
+    HRESULT ApplyConfidenceMap(bool enable) TARN_REQUIRES(stateChangeLock);
+    HRESULT RestartForConfidenceMap(bool enable);
     HRESULT EndCombinedTopology() TARN_REQUIRES(stateChangeLock);
     HRESULT WantedInputMediaType(IMFMediaType **ppMediaType) const;
 
@@ -74,7 +79,11 @@ class TarnDepthDeviceMft : public DeviceMft
     std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler;
     std::shared_ptr<TarnDepthPresets> depthPresetsController;
     const std::shared_ptr<FramePrivacy> framePrivacy;
-    std::shared_ptr<Topology> currentTopology TARN_GUARDED_BY(stateChangeLock);
+    const std::shared_ptr<FaceAuthState> faceAuth;
+    const std::shared_ptr<ConfidenceMapState> confidenceMap; // changed under stateChangeLock
+    // What a depth topology is built for: while the map is being switched the state to come.
+    bool nextConfidenceMap TARN_GUARDED_BY(stateChangeLock) = false;
+    TopologySlot currentTopology TARN_GUARDED_BY(stateChangeLock);
     UINT32 depthStreamIndex = 0;
     UINT32 irStreamIndex = 0;
 };

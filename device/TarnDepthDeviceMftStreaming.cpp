@@ -2,7 +2,6 @@
 #include "device/TarnDepthDeviceMft.h"
 
 #include <mutex>
-#include <utility>
 
 #include "device/topologies/TarnDepthDepthTopology.h"
 #include "device/topologies/TarnDepthIRTopology.h"
@@ -21,6 +20,11 @@ namespace
 bool IsRunning(const OutputStream &stream)
 {
     return stream.GetState() == DeviceStreamState_Run;
+}
+
+const char *StateName(bool enabled) noexcept
+{
+    return enabled ? "Enabled" : "Disabled";
 }
 
 HRESULT RestartPin(InputStream &pin, IMFMediaType *currentMediaType, IMFMediaType *nextMediaType)
@@ -57,8 +61,9 @@ HRESULT TarnDepthDeviceMft::BuildDepthTopology(IMFMediaType *nextMediaType, std:
     if (!IsRunning(*irOutStream))
     {
         const auto topo = make_shared<TarnDepthDepthTopology>(GetNameCopy(), framePrivacy, calibration);
-        CHECK_HR_AS("topo->Init(inputStream, depthOutStream, nextMediaType, wqParams, confidenceMapCfgHandler)",
-                    topo->Init(inputStream, depthOutStream, nextMediaType, workQueue, confidenceMapCfgHandler));
+        CHECK_HR_AS(
+            "topo->Init(inputStream, depthOutStream, nextMediaType, wqParams, confidenceMapCfgHandler)",
+            topo->Init(inputStream, depthOutStream, nextMediaType, workQueue, confidenceMap, nextConfidenceMap));
         topology = topo;
         return S_OK;
     }
@@ -79,7 +84,7 @@ HRESULT TarnDepthDeviceMft::BuildIrTopology(IMFMediaType *nextMediaType, std::sh
     const WorkQueueParameters workQueue = GetWorkQueueParameters();
     if (!IsRunning(*depthOutStream))
     {
-        const auto topo = make_shared<TarnDepthIRTopology>(GetNameCopy(), faceAuthKsPropertyHandler->faceAuthMode,
+        const auto topo = make_shared<TarnDepthIRTopology>(GetNameCopy(), faceAuth->faceAuthMode,
                                                            depthPresetsController, framePrivacy, calibration);
         CHECK_HR_AS("topo->Init(inputStream, irOutStream, nextMediaType, wqParams)",
                     topo->Init(inputStream, irOutStream, nextMediaType, workQueue));
@@ -96,115 +101,100 @@ HRESULT TarnDepthDeviceMft::BuildIrTopology(IMFMediaType *nextMediaType, std::sh
     return S_OK;
 }
 
+// Depth alone comes in the camera's samples; which of the two it is changes while it runs.
+bool TarnDepthDeviceMft::Allocates(const OutputStream & /*outputStream*/) const
+{
+    return true;
+}
+
 HRESULT TarnDepthDeviceMft::StartOutputStream(const std::shared_ptr<OutputStream> &outputStream,
                                               IMFMediaType *nextMediaType)
 {
-    // The new topology is built before anything that runs is touched: one that cannot be built costs nothing.
-    std::shared_ptr<Topology> topology;
-    const bool couldChangeMode = faceAuthKsPropertyHandler->AllowModeChange(false); // the topology reads the mode
-    const HRESULT built = mft_utils::Guarded([&] { return BuildTopology(outputStream, nextMediaType, topology); });
-    if (FAILED(built))
-    {
-        faceAuthKsPropertyHandler->AllowModeChange(couldChangeMode);
-    }
-    CHECK_HR_AS("BuildTopology(outputStream, nextMediaType, topology)", built);
-    framePrivacy->AskCamera(filterKsControl.Get()); // before the first frame, which may not tell
-    const HRESULT result = mft_utils::Guarded([&]() -> HRESULT {
+    faceAuth->AllowModeChange(false); // the topology reads the mode
+    const HRESULT started = mft_utils::Guarded([&] {
         stateChangeLock.AssertHeld();
-        return RunTopology(outputStream, nextMediaType, topology);
+        return currentTopology.Start(
+            outputStream, nextMediaType,
+            [&](std::shared_ptr<Topology> &topology) {
+                stateChangeLock.AssertHeld();
+                const HRESULT built = BuildTopology(outputStream, nextMediaType, topology);
+                if (SUCCEEDED(built))
+                {
+                    framePrivacy->AskCamera(filterKsControl.Get()); // before the first frame, which may not tell
+                }
+                return built;
+            },
+            [&] { RestoreWantedPreset(); });
     });
-    if (FAILED(result))
+    if (FAILED(started) && !currentTopology.Runs())
     {
-        // The old topology is gone and the new one does not run: say so rather than stall.
-        StopAllOutputs();
+        faceAuth->AllowModeChange(true);
     }
-    return result;
+    return started;
 }
 
-HRESULT TarnDepthDeviceMft::RunTopology(const std::shared_ptr<OutputStream> &outputStream, IMFMediaType *nextMediaType,
-                                        const std::shared_ptr<Topology> &topology)
+void TarnDepthDeviceMft::RestoreWantedPreset()
 {
-    CHECK_HR_AS("currentTopology->Deactivate()", EndCurrentTopology());
     if (FAILED(depthPresetsController->RestoreWantedPreset()))
     {
         TRACE_ERROR("%s: goes on with another preset than the wanted one", GetName());
     }
-    if (IsRunning(*outputStream))
-    {
-        CHECK_HR(outputStream->Flush()); // what is queued has the former media type
-    }
-    CHECK_HR(outputStream->SetCurrentMediaType(nextMediaType));
-    CHECK_HR(outputStream->SetState(DeviceStreamState_Run));
-    currentTopology = topology;
-    CHECK_HR(currentTopology->Activate());
-    return S_OK;
 }
 
 HRESULT TarnDepthDeviceMft::StopOutputStream(const std::shared_ptr<OutputStream> &outputStream,
                                              IMFMediaType *nextMediaType)
 {
-    CHECK_HR(outputStream->SetState(DeviceStreamState_Stop));
-    CHECK_HR(outputStream->SetCurrentMediaType(nextMediaType));
-    bool anyRuns = false;
-    for (const auto &stream : outputStreams)
+    const bool ran = currentTopology.Runs();
+    const HRESULT stopped = currentTopology.Stop(outputStream, nextMediaType);
+    if (ran && !currentTopology.Runs())
     {
-        if (IsRunning(*stream))
-        {
-            TRACE_INFO("%s: output %u (%s) still runs", GetName(), stream->GetID(), stream->GetName());
-            anyRuns = true;
-        }
+        faceAuth->AllowModeChange(true); // however it ended
     }
-    if (!anyRuns && currentTopology)
-    {
-        const HRESULT deactivated = EndCurrentTopology();
-        faceAuthKsPropertyHandler->AllowModeChange(true); // nothing runs, however it ended
-        CHECK_HR_AS("currentTopology->Deactivate()", deactivated);
-    }
-    return S_OK;
-}
-
-HRESULT TarnDepthDeviceMft::EndCurrentTopology()
-{
-    const std::shared_ptr<Topology> ending = std::exchange(currentTopology, nullptr);
-    return ending ? ending->Deactivate() : S_OK;
-}
-
-void TarnDepthDeviceMft::StopAllOutputs()
-{
-    if (FAILED(EndCurrentTopology()))
-    {
-        TRACE_ERROR("%s: the topology did not deactivate cleanly", GetName());
-    }
-    for (const auto &stream : outputStreams)
-    {
-        if (IsRunning(*stream))
-        {
-            TRACE_ERROR("%s: output %u (%s) is stopped", GetName(), stream->GetID(), stream->GetName());
-            stream->SetState(DeviceStreamState_Stop);
-        }
-    }
-    faceAuthKsPropertyHandler->AllowModeChange(true);
+    return stopped;
 }
 
 HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
 {
-    // An application's thread: no output may start or stop meanwhile.
-    const std::scoped_lock guard(stateChangeLock);
-    const auto &inputStream = At(inputStreams, 0);
-    if (IsRunning(*At(outputStreams, irStreamIndex)))
+    const std::scoped_lock guard(stateChangeLock); // no output may start or stop meanwhile
+    const bool previous = confidenceMap->IsEnabled();
+    if (enable == previous)
+    {
+        TRACE_INFO("confidence map stays %s", StateName(previous));
+        return S_OK;
+    }
+    TRACE_INFO("confidence map: %s -> %s", StateName(previous), StateName(enable));
+    nextConfidenceMap = enable;
+    const HRESULT applied = mft_utils::Guarded([&] {
+        stateChangeLock.AssertHeld();
+        return ApplyConfidenceMap(enable);
+    });
+    if (FAILED(applied))
+    {
+        nextConfidenceMap = previous;
+        return applied;
+    }
+    confidenceMap->Set(enable);
+    return S_OK;
+}
+
+HRESULT TarnDepthDeviceMft::ApplyConfidenceMap(bool enable)
+{
+    const auto &irOutStream = At(outputStreams, irStreamIndex);
+    if (IsRunning(*irOutStream))
     {
         TRACE_ERROR("%s: no confidence map while infrared runs", GetName());
         return E_UNEXPECTED;
     }
     if (!IsRunning(*At(outputStreams, depthStreamIndex)))
     {
-        return S_OK; // the next depth topology asks
+        return S_OK; // the next depth topology is built for it
     }
-    if (dynamic_cast<TarnDepthDepthTopology *>(currentTopology.get()) == nullptr)
-    {
-        CHECK_HR(EndCombinedTopology());
-        return S_OK; // built for the state to come
-    }
+    return currentTopology.Serves(*irOutStream) ? EndCombinedTopology() : RestartForConfidenceMap(enable);
+}
+
+HRESULT TarnDepthDeviceMft::RestartForConfidenceMap(bool enable)
+{
+    const auto &inputStream = At(inputStreams, 0);
     ComPtr<IMFMediaType> currentMediaType;
     CHECK_HR_AS("inputStream->GetCurrentMediaType(currentMediaType.GetAddressOf())",
                 WantedInputMediaType(currentMediaType.GetAddressOf()));

@@ -1,6 +1,5 @@
 #include "device/TarnDeviceInfo.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -8,33 +7,15 @@
 #include <span>
 #include <utility>
 
-#include "device/calibration/Crc32.h"
 #include "tarn/device_attributes.h"
 #include "tarn/tarn_dmft.h"
 #include "trace/Check.h"
+#include "base/Crc32.h"
 #include "base/WideString.h"
+#include "base/RecordText.h"
 
 namespace mft_core
 {
-
-namespace
-{
-// What a line of a trace can hold, whatever the camera sent.
-template <std::size_t Size>
-std::string Printable(const char (&text)[Size])
-{
-    std::string printable(std::begin(text), std::find(std::begin(text), std::end(text), '\0'));
-    std::replace_if(
-        printable.begin(), printable.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-    return printable;
-}
-
-std::string VersionText(const std::uint8_t (&version)[4])
-{
-    return std::to_string(version[0]) + '.' + std::to_string(version[1]) + '.' + std::to_string(version[2]) + '.' +
-           std::to_string(version[3]);
-}
-} // namespace
 
 TarnDeviceInfo::TarnDeviceInfo(std::shared_ptr<IFirmwareCommandPipe> pipe, std::string label)
     : Object(std::move(label)), firmwareCommandPipe(std::move(pipe))
@@ -50,7 +31,7 @@ HRESULT TarnDeviceInfo::Init()
     TARN_DEVICE_INFO read{};
     std::memcpy(&read, answer.data(), sizeof(read));
     if (read.version != TARN_DEVICE_INFO_VERSION || read.size != sizeof(read) ||
-        read.checksum != Crc32(std::span(answer).first(offsetof(TARN_DEVICE_INFO, checksum))))
+        read.checksum != user_space_frameworks::Crc32(std::span(answer).first(offsetof(TARN_DEVICE_INFO, checksum))))
     {
         TRACE_ERROR("%s: record does not check, version %u, size %u", GetName(), read.version, read.size);
         return S_OK;
@@ -68,10 +49,12 @@ HRESULT TarnDeviceInfo::AddTo(IMFAttributes *store) const
         return S_OK;
     }
     CHECK_HR(store->SetBlob(TARN_DEVICE_INFO_RECORD, reinterpret_cast<const UINT8 *>(&*record), sizeof(*record)));
-    CHECK_HR(store->SetString(TARN_DEVICE_PRODUCT_NAME, mft_utils::Widen(Printable(record->productName)).c_str()));
-    CHECK_HR(store->SetString(TARN_DEVICE_SERIAL_NUMBER, mft_utils::Widen(Printable(record->serialNumber)).c_str()));
-    CHECK_HR(
-        store->SetString(TARN_DEVICE_FIRMWARE_VERSION, mft_utils::Widen(VersionText(record->firmwareVersion)).c_str()));
+    CHECK_HR(store->SetString(TARN_DEVICE_PRODUCT_NAME,
+                              mft_utils::Widen(mft_utils::PrintableText(record->productName)).c_str()));
+    CHECK_HR(store->SetString(TARN_DEVICE_SERIAL_NUMBER,
+                              mft_utils::Widen(mft_utils::PrintableText(record->serialNumber)).c_str()));
+    CHECK_HR(store->SetString(TARN_DEVICE_FIRMWARE_VERSION,
+                              mft_utils::Widen(mft_utils::VersionText(record->firmwareVersion)).c_str()));
     return S_OK;
 }
 
@@ -81,13 +64,15 @@ void TarnDeviceInfo::TraceRecord() const
     {
         return;
     }
-    TRACE_INFO("%s: %s, serial number %s, firmware %s, controller %s, hardware revision %u", GetName(),
-               Printable(record->productName).c_str(), Printable(record->serialNumber).c_str(),
-               VersionText(record->firmwareVersion).c_str(), VersionText(record->controllerVersion).c_str(),
-               static_cast<unsigned>(record->hardwareRevision));
+    TRACE_INFO(
+        "%s: %s, serial number %s, firmware %s, controller %s, hardware revision %u", GetName(),
+        mft_utils::PrintableText(record->productName).c_str(), mft_utils::PrintableText(record->serialNumber).c_str(),
+        mft_utils::VersionText(record->firmwareVersion).c_str(),
+        mft_utils::VersionText(record->controllerVersion).c_str(), static_cast<unsigned>(record->hardwareRevision));
     TRACE_INFO("%s: sensor %s, laser %s, module state %u, calibrated at %llu (version %u), %.1f degrees Celsius",
-               GetName(), Printable(record->sensorSerial).c_str(), Printable(record->laserSerial).c_str(),
-               static_cast<unsigned>(record->moduleState), static_cast<unsigned long long>(record->calibrationTime),
+               GetName(), mft_utils::PrintableText(record->sensorSerial).c_str(),
+               mft_utils::PrintableText(record->laserSerial).c_str(), static_cast<unsigned>(record->moduleState),
+               static_cast<unsigned long long>(record->calibrationTime),
                static_cast<unsigned>(record->calibrationVersion), record->temperatureDeciC / 10.0);
 }
 

@@ -1,9 +1,9 @@
 #include "kernels/Copy.h"
 
+#include <cstring>
+
 #include "kernels/Rows.h"
 #include "kernels/Scalar.h"
-
-#include <cstring>
 
 namespace mft_kernels
 {

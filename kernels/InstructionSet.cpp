@@ -1,10 +1,10 @@
 #include "kernels/InstructionSet.h"
 
-#include "kernels/KernelTable.h"
-
 #include <array>
 #include <atomic>
 #include <cstdlib>
+
+#include "kernels/KernelTable.h"
 
 namespace mft_kernels
 {

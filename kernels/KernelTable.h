@@ -1,13 +1,13 @@
 // One entry per kernel; each instruction set fills one table. For the dispatch and its tests, not for nodes.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "kernels/CpuFeatures.h"
 #include "kernels/MedianCrop.h"
 #include "kernels/ResizeTables.h"
 #include "kernels/Sharpen.h"
-
-#include <cstddef>
-#include <cstdint>
 
 namespace mft_kernels
 {

@@ -1,10 +1,10 @@
 #include "kernels/MedianCrop.h"
 
-#include "kernels/Rows.h"
-#include "kernels/Scalar.h"
-
 #include <algorithm>
 #include <array>
+
+#include "kernels/Rows.h"
+#include "kernels/Scalar.h"
 
 namespace mft_kernels
 {

@@ -50,21 +50,19 @@ static inline typename V::Reg MedianOf(const JoinedPair<V> &pair, const SortedTr
 }
 
 // Rows that stay in the first cache while the columns go by. Each band asks for the next one's rows: so many at a time
-// are more than the processor follows by itself.
-constexpr std::ptrdiff_t kBandRows = 32;
+// are more than the processor follows by itself. Each row of a wide frame lies in a page of its own: with 32 rows the
+// input, the output and what is asked for are more pages than some processors translate at a time.
+constexpr std::ptrdiff_t kBandRows = 16;
 
 // One vector of columns, `rows` output rows; `in` is the centre of the first output pixel.
 template <typename V>
 static inline void MedianColumn(const std::uint8_t *in, std::ptrdiff_t inputStride, std::uint8_t *out,
                                 std::ptrdiff_t outputStride, std::size_t rows)
 {
-    constexpr std::size_t kAhead = 256; // bytes further right in the same rows, for the first cache
     auto above = SortTriple<V>(in - inputStride);
     auto here = SortTriple<V>(in);
     for (; rows >= 2; rows -= 2)
     {
-        Prefetch(in + inputStride + kAhead);
-        Prefetch(in + 2 * inputStride + kAhead);
         PrefetchFar(in + kBandRows * inputStride);
         PrefetchFar(in + (kBandRows + 1) * inputStride);
         const auto below = SortTriple<V>(in + inputStride);

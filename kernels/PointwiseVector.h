@@ -2,10 +2,10 @@
 // A row's last vector overlaps the one before it; in place it is loaded before the first store.
 #pragma once
 
+#include <immintrin.h>
+
 #include "kernels/Rows.h"
 #include "kernels/Scalar.h"
-
-#include <immintrin.h>
 
 namespace mft_kernels
 {

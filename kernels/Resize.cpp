@@ -1,13 +1,13 @@
 #include "kernels/Resize.h"
 
-#include "kernels/Rows.h"
-#include "kernels/Scalar.h"
-
 #include <algorithm>
 #include <bit>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
+
+#include "kernels/Rows.h"
+#include "kernels/Scalar.h"
 
 namespace mft_kernels
 {

@@ -1,12 +1,12 @@
 // Bilinear resize of 16-bit frames between two fixed sizes.
 #pragma once
 
-#include "kernels/ResizeTables.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <new>
 #include <vector>
+
+#include "kernels/ResizeTables.h"
 
 namespace mft_kernels
 {

@@ -1,10 +1,10 @@
 // The scalar references, also used by the vector versions for sizes below a vector.
 #pragma once
 
-#include "kernels/KernelTable.h"
-
 #include <cstddef>
 #include <cstdint>
+
+#include "kernels/KernelTable.h"
 
 namespace mft_kernels
 {

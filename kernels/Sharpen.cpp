@@ -1,10 +1,10 @@
 #include "kernels/Sharpen.h"
 
+#include <algorithm>
+
 #include "kernels/Rows.h"
 #include "kernels/Scalar.h"
 #include "kernels/SharpenWeights.h"
-
-#include <algorithm>
 
 namespace mft_kernels
 {

@@ -2,10 +2,10 @@
 // Anonymous: what is built from these stays inside the file that was compiled for the instruction set.
 #pragma once
 
+#include <immintrin.h>
+
 #include "kernels/ResizeTables.h"
 #include "kernels/Rows.h"
-
-#include <immintrin.h>
 
 namespace mft_kernels
 {

@@ -1,9 +1,9 @@
 #include "kernels/Threshold.h"
 
+#include <algorithm>
+
 #include "kernels/Rows.h"
 #include "kernels/Scalar.h"
-
-#include <algorithm>
 
 namespace mft_kernels
 {

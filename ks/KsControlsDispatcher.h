@@ -17,6 +17,8 @@ namespace mft_core
 class KsControlsDispatcher : public IKsControl, public virtual user_space_frameworks::Object, public KsControlsSubject
 {
   public:
+    using ComInterface = IKsControl;
+
     KsControlsDispatcher();
 
     // The handler's result, unchanged, also where it is a positive number. A null identifier gives E_POINTER (except

@@ -1,9 +1,9 @@
 // What every handler does with the raw arguments of a KS call.
 #pragma once
 
-#include <cstring>
-
 #include "platform/MediaFoundation.h"
+
+#include <cstring>
 
 namespace mft_core
 {

@@ -1,13 +1,13 @@
 // List of shared observers that may change while they are being notified.
 #pragma once
 
+#include "platform/MediaFoundation.h"
+
 #include <algorithm>
 #include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
-
-#include "platform/MediaFoundation.h"
 
 #include "base/CriticalSection.h"
 

@@ -33,4 +33,21 @@ HRESULT IMFSampleUtils::Copy(IMFSample **destination, IMFSample *source) noexcep
     return S_OK;
 }
 
+HRESULT IMFSampleUtils::Replace(IMFSample *destination, IMFSample *source) noexcept
+{
+    CHECK_POINTER(destination);
+    CHECK_POINTER(source);
+    LONGLONG duration100ns = 0;
+    LONGLONG time100ns = 0;
+    if (FAILED(source->GetSampleDuration(&duration100ns)) || FAILED(source->GetSampleTime(&time100ns)))
+    {
+        return MF_E_NO_SAMPLE_TIMESTAMP;
+    }
+    CHECK_HR(destination->SetSampleFlags(0));
+    CHECK_HR(source->CopyAllItems(destination)); // removes what is there
+    CHECK_HR(destination->SetSampleDuration(duration100ns));
+    CHECK_HR(destination->SetSampleTime(time100ns));
+    return S_OK;
+}
+
 } // namespace mft_utils

@@ -1,9 +1,9 @@
 // Copies attribute stores and moves them through streams.
 #pragma once
 
-#include <initializer_list>
-
 #include "platform/MediaFoundation.h"
+
+#include <initializer_list>
 
 namespace mft_utils
 {

@@ -3,6 +3,9 @@
 
 #include "platform/MediaFoundation.h"
 
+#include "base/LockedBuffer.h"
+#include "media/BufferPool.h"
+
 namespace mft_utils
 {
 
@@ -14,13 +17,10 @@ class MediaBufferWrapper
     // "Failed to lock media buffer".
     explicit MediaBufferWrapper(IMFSample *sample);
 
-    // Allocates and locks a buffer whose current length is `lengthBytes`. Throws ComException "length can't be 0",
-    // "Failed to create media buffer", "Failed to set current length" or "Failed to lock media buffer".
-    explicit MediaBufferWrapper(DWORD lengthBytes);
-
-    ~MediaBufferWrapper();
-    MediaBufferWrapper(const MediaBufferWrapper &) = delete;
-    MediaBufferWrapper &operator=(const MediaBufferWrapper &) = delete;
+    // Makes and locks a buffer whose current length is `lengthBytes`, of the pool's memory where there is a pool.
+    // Throws ComException "length can't be 0", "Failed to create media buffer", "Failed to set current length" or
+    // "Failed to lock media buffer".
+    explicit MediaBufferWrapper(DWORD lengthBytes, BufferPool *pool = nullptr);
 
     ComPtr<IMFMediaBuffer> mediaBuffer;
     BYTE *data = nullptr;
@@ -28,6 +28,8 @@ class MediaBufferWrapper
 
   private:
     void Lock();
+
+    user_space_frameworks::LockedBuffer locked;
 };
 
 } // namespace mft_utils

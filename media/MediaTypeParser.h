@@ -1,10 +1,10 @@
 // Reads video media types and derives lists of them.
 #pragma once
 
+#include "platform/MediaFoundation.h"
+
 #include <cstdint>
 #include <vector>
-
-#include "platform/MediaFoundation.h"
 
 namespace mft_utils
 {

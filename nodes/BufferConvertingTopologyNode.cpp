@@ -1,8 +1,10 @@
 #include "nodes/BufferConvertingTopologyNode.h"
 
-#include "media/LockedBuffer.h"
+#include "base/LockedBuffer.h"
 #include "trace/Check.h"
 #include "media/IMFSampleUtils.h"
+
+using user_space_frameworks::LockedBuffer;
 
 namespace mft_core
 {
@@ -13,29 +15,39 @@ std::size_t BufferConvertingTopologyNode::Fraction(std::size_t lengthBytes, doub
 }
 
 // The texts are what support tools search for, letter for letter.
+HRESULT BufferConvertingTopologyNode::LockInput(IMFSample *inputSample, LockedBuffer &input, Part &part) const
+{
+    ComPtr<IMFMediaBuffer> inputMediaBuffer;
+    CHECK_HR_AS("inputSample->ConvertToContiguousBuffer(&inputMediaBuffer)",
+                inputSample->ConvertToContiguousBuffer(inputMediaBuffer.GetAddressOf()));
+    CHECK_POINTER_AS("inputMediaBuffer", inputMediaBuffer, E_UNEXPECTED);
+    CHECK_HR_AS("inputMediaBuffer->Lock(&inputBuffer, nullptr , &inputBufferLength)",
+                input.Lock(inputMediaBuffer.Get()));
+
+    part = PartOf(input.length);
+    CHECK_HR(CheckFrameLength(input.length, part.offset));
+    CHECK_HR(CheckFrameLength(input.length - part.offset, part.inputLength));
+    CHECK_HR(CheckFrameLength(part.outputLength, 1));
+    return S_OK;
+}
+
 HRESULT BufferConvertingTopologyNode::Convert(IMFSample *inputSample, IMFSample **outputSample)
 {
     ComPtr<IMFSample> output;
     CHECK_HR_AS("IMFSampleUtils::Copy(outputSample, inputSample)",
                 mft_utils::IMFSampleUtils::Copy(output.GetAddressOf(), inputSample));
-
-    ComPtr<IMFMediaBuffer> inputMediaBuffer;
-    CHECK_HR_AS("inputSample->ConvertToContiguousBuffer(&inputMediaBuffer)",
-                inputSample->ConvertToContiguousBuffer(inputMediaBuffer.GetAddressOf()));
-    CHECK_POINTER_AS("inputMediaBuffer", inputMediaBuffer, E_UNEXPECTED);
     LockedBuffer input;
-    CHECK_HR_AS("inputMediaBuffer->Lock(&inputBuffer, nullptr , &inputBufferLength)",
-                input.Lock(inputMediaBuffer.Get()));
-
-    const Part part = PartOf(input.length);
-    CHECK_HR(CheckFrameLength(input.length, part.offset));
-    CHECK_HR(CheckFrameLength(input.length - part.offset, part.inputLength));
-    CHECK_HR(CheckFrameLength(part.outputLength, 1));
+    Part part{};
+    if (const HRESULT found = LockInput(inputSample, input, part); FAILED(found))
+    {
+        return found;
+    }
     const auto outputLength = static_cast<DWORD>(part.outputLength);
 
     ComPtr<IMFMediaBuffer> outputMediaBuffer;
     CHECK_HR_AS("MFCreateMemoryBuffer(outputLength, &outputMediaBuffer)",
-                MFCreateMemoryBuffer(outputLength, outputMediaBuffer.GetAddressOf()));
+                Buffers() != nullptr ? Buffers()->Take(outputLength, outputMediaBuffer.GetAddressOf())
+                                     : MFCreateMemoryBuffer(outputLength, outputMediaBuffer.GetAddressOf()));
     CHECK_HR(outputMediaBuffer->SetCurrentLength(outputLength));
     CHECK_HR_AS("(*outputSample)->AddBuffer(outputMediaBuffer)", output->AddBuffer(outputMediaBuffer.Get()));
     {

@@ -1,6 +1,7 @@
 // Base of the converting nodes whose input starts at a fraction of the buffer.
 #pragma once
 
+#include "base/LockedBuffer.h"
 #include "nodes/ConvertingTopologyNode.h"
 
 namespace mft_core
@@ -21,6 +22,9 @@ class BufferConvertingTopologyNode : public ConvertingTopologyNode
 
     // A fraction of a length, truncated towards zero.
     static std::size_t Fraction(std::size_t lengthBytes, double coefficient) noexcept;
+
+    // Locks the frame and finds its part. Fails when there is none.
+    HRESULT LockInput(IMFSample *inputSample, user_space_frameworks::LockedBuffer &input, Part &part) const;
 
   private:
     HRESULT Convert(IMFSample *inputSample, IMFSample **outputSample) final;

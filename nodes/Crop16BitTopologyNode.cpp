@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "kernels/Copy.h"
+#include "media/MediaBufferWrapper.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {
@@ -42,9 +44,16 @@ std::size_t Crop16BitTopologyNode::Rectangle::EndPixel() const noexcept
 
 Crop16BitTopologyNode::Crop16BitTopologyNode(std::shared_ptr<ITopologyNode> successor, std::uint32_t inputWidth,
                                              std::uint32_t inputHeight, std::uint32_t outputWidth,
-                                             std::uint32_t outputHeight)
+                                             std::uint32_t outputHeight,
+                                             std::shared_ptr<mft_utils::SampleAllocator> pipelineAllocator,
+                                             OutputMemory outputMemory)
     : Crop16BitTopologyNode(std::move(successor), Rectangle(inputWidth, inputHeight, outputWidth, outputHeight))
 {
+    UseAllocator(std::move(pipelineAllocator), outputWidth * FrameSize::kBytesPerPixel, outputHeight);
+    if (outputMemory == OutputMemory::View)
+    {
+        HandOnViews();
+    }
 }
 
 Crop16BitTopologyNode::Crop16BitTopologyNode(std::shared_ptr<ITopologyNode> successor, const Rectangle &rectangle)
@@ -59,6 +68,22 @@ HRESULT Crop16BitTopologyNode::ConvertImage(const std::uint16_t *input, std::uin
 {
     mft_kernels::CopyRectangle(input + crop.FirstPixel(), crop.input.RowPitchBytes(), output,
                                crop.output.RowPitchBytes(), crop.output.width, crop.output.height);
+    return S_OK;
+}
+
+ConvertingTopologyNode::ByteRange Crop16BitTopologyNode::ViewedPart(std::size_t /*inputLength*/) const noexcept
+{
+    return {crop.FirstPixel() * FrameSize::kBytesPerPixel,
+            (crop.EndPixel() - crop.FirstPixel()) * FrameSize::kBytesPerPixel};
+}
+
+HRESULT Crop16BitTopologyNode::ConvertRows(IMFSample *inputSample, BYTE *firstRow, std::ptrdiff_t pitchBytes)
+{
+    const mft_utils::MediaBufferWrapper input(inputSample);
+    CHECK_HR(CheckFrameLength(input.length, crop.EndPixel() * FrameSize::kBytesPerPixel));
+    mft_kernels::CopyRectangle(reinterpret_cast<const std::uint16_t *>(input.data) + crop.FirstPixel(),
+                               crop.input.RowPitchBytes(), reinterpret_cast<std::uint16_t *>(firstRow), pitchBytes,
+                               crop.output.width, crop.output.height);
     return S_OK;
 }
 

@@ -25,7 +25,7 @@ HRESULT ImageConvertingTopologyNode::Convert(IMFSample *inputSample, IMFSample *
     {
         const mft_utils::MediaBufferWrapper inputBufferWrapper(inputSample);
         CHECK_HR(CheckFrameLength(inputBufferWrapper.length, inputLength));
-        const mft_utils::MediaBufferWrapper outputBufferWrapper(outputLength);
+        const mft_utils::MediaBufferWrapper outputBufferWrapper(outputLength, Buffers());
         CHECK_HR_AS("(*outputSample)->AddBuffer(outputBufferWrapper.mediaBuffer)",
                     output->AddBuffer(outputBufferWrapper.mediaBuffer.Get()));
         CHECK_HR(ConvertImage(reinterpret_cast<const std::uint16_t *>(inputBufferWrapper.data),

@@ -16,15 +16,18 @@ namespace mft_core
 class ImageResizeTopologyNode : public ImageConvertingTopologyNode
 {
   public:
-    // Throws FrameSize's and the resize plan's std::invalid_argument, or std::bad_alloc.
+    // `inputPitchPixels` is from row to row, at least `inputWidth`; 0 without padding. Throws FrameSize's and the
+    // resize plan's std::invalid_argument, or std::bad_alloc.
     ImageResizeTopologyNode(std::shared_ptr<ITopologyNode> successor, std::uint32_t inputWidth,
-                            std::uint32_t inputHeight, std::uint32_t outputWidth, std::uint32_t outputHeight);
+                            std::uint32_t inputHeight, std::uint32_t outputWidth, std::uint32_t outputHeight,
+                            std::uint32_t inputPitchPixels = 0);
 
   private:
-    ImageResizeTopologyNode(std::shared_ptr<ITopologyNode> successor, const FrameSize &input, const FrameSize &output);
+    ImageResizeTopologyNode(std::shared_ptr<ITopologyNode> successor, const FrameSize &input, const FrameSize &output,
+                            const FrameSize &pitchedInput);
     HRESULT ConvertImage(const std::uint16_t *input, std::uint16_t *output) override;
 
-    const FrameSize inputSize;
+    const std::ptrdiff_t inputPitchBytes;
     const FrameSize outputSize;
     const mft_kernels::ResizePlan plan;
     user_space_frameworks::CriticalSection lock;

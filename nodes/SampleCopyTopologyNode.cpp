@@ -12,7 +12,7 @@ namespace mft_core
 SampleCopyTopologyNode::SampleCopyTopologyNode(std::shared_ptr<ITopologyNode> successor,
                                                double inputBufferOffsetCoefficient,
                                                double outputBufferLengthCoefficient, std::string nodeName,
-                                               std::size_t mostInputBytes)
+                                               std::size_t mostInputBytes, OutputMemory outputMemory)
     : BufferConvertingTopologyNode(std::move(successor), std::move(nodeName),
                                    "mft_core::SampleCopyTopologyNode::ProcessSample"),
       inputOffsetCoefficient(inputBufferOffsetCoefficient), outputLengthCoefficient(outputBufferLengthCoefficient),
@@ -31,6 +31,16 @@ SampleCopyTopologyNode::SampleCopyTopologyNode(std::shared_ptr<ITopologyNode> su
     {
         throw std::invalid_argument("coefficients sum > 1");
     }
+    if (outputMemory == OutputMemory::View)
+    {
+        HandOnViews();
+    }
+}
+
+ConvertingTopologyNode::ByteRange SampleCopyTopologyNode::ViewedPart(std::size_t inputLength) const noexcept
+{
+    const Part part = PartOf(inputLength);
+    return {part.offset, part.outputLength};
 }
 
 BufferConvertingTopologyNode::Part SampleCopyTopologyNode::PartOf(std::size_t inputBufferLength) const noexcept

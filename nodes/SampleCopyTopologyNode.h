@@ -17,9 +17,11 @@ class SampleCopyTopologyNode : public BufferConvertingTopologyNode
     // "output buffer length coefficient <= 0", "coefficients sum > 1".
     SampleCopyTopologyNode(std::shared_ptr<ITopologyNode> successor, double inputBufferOffsetCoefficient,
                            double outputBufferLengthCoefficient, std::string nodeName,
-                           std::size_t mostInputBytes = std::numeric_limits<std::size_t>::max());
+                           std::size_t mostInputBytes = std::numeric_limits<std::size_t>::max(),
+                           OutputMemory outputMemory = OutputMemory::Own);
 
   private:
+    ByteRange ViewedPart(std::size_t inputLength) const noexcept override;
     Part PartOf(std::size_t inputBufferLength) const noexcept override;
     void Fill(BYTE *output, const BYTE *input, const Part &part) const noexcept override;
 

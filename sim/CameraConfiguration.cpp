@@ -2,10 +2,12 @@
 
 #include "platform/CameraAttributes.h"
 
-#include "sim/CalibrationTable.h"
-#include "sim/CameraIdentifiers.h"
-#include "sim/DeviceInfo.h"
-#include "sim/Platform.h"
+#include <tarn/tarn_formats.h>
+
+#include "sim/CameraRecords.h"
+#include "base/ThrowIfFailed.h"
+
+using mft_utils::ThrowIfFailed;
 
 namespace tarn_sim
 {
@@ -27,7 +29,7 @@ struct VideoFormat
 
 UINT32 BytesPerPixel(const GUID &subtype)
 {
-    const bool twoPlanes = IsEqualGUID(subtype, kSubtypeInfraredDepth) || IsEqualGUID(subtype, kSubtypeConfidenceDepth);
+    const bool twoPlanes = IsEqualGUID(subtype, CUSTOM_GUID_KELP_ZI) || IsEqualGUID(subtype, CUSTOM_GUID_KELP_ZC);
     return twoPlanes ? 4 : 2;
 }
 
@@ -46,18 +48,18 @@ std::vector<ComPtr<IMFMediaType>> MakeTypes(const VideoFormat (&formats)[Count])
 ComPtr<IMFMediaType> MakeVideoType(const GUID &subtype, UINT32 width, UINT32 height, UINT32 fps)
 {
     ComPtr<IMFMediaType> type;
-    Require(MFCreateMediaType(&type), "MFCreateMediaType");
+    ThrowIfFailed(MFCreateMediaType(&type), "MFCreateMediaType");
     const UINT32 sampleBytes = width * height * BytesPerPixel(subtype);
-    Require(type->SetGUID(MF_MT_MAJOR_TYPE, MFMediaType_Video), "SetGUID");
-    Require(type->SetGUID(MF_MT_SUBTYPE, subtype), "SetGUID");
-    Require(MFSetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, width, height), "MFSetAttributeSize");
-    Require(MFSetAttributeRatio(type.Get(), MF_MT_FRAME_RATE, fps, 1), "MFSetAttributeRatio");
-    Require(MFSetAttributeRatio(type.Get(), MF_MT_PIXEL_ASPECT_RATIO, 1, 1), "MFSetAttributeRatio");
-    Require(type->SetUINT32(MF_MT_INTERLACE_MODE, MFVideoInterlace_Progressive), "SetUINT32");
-    Require(type->SetUINT32(MF_MT_ALL_SAMPLES_INDEPENDENT, TRUE), "SetUINT32");
-    Require(type->SetUINT32(MF_MT_FIXED_SIZE_SAMPLES, TRUE), "SetUINT32");
-    Require(type->SetUINT32(MF_MT_SAMPLE_SIZE, sampleBytes), "SetUINT32");
-    Require(type->SetUINT32(MF_MT_DEFAULT_STRIDE, width * 2), "SetUINT32");
+    ThrowIfFailed(type->SetGUID(MF_MT_MAJOR_TYPE, MFMediaType_Video), "SetGUID");
+    ThrowIfFailed(type->SetGUID(MF_MT_SUBTYPE, subtype), "SetGUID");
+    ThrowIfFailed(MFSetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, width, height), "MFSetAttributeSize");
+    ThrowIfFailed(MFSetAttributeRatio(type.Get(), MF_MT_FRAME_RATE, fps, 1), "MFSetAttributeRatio");
+    ThrowIfFailed(MFSetAttributeRatio(type.Get(), MF_MT_PIXEL_ASPECT_RATIO, 1, 1), "MFSetAttributeRatio");
+    ThrowIfFailed(type->SetUINT32(MF_MT_INTERLACE_MODE, MFVideoInterlace_Progressive), "SetUINT32");
+    ThrowIfFailed(type->SetUINT32(MF_MT_ALL_SAMPLES_INDEPENDENT, TRUE), "SetUINT32");
+    ThrowIfFailed(type->SetUINT32(MF_MT_FIXED_SIZE_SAMPLES, TRUE), "SetUINT32");
+    ThrowIfFailed(type->SetUINT32(MF_MT_SAMPLE_SIZE, sampleBytes), "SetUINT32");
+    ThrowIfFailed(type->SetUINT32(MF_MT_DEFAULT_STRIDE, width * 2), "SetUINT32");
     return type;
 }
 
@@ -66,7 +68,7 @@ CameraConfiguration CameraConfiguration::GenericDepth16(UINT32 width, UINT32 hei
     CameraConfiguration configuration;
     configuration.pins.push_back(
         {0,
-         {MakeVideoType(kSubtypeD16, width, height, fps), MakeVideoType(kSubtypeL16, width, height, fps)},
+         {MakeVideoType(MFVideoFormat_D16, width, height, fps), MakeVideoType(MFVideoFormat_L16, width, height, fps)},
          MFFrameSourceTypes_Depth});
     configuration.nodes = {kCameraTerminalNode, kVideoStreamingNode};
     return configuration;
@@ -75,29 +77,21 @@ CameraConfiguration CameraConfiguration::GenericDepth16(UINT32 width, UINT32 hei
 CameraConfiguration CameraConfiguration::TarnDepth()
 {
     const VideoFormat formats[] = {
-        {&kSubtypeDepth, 640, 480, 30},
-        {&kSubtypeDepth, 640, 480, 60},
-        {&kSubtypeDepth, 1280, 720, 30},
-        {&kSubtypeDepth, 320, 240, 30},
-        {&kSubtypeDepth, 320, 240, 60},
-        {&kSubtypeInfraredDepth, 640, 480, 30},
-        {&kSubtypeInfraredDepth, 640, 480, 60},
-        {&kSubtypeInfraredDepth, 1280, 720, 30},
-        {&kSubtypeInfraredDepth, 320, 240, 30},
-        {&kSubtypeInfraredDepth, 320, 240, 60},
-        {&kSubtypeConfidenceDepth, 640, 480, 30},
-        {&kSubtypeConfidenceDepth, 640, 480, 60},
-        {&kSubtypeConfidenceDepth, 1280, 720, 30},
-        {&kSubtypeConfidenceDepth, 320, 240, 30},
-        {&kSubtypeConfidenceDepth, 320, 240, 60},
-        {&kSubtypeFaceLogin, 640, 480, 60},
+        {&CUSTOM_GUID_KELP_Z, 640, 480, 30},   {&CUSTOM_GUID_KELP_Z, 640, 480, 60},
+        {&CUSTOM_GUID_KELP_Z, 1280, 720, 30},  {&CUSTOM_GUID_KELP_Z, 320, 240, 30},
+        {&CUSTOM_GUID_KELP_Z, 320, 240, 60},   {&CUSTOM_GUID_KELP_ZI, 640, 480, 30},
+        {&CUSTOM_GUID_KELP_ZI, 640, 480, 60},  {&CUSTOM_GUID_KELP_ZI, 1280, 720, 30},
+        {&CUSTOM_GUID_KELP_ZI, 320, 240, 30},  {&CUSTOM_GUID_KELP_ZI, 320, 240, 60},
+        {&CUSTOM_GUID_KELP_ZC, 640, 480, 30},  {&CUSTOM_GUID_KELP_ZC, 640, 480, 60},
+        {&CUSTOM_GUID_KELP_ZC, 1280, 720, 30}, {&CUSTOM_GUID_KELP_ZC, 320, 240, 30},
+        {&CUSTOM_GUID_KELP_ZC, 320, 240, 60},  {&CUSTOM_GUID_KELP_FACE_LOGIN, 640, 480, 60},
     };
     CameraConfiguration configuration;
     configuration.pins.push_back({0, MakeTypes(formats), MFFrameSourceTypes_Depth | MFFrameSourceTypes_Infrared});
     configuration.nodes = {kCameraTerminalNode, KSNODETYPE_DEV_SPECIFIC, kVideoProcessingNode, KSNODETYPE_DEV_SPECIFIC,
                            kVideoStreamingNode};
     configuration.extensionUnitNode = 3;
-    configuration.extensionUnitSet = kDepthExtensionUnit;
+    configuration.extensionUnitSet = KSPROPERTYSETID_TARN_DEPTH_CONTROL;
     configuration.calibrationTable = SealedBytes(DefaultCalibration());
     configuration.deviceInfo = SealedBytes(DefaultDeviceInfo());
     return configuration;
@@ -106,16 +100,16 @@ CameraConfiguration CameraConfiguration::TarnDepth()
 CameraConfiguration CameraConfiguration::TarnColor()
 {
     const VideoFormat formats[] = {
-        {&kSubtypeYuy2, 640, 480, 30},
-        {&kSubtypeYuy2, 640, 480, 60},
-        {&kSubtypeYuy2, 1280, 720, 30},
-        {&kSubtypeYuy2, 1920, 1080, 30},
+        {&MFVideoFormat_YUY2, 640, 480, 30},
+        {&MFVideoFormat_YUY2, 640, 480, 60},
+        {&MFVideoFormat_YUY2, 1280, 720, 30},
+        {&MFVideoFormat_YUY2, 1920, 1080, 30},
     };
     CameraConfiguration configuration;
     configuration.pins.push_back({0, MakeTypes(formats), MFFrameSourceTypes_Color});
     configuration.nodes = {kCameraTerminalNode, kVideoProcessingNode, KSNODETYPE_DEV_SPECIFIC, kVideoStreamingNode};
     configuration.extensionUnitNode = 2;
-    configuration.extensionUnitSet = kColorExtensionUnit;
+    configuration.extensionUnitSet = KSPROPERTYSETID_TARN_COLOR_CONTROL;
     configuration.calibrationTable = SealedBytes(DefaultCalibration());
     return configuration;
 }

@@ -17,7 +17,7 @@ enum class Pacing : std::uint8_t
 {
     RealTime,      // by the media type's frame rate; a frame is dropped when all buffers are out
     AsFastAsTaken, // the next frame when the sink has returned and a buffer is free; nothing is dropped
-    Stepped        // only what SimulatedCamera::Step asks for
+    Stepped        // only what CapturePump::Step asks for
 };
 
 struct PinConfiguration

@@ -9,7 +9,7 @@ namespace tarn_sim
 
 CameraControls::CameraControls(const GUID &extensionUnitSet)
 {
-    if (IsEqualGUID(extensionUnitSet, kDepthExtensionUnit))
+    if (IsEqualGUID(extensionUnitSet, KSPROPERTYSETID_TARN_DEPTH_CONTROL))
     {
         errorControl = kControlDepthError;
         controls = {{kControlLaserPower, Access::ReadWrite, 0, 16, 1, 16, 16},
@@ -19,7 +19,7 @@ CameraControls::CameraControls(const GUID &extensionUnitSet)
                     {kControlFilterOption, Access::ReadWrite, 0, 7, 1, 5, 5},
                     {kControlConfidenceThreshold, Access::ReadWrite, 0, 15, 1, 3, 3}};
     }
-    else if (IsEqualGUID(extensionUnitSet, kColorExtensionUnit))
+    else if (IsEqualGUID(extensionUnitSet, KSPROPERTYSETID_TARN_COLOR_CONTROL))
     {
         errorControl = kControlColorError;
         controls = {{kControlExposurePriority, Access::ReadWrite, 0, 1, 1, 0, 0},
@@ -53,6 +53,12 @@ bool CameraControls::Store(ULONG id, std::uint8_t value)
     return true;
 }
 
+std::uint8_t CameraControls::ValueOf(ULONG id) const
+{
+    ByteControl control;
+    return Find(id, control) ? control.value : std::uint8_t{0};
+}
+
 void CameraControls::SetErrorCode(std::uint8_t code)
 {
     Store(errorControl, code);
@@ -60,23 +66,19 @@ void CameraControls::SetErrorCode(std::uint8_t code)
 
 void CameraControls::FillMetadata(TARN_FRAME_METADATA &record) const
 {
-    const auto valueOf = [this](ULONG id) {
-        ByteControl control;
-        return Find(id, control) ? control.value : std::uint8_t{0};
-    };
     record.flags =
         static_cast<std::uint8_t>((confidenceSuppressed ? TARN_FRAME_FLAG_CONFIDENCE_SUPPRESSED : 0U) |
                                   (privacy ? TARN_FRAME_FLAG_PRIVACY : 0U) | (hdr ? TARN_FRAME_FLAG_HDR : 0U));
-    record.errorCode = valueOf(errorControl);
+    record.errorCode = ValueOf(errorControl);
     if (errorControl != kControlDepthError)
     {
         return;
     }
-    record.laserPower = valueOf(kControlLaserPower);
-    record.accuracy = valueOf(kControlAccuracy);
-    record.motionVersusRange = valueOf(kControlMotionVersusRange);
-    record.filterOption = valueOf(kControlFilterOption);
-    record.confidenceThreshold = valueOf(kControlConfidenceThreshold);
+    record.laserPower = ValueOf(kControlLaserPower);
+    record.accuracy = ValueOf(kControlAccuracy);
+    record.motionVersusRange = ValueOf(kControlMotionVersusRange);
+    record.filterOption = ValueOf(kControlFilterOption);
+    record.confidenceThreshold = ValueOf(kControlConfidenceThreshold);
 }
 
 } // namespace tarn_sim

@@ -43,11 +43,14 @@ class CameraControls
     // False when there is no such control.
     bool Store(ULONG id, std::uint8_t value);
 
-    void SetErrorCode(std::uint8_t code);
+    // The current value; 0 when there is no such control.
+    std::uint8_t ValueOf(ULONG id) const;
+
+    void SetErrorCode(std::uint8_t code); // what the extension unit's error control answers
     void FillMetadata(TARN_FRAME_METADATA &record) const;
 
     std::atomic<bool> privacy{false};
-    std::atomic<bool> confidenceSuppressed{false};
+    std::atomic<bool> confidenceSuppressed{false}; // flag in the frames' metadata
     std::atomic<bool> hdr{false};
 
   private:

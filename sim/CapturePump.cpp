@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <exception>
 
+#include "sim/SimulatedStream.h"
+
 namespace tarn_sim
 {
 
@@ -28,6 +30,7 @@ CapturePump::CapturePump(const CameraConfiguration &configuration, std::shared_p
     {
         Pin pin;
         pin.streamId = pinConfiguration.streamId;
+        pin.offered = pinConfiguration;
         pin.account = std::make_shared<BufferAccount>(signal);
         pins.push_back(std::move(pin));
     }
@@ -85,15 +88,7 @@ HRESULT CapturePump::SetPinState(DWORD streamId, DeviceStreamState state, IMFMed
     }
 
     FrameFormat format = pin->format;
-    if (type != nullptr)
-    {
-        const HRESULT result = ReadFrameFormat(type, format);
-        if (FAILED(result))
-        {
-            return result;
-        }
-    }
-    else if (!pin->type)
+    if (type != nullptr ? !Offers(pin->offered, type) || FAILED(ReadFrameFormat(type, format)) : !pin->type)
     {
         return MF_E_INVALIDTYPE;
     }

@@ -1,4 +1,4 @@
-// The capture thread: makes frames when they are due and hands them to the sink.
+// The camera's pins and the capture thread, which makes their frames when they are due and hands them to the sink.
 #pragma once
 
 #include "platform/DeviceTransform.h"
@@ -18,23 +18,37 @@
 namespace tarn_sim
 {
 
-// Owned by the camera and by the thread it runs. The functions are those of SimulatedCamera. Thread-safe.
+// Owned by the camera and by the thread it runs. Thread-safe. What names a pin is MF_E_INVALIDSTREAMNUMBER for an
+// unknown one.
 class CapturePump : public std::enable_shared_from_this<CapturePump>
 {
   public:
     CapturePump(const CameraConfiguration &configuration, std::shared_ptr<IFrameSource> frameSource,
                 std::shared_ptr<CameraControls> cameraControls, std::shared_ptr<FaultInjector> faultInjector);
 
+    // What the pipeline does on the driver after the transform's SetInputStreamState. Run needs a type of the pin
+    // (MF_E_INVALIDTYPE otherwise), or null for the pin's current one. Run with another type restarts the pin.
+    // When it returns from Stop, Pause or a restart no frame of the earlier state is on its way (it waits for a sink
+    // call in progress, except on the capture thread itself).
     HRESULT SetPinState(DWORD streamId, DeviceStreamState state, IMFMediaType *type);
-    DeviceStreamState GetPinState(DWORD streamId) const;
+    DeviceStreamState GetPinState(DWORD streamId) const; // Disabled for an unknown pin
     HRESULT GetPinType(DWORD streamId,
-                       IMFMediaType **type) const; // a copy; MF_E_TRANSFORM_TYPE_NOT_SET before the first
+                       IMFMediaType **type) const; // not a copy; MF_E_TRANSFORM_TYPE_NOT_SET before the first
+
+    // The sink is borrowed until another one (or null) is set; that call waits like SetPinState.
     void SetFrameSink(IFrameSink *newSink);
-    HRESULT Step(DWORD streamId, std::uint32_t frames, std::chrono::milliseconds limit);
+
+    // Pacing::Stepped: delivers so many frames and waits for it. HRESULT_FROM_WIN32(WAIT_TIMEOUT) when it takes longer,
+    // E_UNEXPECTED when the pin does not run or paces itself.
+    HRESULT Step(DWORD streamId, std::uint32_t frames, std::chrono::milliseconds limit = std::chrono::seconds(10));
+    // Waits until the pin has delivered so many frames since it was made; HRESULT_FROM_WIN32(WAIT_TIMEOUT) otherwise.
     HRESULT WaitForFrames(DWORD streamId, std::uint64_t total, std::chrono::milliseconds limit);
+    // Waits until nobody holds a frame of any pin; HRESULT_FROM_WIN32(WAIT_TIMEOUT) otherwise.
     HRESULT WaitForReturnOfFrames(std::chrono::milliseconds limit);
+    // Stops every pin and joins the capture thread (from that thread: lets it end by itself). Pins can run again.
     void StopAll();
-    PinStatistics Statistics(DWORD streamId) const;
+
+    PinStatistics Statistics(DWORD streamId) const; // zeros for an unknown pin
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -43,6 +57,7 @@ class CapturePump : public std::enable_shared_from_this<CapturePump>
     struct Pin
     {
         DWORD streamId = 0;
+        PinConfiguration offered;
         DeviceStreamState state = DeviceStreamState_Stop;
         ComPtr<IMFMediaType> type;
         FrameFormat format;

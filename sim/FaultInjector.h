@@ -29,7 +29,7 @@ struct FrameFault
 class FaultInjector
 {
   public:
-    void SetPlan(const FaultPlan &newPlan);
+    void SetPlan(const FaultPlan &newPlan); // the numbers of calls start at 1 again
 
     // Counts one call; the failure that the plan has for it, or S_OK. OnKsCall may sleep first.
     HRESULT OnKsCall();

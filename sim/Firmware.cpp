@@ -52,10 +52,10 @@ bool Firmware::Execute(const Command &command, std::vector<std::uint8_t> &data)
 {
     switch (command.opcode)
     {
-    case kOpcodeDeviceInfo:
+    case HWmonitor_GetDeviceInfo:
         data = deviceInfo;
         return !deviceInfo.empty();
-    case kOpcodeSetAutoRange:
+    case HWmonitor_SetAutoRange:
         if (!command.data.empty() && command.data.size() != kAutoRangeBytes)
         {
             return false;
@@ -64,7 +64,7 @@ bool Firmware::Execute(const Command &command, std::vector<std::uint8_t> &data)
         state.autoRangeParam1 = command.parameters[0];
         state.autoRangeParam2 = command.parameters[1];
         return true;
-    case kOpcodeHdr:
+    case HWmonitor_HDRSet:
         if (!command.data.empty() || command.parameters[0] > 1)
         {
             return false;
@@ -72,7 +72,7 @@ bool Firmware::Execute(const Command &command, std::vector<std::uint8_t> &data)
         state.hdrOn = command.parameters[0] == 1;
         controls->hdr = state.hdrOn;
         return true;
-    case kOpcodeHdrConfiguration:
+    case HWmonitor_HDRConfigSet:
         if (command.data.size() != kHdrConfigurationBytes)
         {
             return false;

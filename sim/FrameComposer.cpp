@@ -5,9 +5,12 @@
 #include <cstring>
 #include <optional>
 
-#include "sim/CameraIdentifiers.h"
+#include <tarn/tarn_formats.h>
+
 #include "sim/FrameMetadata.h"
-#include "sim/Platform.h"
+#include "base/ThrowIfFailed.h"
+
+using mft_utils::ThrowIfFailed;
 
 namespace tarn_sim
 {
@@ -23,13 +26,13 @@ struct Layout
 };
 
 constexpr std::array kLayouts{
-    Layout{&kSubtypeDepth, {Plane::DepthEighthMm}, 1},
-    Layout{&kSubtypeD16, {Plane::DepthEighthMm}, 1},
-    Layout{&kSubtypeInfraredDepth, {Plane::Infrared, Plane::DepthEighthMm}, 2},
-    Layout{&kSubtypeConfidenceDepth, {Plane::Confidence, Plane::DepthEighthMm}, 2},
-    Layout{&kSubtypeFaceLogin, {Plane::Infrared}, 1},
-    Layout{&kSubtypeL16, {Plane::Infrared}, 1},
-    Layout{&kSubtypeYuy2, {Plane::Yuy2}, 1},
+    Layout{&CUSTOM_GUID_KELP_Z, {Plane::DepthEighthMm}, 1},
+    Layout{&MFVideoFormat_D16, {Plane::DepthEighthMm}, 1},
+    Layout{&CUSTOM_GUID_KELP_ZI, {Plane::Infrared, Plane::DepthEighthMm}, 2},
+    Layout{&CUSTOM_GUID_KELP_ZC, {Plane::Confidence, Plane::DepthEighthMm}, 2},
+    Layout{&CUSTOM_GUID_KELP_FACE_LOGIN, {Plane::Infrared}, 1},
+    Layout{&MFVideoFormat_L16, {Plane::Infrared}, 1},
+    Layout{&MFVideoFormat_YUY2, {Plane::Yuy2}, 1},
 };
 
 const Layout *FindLayout(const GUID &subtype)
@@ -76,7 +79,7 @@ DWORD FrameBytes(const FrameFormat &format)
 
 bool IsIlluminated(const FrameFormat &format, std::uint64_t frameNumber)
 {
-    return !IsEqualGUID(format.subtype, kSubtypeFaceLogin) || frameNumber % 2 == 0;
+    return !IsEqualGUID(format.subtype, CUSTOM_GUID_KELP_FACE_LOGIN) || frameNumber % 2 == 0;
 }
 
 ComPtr<IMFSample> ComposeFrame(const FrameToCompose &frame, IFrameSource &source, const CameraControls &controls,
@@ -99,14 +102,14 @@ ComPtr<IMFSample> ComposeFrame(const FrameToCompose &frame, IFrameSource &source
     }
     if (frame.fault.isShort)
     {
-        Require(buffer->SetCurrentLength(size / 2), "SetCurrentLength");
+        ThrowIfFailed(buffer->SetCurrentLength(size / 2), "SetCurrentLength");
     }
 
     ComPtr<IMFSample> sample;
-    Require(MFCreateSample(&sample), "MFCreateSample");
-    Require(sample->AddBuffer(buffer.Get()), "AddBuffer");
-    Require(sample->SetSampleTime(frame.time100ns), "SetSampleTime");
-    Require(sample->SetSampleDuration(format.interval100ns), "SetSampleDuration");
+    ThrowIfFailed(MFCreateSample(&sample), "MFCreateSample");
+    ThrowIfFailed(sample->AddBuffer(buffer.Get()), "AddBuffer");
+    ThrowIfFailed(sample->SetSampleTime(frame.time100ns), "SetSampleTime");
+    ThrowIfFailed(sample->SetSampleDuration(format.interval100ns), "SetSampleDuration");
     AttachMetadata(sample.Get(), MakeRecord(frame, request.illuminated, controls), frame.fault.metadata);
     return sample;
 }

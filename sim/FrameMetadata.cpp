@@ -7,7 +7,10 @@
 #include <vector>
 
 #include "sim/FrameComposer.h"
-#include "sim/Platform.h"
+#include "base/LockedBuffer.h"
+#include "base/ThrowIfFailed.h"
+
+using mft_utils::ThrowIfFailed;
 
 namespace tarn_sim
 {
@@ -85,21 +88,20 @@ void AttachMetadata(IMFSample *sample, const TARN_FRAME_METADATA &record, Metada
         return;
     }
     ComPtr<IMFAttributes> store;
-    Require(MFCreateAttributes(&store, 1), "MFCreateAttributes");
+    ThrowIfFailed(MFCreateAttributes(&store, 1), "MFCreateAttributes");
     if (fault != MetadataFault::NoItems)
     {
         const auto items = MakeItems(record, fault);
         const auto size = static_cast<DWORD>(items.size());
         ComPtr<IMFMediaBuffer> buffer;
-        BYTE *bytes = nullptr;
-        Require(MFCreateMemoryBuffer(size, &buffer), "MFCreateMemoryBuffer");
-        Require(buffer->Lock(&bytes, nullptr, nullptr), "Lock");
-        std::memcpy(bytes, items.data(), items.size());
-        Require(buffer->Unlock(), "Unlock");
-        Require(buffer->SetCurrentLength(size), "SetCurrentLength");
-        Require(store->SetUnknown(MF_CAPTURE_METADATA_FRAME_RAWSTREAM, buffer.Get()), "SetUnknown");
+        ThrowIfFailed(MFCreateMemoryBuffer(size, &buffer), "MFCreateMemoryBuffer");
+        ThrowIfFailed(buffer->SetCurrentLength(size), "SetCurrentLength");
+        user_space_frameworks::LockedBuffer bytes;
+        ThrowIfFailed(bytes.Lock(buffer.Get()), "Lock");
+        std::memcpy(bytes.data, items.data(), items.size());
+        ThrowIfFailed(store->SetUnknown(MF_CAPTURE_METADATA_FRAME_RAWSTREAM, buffer.Get()), "SetUnknown");
     }
-    Require(sample->SetUnknown(MFSampleExtension_CaptureMetadata, store.Get()), "SetUnknown");
+    ThrowIfFailed(sample->SetUnknown(MFSampleExtension_CaptureMetadata, store.Get()), "SetUnknown");
 }
 
 } // namespace tarn_sim

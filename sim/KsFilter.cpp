@@ -110,7 +110,7 @@ HRESULT KsFilter::ExtensionUnitProperty(const Request &request, ULONG &returned)
     {
         return ByteProperty(request, control, returned);
     }
-    if (request.identifier.Id == kControlCommand && IsEqualGUID(extensionUnitSet, kDepthExtensionUnit))
+    if (request.identifier.Id == kControlCommand && IsEqualGUID(extensionUnitSet, KSPROPERTYSETID_TARN_DEPTH_CONTROL))
     {
         return CommandProperty(request, returned);
     }

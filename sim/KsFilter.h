@@ -32,10 +32,11 @@ class KsFilter
     HRESULT Method(const KSMETHOD *method, ULONG length, void *data, ULONG dataLength, ULONG *bytesReturned);
     HRESULT Event(const KSEVENT *event, ULONG length, void *data, ULONG dataLength, ULONG *bytesReturned);
 
+    // Signals the auto-update event to every listener; returns their number.
     std::uint32_t SignalAutoUpdate();
     std::uint32_t EventListenerCount() const;
     FirmwareState FirmwareNow() const;
-    std::vector<KsCall> Traffic() const;
+    std::vector<KsCall> Traffic() const; // the last 1024 calls, oldest first
     void ClearTraffic();
 
   private:

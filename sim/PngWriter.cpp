@@ -1,13 +1,13 @@
 // Portable Network Graphics, second edition: signature, then chunks of length, type, data and CRC. The picture data are
 // a zlib stream (RFC 1950) of stored blocks (RFC 1951, 3.2.4).
-#include "sim/PngImage.h"
-
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
+
+#include "base/Crc32.h"
+#include "sim/PngImage.h"
 
 namespace tarn_sim
 {
@@ -17,32 +17,6 @@ namespace
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kLargestBlock = 0xFFFF;
-
-constexpr std::array<std::uint32_t, 256> MakeCrcTable()
-{
-    std::array<std::uint32_t, 256> table{};
-    for (std::uint32_t i = 0; i < table.size(); ++i)
-    {
-        std::uint32_t crc = i;
-        for (int bit = 0; bit < 8; ++bit)
-        {
-            crc = (crc >> 1) ^ ((crc & 1U) != 0 ? 0xEDB88320U : 0U);
-        }
-        table[i] = crc;
-    }
-    return table;
-}
-
-std::uint32_t Crc32(std::span<const std::uint8_t> bytes)
-{
-    static constexpr std::array<std::uint32_t, 256> table = MakeCrcTable();
-    std::uint32_t crc = 0xFFFFFFFF;
-    for (const std::uint8_t byte : bytes)
-    {
-        crc = table[(crc ^ byte) & 0xFFU] ^ (crc >> 8);
-    }
-    return ~crc;
-}
 
 std::uint32_t Adler32(std::span<const std::uint8_t> bytes)
 {
@@ -77,7 +51,7 @@ void PutChunk(Bytes &file, std::string_view type, const Bytes &data)
     const std::size_t begin = file.size();
     file.insert(file.end(), type.begin(), type.end());
     file.insert(file.end(), data.begin(), data.end());
-    Put32(file, Crc32(std::span(file).subspan(begin)));
+    Put32(file, user_space_frameworks::Crc32(std::span(file).subspan(begin)));
 }
 
 Bytes Stored(const Bytes &data)

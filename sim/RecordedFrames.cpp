@@ -155,15 +155,15 @@ RecordedFrames::RecordedFrames(const std::filesystem::path &folder, const Record
     }
     const auto clean = folder.has_filename() ? folder : folder.parent_path(); // a trailing separator hides the name
     const RecordingNotes notes = RecordingNotes::Of(clean);
-    mmPerUnit = options.mmPerUnit ? *options.mmPerUnit : notes.mmPerUnit.value_or(1.0);
+    const double mmPerUnit = options.mmPerUnit ? *options.mmPerUnit : notes.mmPerUnit.value_or(1.0);
     if (!(mmPerUnit > 0.0))
     {
         throw std::runtime_error("the depth unit must be more than 0 mm");
     }
-    Load(clean, options.confidence ? *options.confidence : notes.confidence.value_or(ConfidenceKind::Error));
+    Load(clean, mmPerUnit, options.confidence ? *options.confidence : notes.confidence.value_or(ConfidenceKind::Error));
 }
 
-void RecordedFrames::Load(const std::filesystem::path &folder, ConfidenceKind confidence)
+void RecordedFrames::Load(const std::filesystem::path &folder, double mmPerUnit, ConfidenceKind confidence)
 {
     std::uint16_t infraredMaximum = 0;
     for (const auto &[number, files] : FindExposures(folder))

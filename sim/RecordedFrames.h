@@ -33,10 +33,6 @@ class RecordedFrames final : public IFrameSource
     {
         return pictures.size();
     }
-    double MmPerUnit() const noexcept
-    {
-        return mmPerUnit;
-    }
 
   private:
     struct Picture
@@ -47,9 +43,8 @@ class RecordedFrames final : public IFrameSource
         GreyImage confidence; // 8 bits
     };
 
-    void Load(const std::filesystem::path &folder, ConfidenceKind confidence);
+    void Load(const std::filesystem::path &folder, double mmPerUnit, ConfidenceKind confidence);
 
-    double mmPerUnit = 1.0;
     std::vector<Picture> pictures;
 };
 

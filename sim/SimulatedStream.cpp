@@ -5,7 +5,9 @@
 #include <algorithm>
 
 #include "sim/FrameComposer.h"
-#include "sim/Platform.h"
+#include "base/ThrowIfFailed.h"
+
+using mft_utils::ThrowIfFailed;
 
 namespace tarn_sim
 {
@@ -13,20 +15,22 @@ namespace tarn_sim
 ComPtr<IMFAttributes> MakeFilterAttributes(const CameraConfiguration &configuration)
 {
     ComPtr<IMFAttributes> attributes;
-    Require(MFCreateAttributes(&attributes, 2), "MFCreateAttributes");
-    Require(attributes->SetString(MFT_ENUM_HARDWARE_URL_Attribute, L"\\\\?\\usb#simulated_tarn_camera"), "SetString");
-    Require(attributes->SetUINT32(MF_TRANSFORM_ASYNC, configuration.pins.empty() ? 0 : 1), "SetUINT32");
+    ThrowIfFailed(MFCreateAttributes(&attributes, 2), "MFCreateAttributes");
+    ThrowIfFailed(attributes->SetString(MFT_ENUM_HARDWARE_URL_Attribute, L"\\\\?\\usb#simulated_tarn_camera"),
+                  "SetString");
+    ThrowIfFailed(attributes->SetUINT32(MF_TRANSFORM_ASYNC, configuration.pins.empty() ? 0 : 1), "SetUINT32");
     return attributes;
 }
 
 ComPtr<IMFAttributes> MakePinAttributes(const PinConfiguration &pin)
 {
     ComPtr<IMFAttributes> attributes;
-    Require(MFCreateAttributes(&attributes, 4), "MFCreateAttributes");
-    Require(attributes->SetGUID(MF_DEVICESTREAM_STREAM_CATEGORY, PINNAME_VIDEO_CAPTURE), "SetGUID");
-    Require(attributes->SetUINT32(MF_DEVICESTREAM_STREAM_ID, pin.streamId), "SetUINT32");
-    Require(attributes->SetUINT32(MF_DEVICESTREAM_ATTRIBUTE_FRAMESOURCE_TYPES, pin.frameSourceTypes), "SetUINT32");
-    Require(attributes->SetUINT32(MF_SA_D3D11_SHARED_WITHOUT_MUTEX, 1), "SetUINT32");
+    ThrowIfFailed(MFCreateAttributes(&attributes, 4), "MFCreateAttributes");
+    ThrowIfFailed(attributes->SetGUID(MF_DEVICESTREAM_STREAM_CATEGORY, PINNAME_VIDEO_CAPTURE), "SetGUID");
+    ThrowIfFailed(attributes->SetUINT32(MF_DEVICESTREAM_STREAM_ID, pin.streamId), "SetUINT32");
+    ThrowIfFailed(attributes->SetUINT32(MF_DEVICESTREAM_ATTRIBUTE_FRAMESOURCE_TYPES, pin.frameSourceTypes),
+                  "SetUINT32");
+    ThrowIfFailed(attributes->SetUINT32(MF_SA_D3D11_SHARED_WITHOUT_MUTEX, 1), "SetUINT32");
     return attributes;
 }
 

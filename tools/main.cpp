@@ -14,7 +14,7 @@
 #include "tools/ks/KsCommand.h"
 #include "tools/nodes/NodeCommand.h"
 #include "tools/runs/StreamCommand.h"
-#include "tools/command/Text.h"
+#include "base/WideString.h"
 
 namespace
 {
@@ -24,7 +24,7 @@ tarn_host::ExitCode Run(int argumentCount, wchar_t **arguments)
     std::vector<std::string> texts;
     for (int i = 1; i < argumentCount; ++i)
     {
-        texts.push_back(tarn_host::Narrow(arguments[i]));
+        texts.push_back(mft_utils::Narrow(arguments[i]));
     }
     std::vector<std::unique_ptr<tarn_host::Command>> commands;
     commands.push_back(std::make_unique<tarn_host::StreamCommand>());

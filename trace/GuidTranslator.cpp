@@ -2,14 +2,10 @@
 
 #include <array>
 #include <cstdio>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <new>
 
 #include "base/GuidLess.h"
+#include "trace/NameTable.h"
 #include "trace/PlatformGuidNames.h"
-#include "base/SharedLock.h"
 
 namespace mft_utils
 {
@@ -17,64 +13,28 @@ namespace mft_utils
 namespace
 {
 
-using Table = std::map<GUID, std::string, GuidLess>;
-
-constinit user_space_frameworks::SharedLock lock;
-// A plain pointer, for it must outlive static destruction.
-constinit Table *table TARN_GUARDED_BY(lock) TARN_POINTEE_GUARDED_BY(lock) = nullptr;
+constinit NameTable<GUID, GuidLess> table;
 
 } // namespace
 
 HRESULT GuidTranslator::Create() noexcept
 {
-    try
-    {
-        const std::scoped_lock guard(lock);
-        if (table != nullptr)
-        {
-            return S_FALSE;
-        }
-        auto made = std::make_unique<Table>();
+    return table.Create([](auto &names) {
         for (const NamedGuid &entry : PlatformGuidNames())
         {
-            made->emplace(*entry.guid, entry.name);
+            names.emplace(*entry.guid, entry.name);
         }
-        table = made.release();
-        return S_OK;
-    }
-    catch (const std::bad_alloc &)
-    {
-        return E_OUTOFMEMORY;
-    }
+    });
 }
 
 void GuidTranslator::Destroy() noexcept
 {
-    const std::scoped_lock guard(lock);
-    delete table;
-    table = nullptr;
+    table.Destroy();
 }
 
 HRESULT GuidTranslator::Register(const GUID &guid, const char *name) noexcept
 {
-    if (name == nullptr)
-    {
-        return E_POINTER;
-    }
-    try
-    {
-        const std::scoped_lock guard(lock);
-        if (table == nullptr)
-        {
-            return E_UNEXPECTED;
-        }
-        table->insert_or_assign(guid, name);
-        return S_OK;
-    }
-    catch (const std::bad_alloc &)
-    {
-        return E_OUTOFMEMORY;
-    }
+    return table.Register(guid, name);
 }
 
 std::string GuidTranslator::Name(const GUID &guid)
@@ -85,13 +45,7 @@ std::string GuidTranslator::Name(const GUID &guid)
 
 std::string GuidTranslator::FindName(const GUID &guid)
 {
-    const user_space_frameworks::SharedGuard guard(lock);
-    if (table == nullptr)
-    {
-        return {};
-    }
-    const auto found = table->find(guid);
-    return found == table->end() ? std::string() : found->second;
+    return table.Find(guid);
 }
 
 std::string GuidTranslator::ToString(const GUID &guid)

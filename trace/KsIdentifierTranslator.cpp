@@ -4,16 +4,12 @@
 
 #include <array>
 #include <cstdio>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <new>
 #include <span>
 #include <utility>
 
 #include "base/GuidLess.h"
 #include "trace/GuidTranslator.h"
-#include "base/SharedLock.h"
+#include "trace/NameTable.h"
 
 namespace mft_utils
 {
@@ -41,11 +37,7 @@ struct Identity
     }
 };
 
-using Table = std::map<Identity, std::string>;
-
-constinit user_space_frameworks::SharedLock lock;
-// A plain pointer, for it must outlive static destruction.
-constinit Table *table TARN_GUARDED_BY(lock) TARN_POINTEE_GUARDED_BY(lock) = nullptr;
+constinit NameTable<Identity> table;
 
 // clang-format off
 // Ids count up from 0 ("KSPROPERTY_CAMERACONTROL_EXTENDED_PROPERTY enumeration (ksmedia.h)").
@@ -78,7 +70,8 @@ constexpr auto kVideoProcAmps = std::to_array<const char *>({
 constexpr auto kVideoCaptureEvents = std::to_array<const char *>({"EXT_TRIGGER", "AUTO_UPDATE", "SEARCH"});
 // clang-format on
 
-void AddAll(Table &names, KsIdentifierKind kind, const GUID &set, std::span<const char *const> idNames)
+void AddAll(NameTable<Identity>::Map &names, KsIdentifierKind kind, const GUID &set,
+            std::span<const char *const> idNames)
 {
     for (ULONG id = 0; id < idNames.size(); ++id)
     {
@@ -165,17 +158,6 @@ std::string FlagsToString(ULONG flags, KsIdentifierKind kind)
     return text.empty() ? "0" : text;
 }
 
-std::string FindIdName(const Identity &identity)
-{
-    const user_space_frameworks::SharedGuard guard(lock);
-    if (table == nullptr)
-    {
-        return {};
-    }
-    const auto found = table->find(identity);
-    return found == table->end() ? std::string() : found->second;
-}
-
 const char *KindName(KsIdentifierKind kind) noexcept
 {
     switch (kind)
@@ -194,54 +176,22 @@ const char *KindName(KsIdentifierKind kind) noexcept
 
 HRESULT KsIdentifierTranslator::Create() noexcept
 {
-    try
-    {
-        const std::scoped_lock guard(lock);
-        if (table != nullptr)
-        {
-            return S_FALSE;
-        }
-        auto made = std::make_unique<Table>();
-        AddAll(*made, KsIdentifierKind::Property, KSPROPERTYSETID_ExtendedCameraControl, kExtendedCameraControls);
-        AddAll(*made, KsIdentifierKind::Property, PROPSETID_VIDCAP_CAMERACONTROL, kCameraControls);
-        AddAll(*made, KsIdentifierKind::Property, PROPSETID_VIDCAP_VIDEOPROCAMP, kVideoProcAmps);
-        AddAll(*made, KsIdentifierKind::Event, KSEVENTSETID_VIDCAPTOSTI, kVideoCaptureEvents);
-        table = made.release();
-        return S_OK;
-    }
-    catch (const std::bad_alloc &)
-    {
-        return E_OUTOFMEMORY;
-    }
+    return table.Create([](auto &names) {
+        AddAll(names, KsIdentifierKind::Property, KSPROPERTYSETID_ExtendedCameraControl, kExtendedCameraControls);
+        AddAll(names, KsIdentifierKind::Property, PROPSETID_VIDCAP_CAMERACONTROL, kCameraControls);
+        AddAll(names, KsIdentifierKind::Property, PROPSETID_VIDCAP_VIDEOPROCAMP, kVideoProcAmps);
+        AddAll(names, KsIdentifierKind::Event, KSEVENTSETID_VIDCAPTOSTI, kVideoCaptureEvents);
+    });
 }
 
 void KsIdentifierTranslator::Destroy() noexcept
 {
-    const std::scoped_lock guard(lock);
-    delete table;
-    table = nullptr;
+    table.Destroy();
 }
 
 HRESULT KsIdentifierTranslator::Register(KsIdentifierKind kind, const GUID &set, ULONG id, const char *name) noexcept
 {
-    if (name == nullptr)
-    {
-        return E_POINTER;
-    }
-    try
-    {
-        const std::scoped_lock guard(lock);
-        if (table == nullptr)
-        {
-            return E_UNEXPECTED;
-        }
-        table->insert_or_assign(Identity{kind, set, id}, name);
-        return S_OK;
-    }
-    catch (const std::bad_alloc &)
-    {
-        return E_OUTOFMEMORY;
-    }
+    return table.Register(Identity{kind, set, id}, name);
 }
 
 std::string KsIdentifierTranslator::Name(const KSIDENTIFIER *identifier, KsIdentifierKind kind)
@@ -250,7 +200,7 @@ std::string KsIdentifierTranslator::Name(const KSIDENTIFIER *identifier, KsIdent
     {
         return "null";
     }
-    const std::string idName = FindIdName({kind, identifier->Set, identifier->Id});
+    const std::string idName = table.Find({kind, identifier->Set, identifier->Id});
     const std::string id = std::to_string(identifier->Id);
     return GuidTranslator::Name(identifier->Set) + " " + KindName(kind) + " " +
            (idName.empty() ? id : idName + " (" + id + ")") + " " + FlagsToString(identifier->Flags, kind);

@@ -1,10 +1,10 @@
 // Names of kernel-streaming properties, events and methods for logs.
 #pragma once
 
+#include "platform/MediaFoundation.h"
+
 #include <cstdint>
 #include <string>
-
-#include "platform/MediaFoundation.h"
 
 namespace mft_utils
 {

@@ -1,9 +1,9 @@
 // Descriptions of media types for logs.
 #pragma once
 
-#include <string>
-
 #include "platform/MediaFoundation.h"
+
+#include <string>
 
 namespace mft_utils
 {

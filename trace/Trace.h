@@ -1,11 +1,11 @@
 // Text trace points: one flag test each when off, formatted only when somebody listens.
 #pragma once
 
+#include "platform/CompilerChecks.h"
+
 #include <source_location>
 
 #include "trace/TraceLevels.h"
-
-#include "platform/CompilerChecks.h"
 
 namespace mft_utils
 {

@@ -16,32 +16,27 @@
 #include "bench/Task.h"
 #include "nodes/CropMmTopologyNode.h"
 #include "nodes/SharpeningTopologyNode.h"
-#include "device/properties/TarnConfidenceMapConfig.h"
+#include "device/ConfidenceMapState.h"
 #include "device/nodes/TarnConfidenceMapTopologyNode.h"
 #include "device/nodes/TarnIr10to8TopologyNode.h"
 #include "kernels/InstructionSet.h"
+#include "media/BufferPool.h"
 #include "nodes/Crop16BitTopologyNode.h"
 #include "nodes/ImageResizeTopologyNode.h"
 #include "nodes/ImageThresholdTopologyNode.h"
 #include "nodes/SampleCopyTopologyNode.h"
+#include "base/ThrowIfFailed.h"
+#include "media/MediaBufferWrapper.h"
 
 namespace
 {
 
 using namespace mft_core;
+using mft_utils::ThrowIfFailed;
 using tarn_bench::Kind;
 using tarn_bench::Task;
 using Clock = std::chrono::steady_clock;
 using NodeHandle = std::shared_ptr<ITopologyNode>;
-
-void Require(HRESULT result, const char *what)
-{
-    if (FAILED(result))
-    {
-        std::fprintf(stderr, "%s failed: 0x%08lX\n", what, static_cast<unsigned long>(result));
-        std::exit(1);
-    }
-}
 
 class DroppingNode : public ITopologyNode
 {
@@ -56,15 +51,11 @@ class DroppingNode : public ITopologyNode
     std::size_t count = 0;
 };
 
-std::shared_ptr<TarnConfidenceMapConfig> EnabledMap()
+std::shared_ptr<ConfidenceMapState> EnabledMap()
 {
-    auto config = std::make_shared<TarnConfidenceMapConfig>([](bool /*enable*/) { return S_OK; });
-    KSPROPERTY property{};
-    property.Flags = KSPROPERTY_TYPE_SET;
-    KSPROPERTY_TARN_CONFIDENCE_MAP_CFG enable{1};
-    ULONG returned = 0;
-    Require(config->Run(&property, sizeof(property), &enable, sizeof(enable), &returned), "Run");
-    return config;
+    auto state = std::make_shared<ConfidenceMapState>();
+    state->Set(true);
+    return state;
 }
 
 NodeHandle MakeNode(const Task &task, const NodeHandle &next)
@@ -88,9 +79,8 @@ NodeHandle MakeNode(const Task &task, const NodeHandle &next)
     case Kind::PlaneCopy: // of one plane
         return std::make_shared<SampleCopyTopologyNode>(next, 0.0, 1.0, "Plane copy");
     case Kind::DepthMove: // the map is off
-        return std::make_shared<TarnConfidenceMapTopologyNode>(
-            next, signedWidth, signedHeight,
-            std::make_shared<TarnConfidenceMapConfig>([](bool /*enable*/) { return S_OK; }));
+        return std::make_shared<TarnConfidenceMapTopologyNode>(next, signedWidth, signedHeight,
+                                                               std::make_shared<ConfidenceMapState>());
     case Kind::Median:
         return std::make_shared<CropMmTopologyNode>(next, static_cast<std::int32_t>(inputWidth),
                                                     static_cast<std::int32_t>(inputHeight), signedWidth, signedHeight);
@@ -127,19 +117,14 @@ std::size_t FrameLength(const Task &task)
 ComPtr<IMFSample> MakeSample(std::size_t size)
 {
     ComPtr<IMFSample> sample;
-    ComPtr<IMFMediaBuffer> buffer;
-    Require(MFCreateSample(&sample), "MFCreateSample");
-    Require(MFCreateMemoryBuffer(static_cast<DWORD>(size), &buffer), "MFCreateMemoryBuffer");
-    BYTE *data = nullptr;
-    Require(buffer->Lock(&data, nullptr, nullptr), "Lock");
+    ThrowIfFailed(MFCreateSample(&sample), "MFCreateSample");
+    const mft_utils::MediaBufferWrapper buffer(static_cast<DWORD>(size));
     for (std::size_t i = 0; i < size; ++i)
     {
-        data[i] = static_cast<BYTE>(i % 2 == 0 ? i / 64 : 1);
+        buffer.data[i] = static_cast<BYTE>(i % 2 == 0 ? i / 64 : 1);
     }
-    Require(buffer->Unlock(), "Unlock");
-    Require(buffer->SetCurrentLength(static_cast<DWORD>(size)), "SetCurrentLength");
-    Require(sample->AddBuffer(buffer.Get()), "AddBuffer");
-    Require(sample->SetSampleTime(1), "SetSampleTime");
+    ThrowIfFailed(sample->AddBuffer(buffer.mediaBuffer.Get()), "AddBuffer");
+    ThrowIfFailed(sample->SetSampleTime(1), "SetSampleTime");
     return sample;
 }
 
@@ -171,11 +156,16 @@ void Compare(const Task &task)
     {
         return;
     }
+    const auto pool = std::make_shared<mft_utils::BufferPool>(); // as in a topology
+    node->Propagate(PropagateOrder::CallLambdaAndPropagate, [&](ITopologyNode *one) -> HRESULT {
+        one->UseBuffers(pool);
+        return S_OK;
+    });
     const ComPtr<IMFSample> sample = MakeSample(FrameLength(task));
     node->Process(sample.Get());
     if (sink->count != 1)
     {
-        Require(E_FAIL, "node");
+        ThrowIfFailed(E_FAIL, "node");
     }
     std::vector<std::uint8_t> input(task.InputSize() + 64, 1);
     std::vector<std::uint8_t> output(task.OutputSize() + 64, 1);
@@ -201,8 +191,8 @@ void Compare(const Task &task)
 
 int main()
 {
-    Require(CoInitializeEx(nullptr, COINIT_MULTITHREADED), "CoInitializeEx");
-    Require(MFStartup(MF_VERSION, MFSTARTUP_FULL), "MFStartup");
+    ThrowIfFailed(CoInitializeEx(nullptr, COINIT_MULTITHREADED), "CoInitializeEx");
+    ThrowIfFailed(MFStartup(MF_VERSION, MFSTARTUP_FULL), "MFStartup");
     const std::string_view set = mft_kernels::ActiveInstructionSet();
     std::printf("Microseconds per frame, %.*s, median of 101 rounds\n\n", static_cast<int>(set.size()), set.data());
     std::printf("| node of | size | kernel | node | difference |\n|---|---|---|---|---|\n");

@@ -14,8 +14,10 @@
 #include "tests/support/GiveInput.h"
 #include "trace/Check.h"
 #include "base/ComObject.h"
+#include "base/ThrowIfFailed.h"
 
 using mft_core::PassThroughDeviceMft;
+using mft_utils::ThrowIfFailed;
 using user_space_frameworks::ComObject;
 using user_space_frameworks::MakeCom;
 
@@ -26,15 +28,6 @@ using Clock = std::chrono::steady_clock;
 constexpr int kFramesPerRound = 2000;
 constexpr int kRounds = 15;
 
-void Require(HRESULT result, const char *what)
-{
-    if (FAILED(result))
-    {
-        std::fprintf(stderr, "%s failed: 0x%08lX\n", what, static_cast<unsigned long>(result));
-        std::exit(1);
-    }
-}
-
 // One frame through a transform: in, wait for the announcement, out.
 class TransformRound
 {
@@ -43,23 +36,24 @@ class TransformRound
     {
         camera = MakeCom<tarn_sim::SimulatedCamera>(tarn_sim::CameraConfiguration::GenericDepth16(64, 48, 30));
         ComPtr<IMFAttributes> filter;
-        Require(MFCreateAttributes(&filter, 1), "MFCreateAttributes");
-        Require(filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL, static_cast<IMFTransform *>(camera.Get())),
-                "SetUnknown");
-        Require(transform->InitializeTransform(filter.Get()), "InitializeTransform");
+        ThrowIfFailed(MFCreateAttributes(&filter, 1), "MFCreateAttributes");
+        ThrowIfFailed(
+            filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL, static_cast<IMFTransform *>(camera.Get())),
+            "SetUnknown");
+        ThrowIfFailed(transform->InitializeTransform(filter.Get()), "InitializeTransform");
         ComPtr<IMFRealTimeClientEx> realTime;
-        Require(transform.As(&realTime), "IMFRealTimeClientEx");
-        Require(realTime->SetWorkQueueEx(workQueue, 0), "SetWorkQueueEx");
+        ThrowIfFailed(transform.As(&realTime), "IMFRealTimeClientEx");
+        ThrowIfFailed(realTime->SetWorkQueueEx(workQueue, 0), "SetWorkQueueEx");
         ComPtr<IMFMediaType> type;
-        Require(transform->GetOutputAvailableType(0, 0, &type), "GetOutputAvailableType");
-        Require(transform->SetOutputStreamState(0, type.Get(), DeviceStreamState_Run, 0), "SetOutputStreamState");
-        Require(transform.As(&events), "IMFMediaEventGenerator");
+        ThrowIfFailed(transform->GetOutputAvailableType(0, 0, &type), "GetOutputAvailableType");
+        ThrowIfFailed(transform->SetOutputStreamState(0, type.Get(), DeviceStreamState_Run, 0), "SetOutputStreamState");
+        ThrowIfFailed(transform.As(&events), "IMFMediaEventGenerator");
         ComPtr<IMFMediaEvent> event;
         while (SUCCEEDED(events->GetEvent(MF_EVENT_FLAG_NO_WAIT, event.ReleaseAndGetAddressOf())))
         {
         }
-        Require(MFCreateSample(&sample), "MFCreateSample");
-        Require(sample->SetSampleTime(1), "SetSampleTime");
+        ThrowIfFailed(MFCreateSample(&sample), "MFCreateSample");
+        ThrowIfFailed(sample->SetSampleTime(1), "SetSampleTime");
     }
     ~TransformRound()
     {
@@ -75,7 +69,7 @@ class TransformRound
         events->GetEvent(0, &event);
         MFT_OUTPUT_DATA_BUFFER buffer{};
         DWORD status = 0;
-        Require(transform->ProcessOutput(0, 1, &buffer, &status), "ProcessOutput");
+        ThrowIfFailed(transform->ProcessOutput(0, 1, &buffer, &status), "ProcessOutput");
         buffer.pSample->Release();
     }
 
@@ -92,9 +86,9 @@ class BareRound
   public:
     explicit BareRound(DWORD workQueue) : queueId(workQueue)
     {
-        Require(MFCreateEventQueue(&events), "MFCreateEventQueue");
+        ThrowIfFailed(MFCreateEventQueue(&events), "MFCreateEventQueue");
         callback = MakeCom<Callback>(events.Get());
-        Require(MFCreateSample(&sample), "MFCreateSample");
+        ThrowIfFailed(MFCreateSample(&sample), "MFCreateSample");
     }
 
     void Frame()
@@ -149,10 +143,10 @@ double Median(std::array<double, kRounds> values)
 
 int main()
 {
-    Require(CoInitializeEx(nullptr, COINIT_MULTITHREADED), "CoInitializeEx");
-    Require(MFStartup(MF_VERSION, MFSTARTUP_FULL), "MFStartup");
+    ThrowIfFailed(CoInitializeEx(nullptr, COINIT_MULTITHREADED), "CoInitializeEx");
+    ThrowIfFailed(MFStartup(MF_VERSION, MFSTARTUP_FULL), "MFStartup");
     DWORD workQueue = 0;
-    Require(MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &workQueue), "MFAllocateWorkQueueEx");
+    ThrowIfFailed(MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &workQueue), "MFAllocateWorkQueueEx");
     {
         BareRound bare(workQueue);
         TransformRound async(MakeCom<tarn_test::AsyncDeviceMft>(), workQueue);

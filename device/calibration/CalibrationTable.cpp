@@ -6,7 +6,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "device/calibration/Crc32.h"
+#include "base/Crc32.h"
 #include "tarn/calibration_table.h"
 
 namespace mft_core
@@ -92,7 +92,7 @@ CalibrationCheck CheckFrame(std::span<const std::uint8_t> bytes, const TARN_CALI
     {
         return CalibrationCheck::WrongSize;
     }
-    return Crc32(bytes.first(offsetof(TARN_CALIBRATION_TABLE, checksum))) == raw.checksum
+    return user_space_frameworks::Crc32(bytes.first(offsetof(TARN_CALIBRATION_TABLE, checksum))) == raw.checksum
                ? CalibrationCheck::Good
                : CalibrationCheck::WrongChecksum;
 }

@@ -22,27 +22,26 @@ namespace
 static_assert(sizeof(MFPinholeCameraIntrinsics) == 48, "a count and one model");
 constexpr std::size_t kTransferBytes = 1024; // the longest answer of an extension-unit control
 
-struct FrameSize
+// A frame of each size, once.
+std::vector<FrameGeometry> DistinctFrames(const MediaTypeList &mtList)
 {
-    UINT32 width;
-    UINT32 height;
-    bool operator==(const FrameSize &) const = default;
-};
-
-// Each frame size once.
-std::vector<FrameSize> DistinctFrameSizes(const MediaTypeList &mtList)
-{
-    std::vector<FrameSize> sizes;
+    std::vector<FrameGeometry> frames;
     for (const auto &mediaType : mtList)
     {
-        FrameSize size{};
-        if (mediaType && SUCCEEDED(MFGetAttributeSize(mediaType.Get(), MF_MT_FRAME_SIZE, &size.width, &size.height)) &&
-            size.width != 0 && size.height != 0 && std::find(sizes.begin(), sizes.end(), size) == sizes.end())
+        UINT32 width = 0;
+        UINT32 height = 0;
+        if (!mediaType || FAILED(MFGetAttributeSize(mediaType.Get(), MF_MT_FRAME_SIZE, &width, &height)) ||
+            width == 0 || height == 0)
         {
-            sizes.push_back(size);
+            continue;
+        }
+        if (std::ranges::none_of(
+                frames, [&](const FrameGeometry &frame) { return frame.Width() == width && frame.Height() == height; }))
+        {
+            frames.emplace_back(width, height);
         }
     }
-    return sizes;
+    return frames;
 }
 
 MFPinholeCameraIntrinsic_IntrinsicModel ModelOf(const CalibrationTable &table, const FrameGeometry &frame)
@@ -105,18 +104,18 @@ HRESULT TarnCalibration::ReadTable(CalibrationTable &read)
 
 CameraBlob TarnCalibration::CreateIntrinsics(const MediaTypeList &mtList) const
 {
-    const std::vector<FrameSize> sizes = DistinctFrameSizes(mtList);
-    if (!table || sizes.empty())
+    const std::vector<FrameGeometry> frames = DistinctFrames(mtList);
+    if (!table || frames.empty())
     {
         return {};
     }
     std::vector<MFPinholeCameraIntrinsic_IntrinsicModel> models;
-    models.reserve(sizes.size());
+    models.reserve(frames.size());
     TRACE_INFO("Intrinsics Media types subset");
-    for (const FrameSize &size : sizes)
+    for (const FrameGeometry &frame : frames)
     {
-        TRACE_INFO("  %ux%u", size.width, size.height);
-        models.push_back(ModelOf(*table, FrameGeometry(size.width, size.height)));
+        TRACE_INFO("  %ux%u", frame.Width(), frame.Height());
+        models.push_back(ModelOf(*table, frame));
     }
     const auto count = static_cast<UINT32>(models.size());
     constexpr std::size_t kModelsAt = offsetof(MFPinholeCameraIntrinsics, IntrinsicModels);

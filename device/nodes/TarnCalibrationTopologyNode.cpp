@@ -7,9 +7,10 @@
 
 #include "nodes/SampleActivity.h"
 #include "trace/Check.h"
-#include "base/ComException.h"
+#include "base/ThrowIfFailed.h"
 
 using mft_utils::ComException;
+using mft_utils::ThrowIfFailed;
 
 namespace mft_core
 {
@@ -25,10 +26,7 @@ std::vector<UINT8> ReadBlob(IMFAttributes *attributes, const GUID &key)
         return {};
     }
     std::vector<UINT8> blob(size);
-    if (const HRESULT result = attributes->GetBlob(key, blob.data(), size, nullptr); FAILED(result))
-    {
-        throw ComException(result, "Failed to read a camera record");
-    }
+    ThrowIfFailed<ComException>(attributes->GetBlob(key, blob.data(), size, nullptr), "Failed to read a camera record");
     return blob;
 }
 
@@ -47,10 +45,8 @@ TarnCalibrationTopologyNode::TarnCalibrationTopologyNode(std::shared_ptr<ITopolo
     : ITopologyNode(std::move(successor), "Tarn calibration topology node"), intrinsics(std::move(frameIntrinsics))
 {
     ComPtr<IMFAttributes> attributes;
-    if (const HRESULT result = stream.GetAttributes(attributes.GetAddressOf()); FAILED(result))
-    {
-        throw ComException(result, "Failed to get the stream's attributes");
-    }
+    ThrowIfFailed<ComException>(stream.GetAttributes(attributes.GetAddressOf()),
+                                "Failed to get the stream's attributes");
     extrinsics = ReadBlob(attributes.Get(), MFStreamExtension_CameraExtrinsics);
 }
 

@@ -7,6 +7,7 @@
 
 #include "nodes/SampleActivity.h"
 #include "trace/Check.h"
+#include "base/LockedBuffer.h"
 
 namespace mft_core
 {
@@ -110,16 +111,11 @@ HRESULT TarnColorPrivacyTopologyNode::BlankPixels(IMFSample *sample) const
     // Several buffers are replaced by one, so that the planes lie where the format has them.
     ComPtr<IMFMediaBuffer> buffer;
     CHECK_HR(sample->ConvertToContiguousBuffer(buffer.GetAddressOf()));
-    BYTE *data = nullptr;
-    DWORD capacity = 0;
-    CHECK_HR(buffer->Lock(&data, &capacity, nullptr));
-    if (data != nullptr)
-    {
-        BYTE *const rest = data + std::min<std::size_t>(black->firstBytes, capacity);
-        Fill(data, rest, black->first);
-        Fill(rest, data + capacity, black->rest);
-    }
-    CHECK_HR(buffer->Unlock());
+    user_space_frameworks::LockedBuffer pixels;
+    CHECK_HR(pixels.Lock(buffer.Get()));
+    BYTE *const rest = pixels.data + std::min<std::size_t>(black->firstBytes, pixels.capacity);
+    Fill(pixels.data, rest, black->first);
+    Fill(rest, pixels.data + pixels.capacity, black->rest);
     return S_OK;
 }
 

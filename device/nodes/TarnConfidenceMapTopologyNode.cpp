@@ -16,16 +16,16 @@
 namespace mft_core
 {
 
-TarnConfidenceMapTopologyNode::TarnConfidenceMapTopologyNode(
-    std::shared_ptr<ITopologyNode> successor, std::int32_t width, std::int32_t height,
-    std::shared_ptr<TarnConfidenceMapConfig> confidenceMapConfig)
+TarnConfidenceMapTopologyNode::TarnConfidenceMapTopologyNode(std::shared_ptr<ITopologyNode> successor,
+                                                             std::int32_t width, std::int32_t height,
+                                                             std::shared_ptr<const ConfidenceMapState> confidenceMap)
     : ITopologyNode(std::move(successor), "Tarn confidence map topology node"),
       size(width, height, 2 * FrameSize::kBytesPerPixel), planeSize(size.ByteCount()),
-      config(std::move(confidenceMapConfig))
+      mapState(std::move(confidenceMap))
 {
-    if (!config)
+    if (!mapState)
     {
-        throw std::invalid_argument("confidenceMapConfig is null");
+        throw std::invalid_argument("confidenceMap is null");
     }
 }
 
@@ -42,7 +42,7 @@ HRESULT TarnConfidenceMapTopologyNode::ProcessSample(IMFSample *sample)
         }
         else
         {
-            if (config->IsEnabled() && !FrameMetadataReader(sample).IsConfidenceSuppressed())
+            if (mapState->IsEnabled() && !FrameMetadataReader(sample).IsConfidenceSuppressed())
             {
                 ExtractConfidenceMapToMetadata(buffer.data, sample);
             }

@@ -1,28 +1,45 @@
 #include "device/nodes/TarnDepthPrivacyTopologyNode.h"
 
-#include <cstring>
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
 #include "nodes/SampleActivity.h"
 #include "tarn/tarn_dmft.h"
 #include "trace/Check.h"
+#include "base/LockedBuffer.h"
 
 namespace mft_core
 {
 
 namespace
 {
-HRESULT BlankBuffer(IMFMediaBuffer *buffer)
+// With the padding of its rows; a linear lock of such a buffer would be a copy.
+HRESULT BlankPlane(IMF2DBuffer2 *plane)
 {
+    BYTE *firstRow = nullptr;
+    LONG pitchBytes = 0;
     BYTE *data = nullptr;
     DWORD capacity = 0;
-    CHECK_HR(buffer->Lock(&data, &capacity, nullptr));
+    CHECK_HR(plane->Lock2DSize(MF2DBuffer_LockFlags_Write, &firstRow, &pitchBytes, &data, &capacity));
     if (data != nullptr)
     {
-        std::memset(data, 0, capacity);
+        std::fill_n(data, capacity, BYTE{0});
     }
-    CHECK_HR(buffer->Unlock());
+    CHECK_HR(plane->Unlock2D());
+    return S_OK;
+}
+
+HRESULT BlankBuffer(IMFMediaBuffer *buffer)
+{
+    ComPtr<IMF2DBuffer2> plane;
+    if (SUCCEEDED(buffer->QueryInterface(IID_PPV_ARGS(&plane))))
+    {
+        return BlankPlane(plane.Get());
+    }
+    user_space_frameworks::LockedBuffer pixels;
+    CHECK_HR(pixels.Lock(buffer));
+    std::fill_n(pixels.data, pixels.capacity, BYTE{0});
     return S_OK;
 }
 
@@ -60,12 +77,21 @@ TarnDepthPrivacyTopologyNode::TarnDepthPrivacyTopologyNode(std::shared_ptr<ITopo
     }
 }
 
+void TarnDepthPrivacyTopologyNode::UseBuffers(const std::shared_ptr<mft_utils::BufferPool> &pool)
+{
+    buffers = pool;
+}
+
 HRESULT TarnDepthPrivacyTopologyNode::ProcessSample(IMFSample *sample)
 {
     CHECK_POINTER(sample);
     const SampleActivity activity("mft_core::TarnDepthPrivacyTopologyNode::ProcessSample", sample);
     if (privacy->Covers(sample))
     {
+        if (buffers)
+        {
+            buffers->Forget();
+        }
         CHECK_HR(BlankPixels(sample));
         CHECK_HR(TakeOffConfidenceMap(sample));
     }

@@ -19,8 +19,12 @@ class TarnDepthPrivacyTopologyNode : public ITopologyNode
     // that is made behind shows nothing. A frame that cannot be blanked is dropped.
     HRESULT ProcessSample(IMFSample *sample) override;
 
+    // With privacy on, what the nodes have written there is forgotten with every frame: they may stand in front.
+    void UseBuffers(const std::shared_ptr<mft_utils::BufferPool> &pool) override;
+
   private:
     const std::shared_ptr<FramePrivacy> privacy;
+    std::shared_ptr<mft_utils::BufferPool> buffers;
 };
 
 } // namespace mft_core

@@ -29,12 +29,12 @@ bool HasSizeOfAny(const MediaTypeData &data, const std::vector<MediaTypeData> &o
 }
 } // namespace
 
-TarnFrameFormatTopologyNode::TarnFrameFormatTopologyNode(
-    std::shared_ptr<ITopologyNode> successor, const InputStream &pin, std::vector<GUID> acceptedSubtypes,
-    std::uint32_t frameWidth, std::uint32_t frameHeight,
-    std::shared_ptr<const TarnConfidenceMapConfig> confidenceMapConfig)
+TarnFrameFormatTopologyNode::TarnFrameFormatTopologyNode(std::shared_ptr<ITopologyNode> successor,
+                                                         const InputStream &pin, std::vector<GUID> acceptedSubtypes,
+                                                         std::uint32_t frameWidth, std::uint32_t frameHeight,
+                                                         std::shared_ptr<const ConfidenceMapState> confidenceMapState)
     : ITopologyNode(std::move(successor), "Tarn frame format topology node"), subtypes(std::move(acceptedSubtypes)),
-      width(frameWidth), height(frameHeight), confidenceMap(std::move(confidenceMapConfig))
+      width(frameWidth), height(frameHeight), confidenceMap(std::move(confidenceMapState))
 {
     AddFormerLengths(pin);
 }

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "core/InputStream.h"
+#include "device/ConfidenceMapState.h"
 #include "device/nodes/FrameRefusals.h"
-#include "device/properties/TarnConfidenceMapConfig.h"
 #include "tarn/frame_metadata.h"
 
 namespace mft_core
@@ -21,11 +21,11 @@ class TarnFrameFormatTopologyNode : public ITopologyNode
 {
   public:
     // Made before the pin is asked for anything new: what it ran with until now is the former format.
-    // `acceptedSubtypes` are the camera's, of `frameWidth` x `frameHeight` pixels. With `confidenceMapConfig` a padded
+    // `acceptedSubtypes` are the camera's, of `frameWidth` x `frameHeight` pixels. With `confidenceMapState` a padded
     // frame without a record is one of both planes while the map is enabled.
     TarnFrameFormatTopologyNode(std::shared_ptr<ITopologyNode> successor, const InputStream &pin,
                                 std::vector<GUID> acceptedSubtypes, std::uint32_t frameWidth, std::uint32_t frameHeight,
-                                std::shared_ptr<const TarnConfidenceMapConfig> confidenceMapConfig = nullptr);
+                                std::shared_ptr<const ConfidenceMapState> confidenceMapState = nullptr);
 
     // Drops a frame that is known to be of another format or size, and one that is shorter than its format needs; both
     // are counted and said as errors, at most once a second. A longer frame goes on as it is.
@@ -47,7 +47,7 @@ class TarnFrameFormatTopologyNode : public ITopologyNode
     const std::vector<GUID> subtypes;
     const std::uint32_t width;
     const std::uint32_t height;
-    const std::shared_ptr<const TarnConfidenceMapConfig> confidenceMap;
+    const std::shared_ptr<const ConfidenceMapState> confidenceMap;
     std::vector<std::uint64_t> formerLengths; // bytes
     FrameRefusals refusals;
 };

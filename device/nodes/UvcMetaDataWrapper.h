@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "media/LockedBuffer.h"
+#include "base/LockedBuffer.h"
 
 namespace mft_core
 {
@@ -45,7 +45,7 @@ class UvcMetaDataWrapper
     void FindPayload() noexcept;
 
     ComPtr<IMFAttributes> store;
-    LockedBuffer items;
+    user_space_frameworks::LockedBuffer items;
     const BYTE *payload = nullptr; // into items
     std::size_t payloadSize = 0;
 };

@@ -2,7 +2,7 @@
 
 #include "platform/ExtendedCameraControl.h"
 
-#include <mutex>
+#include <utility>
 
 #include "ks/KsRequest.h"
 #include "trace/Check.h"
@@ -17,9 +17,10 @@ constexpr ULONGLONG kOff = KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_DISABLED;
 constexpr ULONGLONG kOn = KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_ALTERNATIVE_FRAME_ILLUMINATION;
 } // namespace
 
-FaceAuthKsPropertyHandler::FaceAuthKsPropertyHandler()
+FaceAuthKsPropertyHandler::FaceAuthKsPropertyHandler(std::shared_ptr<FaceAuthState> faceAuthState)
     : KsPropHandler(KSPROPERTYSETID_ExtendedCameraControl, KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE,
-                    "Face auth KS property handler")
+                    "Face auth KS property handler"),
+      state(std::move(faceAuthState))
 {
 }
 
@@ -28,7 +29,7 @@ HRESULT FaceAuthKsPropertyHandler::Run(PKSPROPERTY property, ULONG, LPVOID data,
     CHECK_POINTER(property);
     CHECK_POINTER(bytesReturned);
     *bytesReturned = 0;
-    if (!faceAuthSupported)
+    if (!state->faceAuthSupported)
     {
         TRACE_INFO("%s: not supported by this camera", GetName());
         return ERROR_SET_NOT_FOUND;
@@ -55,27 +56,20 @@ HRESULT FaceAuthKsPropertyHandler::Run(PKSPROPERTY property, ULONG, LPVOID data,
     return S_OK;
 }
 
-bool FaceAuthKsPropertyHandler::AllowModeChange(bool allowed)
-{
-    const std::scoped_lock guard(lock);
-    return canChangeMode.exchange(allowed);
-}
-
 HRESULT FaceAuthKsPropertyHandler::Set(const void *data)
 {
-    const std::scoped_lock guard(lock);
-    if (!canChangeMode)
+    const auto mode = ReadBlock<KSCAMERA_EXTENDEDPROP_HEADER>(data).Flags;
+    const bool isKnown = mode == kOff || mode == kOn;
+    if (isKnown ? !state->ChangeMode(mode == kOn) : !state->canChangeMode)
     {
         TRACE_ERROR("%s: the mode cannot change while a stream runs", GetName());
         return E_FAIL;
     }
-    const auto mode = ReadBlock<KSCAMERA_EXTENDEDPROP_HEADER>(data).Flags;
-    if (mode != kOff && mode != kOn)
+    if (!isKnown)
     {
         TRACE_ERROR("%s: unknown mode 0x%llX", GetName(), mode);
         return E_INVALIDARG;
     }
-    faceAuthMode = mode == kOn;
     TRACE_INFO("%s: mode %s", GetName(), mode == kOn ? "on" : "off");
     return S_OK;
 }
@@ -85,7 +79,7 @@ void FaceAuthKsPropertyHandler::Get(void *data) const noexcept
     auto header = ReadBlock<KSCAMERA_EXTENDEDPROP_HEADER>(data); // the other fields stay the caller's
     header.Version = 1;
     header.Size = kPayloadSize;
-    header.Flags = faceAuthMode ? kOn : kOff;
+    header.Flags = state->faceAuthMode ? kOn : kOff;
     header.Capability = kOff | kOn;
     WriteBlock(data, header);
 }

@@ -1,19 +1,19 @@
 // Face-authentication mode of the depth camera.
 #pragma once
 
-#include <atomic>
+#include <memory>
 
+#include "device/FaceAuthState.h"
 #include "ks/KsCallHandler.h"
-#include "base/CriticalSection.h"
 
 namespace mft_core
 {
 
-// The transform reads the mode when it builds an infrared topology and says when it may change. Thread-safe.
+// Reads requests and answers them from the state that it shares with the transform. Thread-safe.
 class FaceAuthKsPropertyHandler : public KsPropHandler
 {
   public:
-    FaceAuthKsPropertyHandler();
+    explicit FaceAuthKsPropertyHandler(std::shared_ptr<FaceAuthState> faceAuthState);
 
     // Get and set, the platform's 40-byte extended control. ERROR_SET_NOT_FOUND (0x492) as a plain number while face
     // authentication is not supported. ERROR_MORE_DATA as an HRESULT below 40 bytes, E_POINTER for null arguments,
@@ -21,18 +21,11 @@ class FaceAuthKsPropertyHandler : public KsPropHandler
     HRESULT Run(PKSPROPERTY property, ULONG propertyLength, LPVOID data, ULONG dataLength,
                 ULONG *bytesReturned) override;
 
-    // Returns what held before. After a "no" the mode stays: a set that was under way has ended.
-    bool AllowModeChange(bool allowed);
-
-    std::atomic<bool> faceAuthMode{false};
-    std::atomic<bool> canChangeMode{true};
-    std::atomic<bool> faceAuthSupported{false};
-
   private:
     HRESULT Set(const void *data);
     void Get(void *data) const noexcept;
 
-    user_space_frameworks::CriticalSection lock; // held from the question whether the mode may change to its change
+    const std::shared_ptr<FaceAuthState> state;
 };
 
 } // namespace mft_core

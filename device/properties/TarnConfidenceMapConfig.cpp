@@ -1,30 +1,21 @@
 #include "device/properties/TarnConfidenceMapConfig.h"
 
-#include <mutex>
 #include <stdexcept>
 #include <utility>
 
 #include "device/properties/CheckLength.h"
 #include "ks/KsRequest.h"
 #include "tarn/tarn_dmft.h"
-#include "trace/Guard.h"
+#include "trace/Check.h"
 
 namespace mft_core
 {
 
-namespace
-{
-const char *StateName(bool enabled) noexcept
-{
-    return enabled ? "Enabled" : "Disabled";
-}
-} // namespace
-
 // The name is the presets property's; recordings are read by it.
-TarnConfidenceMapConfig::TarnConfidenceMapConfig(SetCallback onSet, user_space_frameworks::CriticalSection *changeLock)
+TarnConfidenceMapConfig::TarnConfidenceMapConfig(SetCallback onSet, std::shared_ptr<const ConfidenceMapState> mapState)
     : KsPropHandler(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP,
                     "Tarn Depth Presets"),
-      setCallback(std::move(onSet)), lock(changeLock != nullptr ? *changeLock : ownLock)
+      setCallback(std::move(onSet)), enabled(std::move(mapState))
 {
 }
 
@@ -45,32 +36,22 @@ HRESULT TarnConfidenceMapConfig::Run(PKSPROPERTY pProperty, ULONG, LPVOID pvProp
     {
         return E_INVALIDARG;
     }
-    WriteBlock(pvPropertyData, KSPROPERTY_TARN_CONFIDENCE_MAP_CFG{IsEnabled() ? 1u : 0u});
+    WriteBlock(pvPropertyData, KSPROPERTY_TARN_CONFIDENCE_MAP_CFG{enabled->IsEnabled() ? 1u : 0u});
     return S_OK;
 }
 
-HRESULT TarnConfidenceMapConfig::Set(bool requested)
+HRESULT TarnConfidenceMapConfig::Set(bool nextEnabled) const
 {
-    const std::scoped_lock guard(lock);
-    const bool previous = IsEnabled();
-    if (requested == previous)
+    if (nextEnabled == enabled->IsEnabled())
     {
-        TRACE_INFO("confidence map stays %s", StateName(previous));
+        TRACE_INFO("%s stays %s", GetName(), nextEnabled ? "Enabled" : "Disabled");
         return S_OK;
     }
-    TRACE_INFO("confidence map: %s -> %s", StateName(previous), StateName(requested));
     if (setCallback == nullptr)
     {
         throw std::runtime_error("no callback function or instance");
     }
-    nextEnabled.store(requested, std::memory_order_relaxed);
-    const HRESULT changed = mft_utils::Guarded([&] { return setCallback(requested); });
-    if (FAILED(changed))
-    {
-        nextEnabled.store(previous, std::memory_order_relaxed);
-    }
-    CHECK_HR_AS("(*setCallback)(nextEnabled)", changed);
-    enabled.store(requested, std::memory_order_relaxed);
+    CHECK_HR_AS("(*setCallback)(nextEnabled)", setCallback(nextEnabled));
     return S_OK;
 }
 

@@ -37,9 +37,9 @@ const GUID &TarnDepthDepthTopology::InputSubtype(bool withConfidenceMap) noexcep
 HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
                                      std::shared_ptr<OutputStream> depthOutStream, IMFMediaType *nextMediaType,
                                      const WorkQueueParameters &wqParams,
-                                     std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler)
+                                     std::shared_ptr<const ConfidenceMapState> confidenceMap, bool withMap)
 {
-    CHECK_POINTER(confidenceMapCfgHandler);
+    CHECK_POINTER(confidenceMap);
     CHECK_POINTER(calibrationTable);
     const TopologySettings settings{inputStream, {{depthOutStream, nextMediaType}}};
     CHECK_HR(settings.Validate());
@@ -51,7 +51,6 @@ HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
     ComPtr<IMFAttributes> depthAttributes;
     CHECK_HR(depthOutStream->GetAttributes(depthAttributes.GetAddressOf()));
 
-    const bool withMap = confidenceMapCfgHandler->WillBeEnabled();
     CHECK_HR_AS(withMap ? "requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_ZC)"
                         : "requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, CUSTOM_GUID_KELP_Z)",
                 requiredInputMediaType->SetGUID(MF_MT_SUBTYPE, InputSubtype(withMap)));
@@ -66,10 +65,9 @@ HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
             .Then<AsyncTopologyNode>(GetNameCopy(), wqParams)
             .Then<TarnFrameFormatTopologyNode>(std::cref(*inputStream),
                                                std::vector<GUID>{InputSubtype(false), InputSubtype(true)},
-                                               outputMtData.width, outputMtData.height, confidenceMapCfgHandler)
+                                               outputMtData.width, outputMtData.height, confidenceMap)
             .Then<TarnConfidenceMapTopologyNode>(static_cast<std::int32_t>(outputMtData.width),
-                                                 static_cast<std::int32_t>(outputMtData.height),
-                                                 confidenceMapCfgHandler)
+                                                 static_cast<std::int32_t>(outputMtData.height), confidenceMap)
             .Then<TarnDepthPrivacyTopologyNode>(privacyState)
             .Then<TarnCalibrationTopologyNode>(std::cref(*depthOutStream),
                                                calibrationTable->CreateFrameIntrinsics(geometry))

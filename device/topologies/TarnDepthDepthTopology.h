@@ -5,7 +5,7 @@
 #include "core/WorkQueueParameters.h"
 #include "device/nodes/FramePrivacy.h"
 #include "device/calibration/TarnCalibration.h"
-#include "device/properties/TarnConfidenceMapConfig.h"
+#include "device/ConfidenceMapState.h"
 
 namespace mft_core
 {
@@ -16,12 +16,13 @@ class TarnDepthDepthTopology : public Topology
     TarnDepthDepthTopology(const std::string &ownerName, std::shared_ptr<FramePrivacy> framePrivacy,
                            std::shared_ptr<const TarnCalibration> cameraCalibration);
 
-    // Asks for input of the output's size and rate: depth with confidence while the map is enabled, else depth alone.
-    // MF_E_INVALIDMEDIATYPE for a type that the output does not offer, E_FAIL when the pin has no matching one; the
-    // constructors of the nodes may throw. The object is only good for release then.
+    // Asks for input of the output's size and rate: depth with confidence for `withMap`, else depth alone; frames have
+    // the map while `confidenceMap` says so. MF_E_INVALIDMEDIATYPE for a type that the output does not offer, E_FAIL
+    // when the pin has no matching one; the constructors of the nodes may throw. The object is only good for release
+    // then.
     HRESULT Init(std::shared_ptr<InputStream> inputStream, std::shared_ptr<OutputStream> depthOutStream,
                  IMFMediaType *nextMediaType, const WorkQueueParameters &wqParams,
-                 std::shared_ptr<TarnConfidenceMapConfig> confidenceMapCfgHandler);
+                 std::shared_ptr<const ConfidenceMapState> confidenceMap, bool withMap);
 
     // What the pin has to deliver for depth with or without the map.
     static const GUID &InputSubtype(bool withConfidenceMap) noexcept;

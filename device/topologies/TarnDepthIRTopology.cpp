@@ -77,13 +77,16 @@ HRESULT TarnDepthIRTopology::Init(std::shared_ptr<InputStream> inputStream, std:
     }
     else
     {
+        // Only the next node reads what is cut out.
         chain.Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, outputMtData.width,
-                                          outputMtData.height);
+                                          outputMtData.height, nullptr, OutputMemory::View);
     }
+    const auto pitch = static_cast<std::int32_t>(faceAuthMode ? outputMtData.width : inputMtData.width);
     const auto first =
         chain
             .Then<TarnIr10to8TopologyNode>(static_cast<std::int32_t>(outputMtData.width),
-                                           static_cast<std::int32_t>(outputMtData.height))
+                                           static_cast<std::int32_t>(outputMtData.height), 0.0,
+                                           irOutStream->Allocator(), pitch)
             .Then<TarnIrIlluminationTopologyNode>()
             .Then<TarnDepthPrivacyTopologyNode>(privacyState)
             .Then<TarnCalibrationTopologyNode>(
@@ -133,8 +136,9 @@ void TarnDepthIRTopology::AddFaceLoginNodes(NodeChain &chain, const MediaTypeDat
                                   static_cast<std::int32_t>(inputMtData.height), kSharpenedSide, kSharpenedSide)
         .Then<SharpeningTopologyNode>(kSharpenedSide, kSharpenedSide)
         .Then<Crop16BitTopologyNode>(std::uint32_t{kSharpenedSide}, std::uint32_t{kSharpenedSide}, kResizedSide,
-                                     kResizedSide)
-        .Then<ImageResizeTopologyNode>(kResizedSide, kResizedSide, outputMtData.width, outputMtData.height)
+                                     kResizedSide, nullptr, OutputMemory::View)
+        .Then<ImageResizeTopologyNode>(kResizedSide, kResizedSide, outputMtData.width, outputMtData.height,
+                                       std::uint32_t{kSharpenedSide})
         .Then<ImageThresholdTopologyNode>(outputMtData.width, outputMtData.height, kLargestInfrared);
 }
 

@@ -94,9 +94,11 @@ std::shared_ptr<ITopologyNode> TarnDepthZITopology::InfraredBranch(const std::sh
                                                                    const MediaTypeData &irMtData)
 {
     return NodeChain()
-        .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, irMtData.width, irMtData.height)
+        .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, irMtData.width, irMtData.height, nullptr,
+                                     OutputMemory::View)
         .Then<TarnIr10to8TopologyNode>(static_cast<std::int32_t>(irMtData.width),
-                                       static_cast<std::int32_t>(irMtData.height))
+                                       static_cast<std::int32_t>(irMtData.height), 0.0, irOutStream->Allocator(),
+                                       static_cast<std::int32_t>(inputMtData.width))
         .Then<TarnCalibrationTopologyNode>(std::cref(*irOutStream), CroppedIntrinsics(inputMtData, irMtData))
         .EndIn(AddOutput(irOutStream));
 }
@@ -109,9 +111,12 @@ std::shared_ptr<ITopologyNode> TarnDepthZITopology::DepthBranch(const std::share
     // A driver may pad its frames: the fractions are the frame's, not the buffer's.
     const auto frameBytes = static_cast<std::size_t>(
         TarnFrameFormatTopologyNode::FrameBytes(CUSTOM_GUID_KELP_ZI, inputMtData.width, inputMtData.height));
+    // Only the next node reads the plane; no branch writes into the frame that both share.
     return NodeChain()
-        .Then<SampleCopyTopologyNode>(kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node", frameBytes)
-        .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, depthMtData.width, depthMtData.height)
+        .Then<SampleCopyTopologyNode>(kDepthPlaneOffset, kDepthPlaneLength, "Depth plane topology node", frameBytes,
+                                      OutputMemory::View)
+        .Then<Crop16BitTopologyNode>(inputMtData.width, inputMtData.height, depthMtData.width, depthMtData.height,
+                                     depthOutStream->Allocator())
         .Then<TarnCalibrationTopologyNode>(std::cref(*depthOutStream), CroppedIntrinsics(inputMtData, depthMtData))
         .Then<DepthRangeTopologyNode>(depthAttributes, kMinReliableDepthCm, kMaxReliableDepthCm)
         .EndIn(AddOutput(depthOutStream));

@@ -103,11 +103,12 @@ def _classes(text: str) -> tuple[ComClass, ...]:
 def _traces(folder: Path) -> Traces:
     wpp = (folder / "WppTrace.h").read_text(encoding="utf-8")
     events = (folder / "TraceLoggingProvider.h").read_text(encoding="utf-8")
-    levels = (folder / "Trace.h").read_text(encoding="utf-8")
+    levels = (folder / "TraceLevels.h").read_text(encoding="utf-8")
     flags = 0
     for bit in re.findall(r"kWppFlag\w+ = (0x\w+);", wpp):
         flags |= int(bit, 16)
-    messages = _find(r"enum class WppMessage[^{]*\{(.*?)\};", wpp, "WppMessage")
+    records = (folder / "TraceRecord.h").read_text(encoding="utf-8")
+    messages = _find(r"enum class TraceMessageId[^{]*\{(.*?)\};", records, "TraceMessageId")
     return Traces(
         provider=provider_guid(_find(r"kTraceLoggingProviderName\[\] = \"(\w+)\"", events, "provider name")),
         control=_guid(_find(r"kWppControlGuid = \{(.*?)\};", wpp, "control GUID")),

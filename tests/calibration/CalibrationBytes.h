@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "device/calibration/Crc32.h"
+#include "base/Crc32.h"
 #include "tarn/calibration_table.h"
 
 namespace tarn_test
@@ -32,7 +32,7 @@ std::vector<std::uint8_t> CalibrationBytesWith(std::size_t offset, Value value)
     std::vector<std::uint8_t> bytes = GoodCalibrationBytes();
     std::memcpy(bytes.data() + offset, &value, sizeof(value));
     constexpr std::size_t kChecksumAt = offsetof(TARN_CALIBRATION_TABLE, checksum);
-    const std::uint32_t checksum = mft_core::Crc32(std::span(bytes).first(kChecksumAt));
+    const std::uint32_t checksum = user_space_frameworks::Crc32(std::span(bytes).first(kChecksumAt));
     std::memcpy(bytes.data() + kChecksumAt, &checksum, sizeof(checksum));
     return bytes;
 }

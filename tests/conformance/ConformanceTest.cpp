@@ -40,12 +40,12 @@ TEST_F(ConformanceTest, FramesArriveInOrderAlsoWhenAnotherTransformIsShutDown)
         TestFrameServer going(Activate(kColorClass), FastCamera());
         ASSERT_HR(S_OK, going.Start(0));
         ASSERT_HR(S_OK, staying.Start(0));
-        EXPECT_HR(S_OK, going.camera->WaitForFrames(0, 5, std::chrono::seconds(10)));
+        EXPECT_HR(S_OK, going.camera->Pins().WaitForFrames(0, 5, std::chrono::seconds(10)));
         takeFrames(500);
     }
     takeFrames(500);
     ASSERT_HR(S_OK, staying.Stop(0));
-    EXPECT_EQ(0u, staying.camera->Statistics(0).dropped);
+    EXPECT_EQ(0u, staying.camera->Pins().Statistics(0).dropped);
 }
 
 TEST_F(ConformanceTest, PropertyCallsFromManyThreadsGoThroughWhileFramesFlow)

@@ -120,7 +120,7 @@ TEST_F(DepthConformanceTest, EveryFrameReachesBothOutputsInOrderAsItWasRendered)
         {
             const auto sample = WaitForSample(server, output);
             ASSERT_NE(nullptr, sample.Get()) << "frame " << number << " on output " << output;
-            ASSERT_EQ(number, CheckSample(server, output, sample, tarn_sim::kSubtypeInfraredDepth));
+            ASSERT_EQ(number, CheckSample(server, output, sample, CUSTOM_GUID_KELP_ZI));
         }
         ++server.seen;
     }
@@ -135,8 +135,8 @@ TEST_F(DepthConformanceTest, InRealTimeNothingIsLostThatTheCameraDelivers)
     ASSERT_HR(S_OK, server.Run(kDepth, kWidth, kHeight, 60));
     ASSERT_EQ("INZC 640x480@60", server.Pin());
     std::vector<ComPtr<IMFSample>> samples = server.WaitForSamples(kDepth, 120); // two seconds
-    ASSERT_HR(S_OK, server.camera->SetPinState(0, DeviceStreamState_Stop, nullptr));
-    const std::uint64_t delivered = server.camera->Statistics(0).delivered;
+    ASSERT_HR(S_OK, server.camera->Pins().SetPinState(0, DeviceStreamState_Stop, nullptr));
+    const std::uint64_t delivered = server.camera->Pins().Statistics(0).delivered;
     while (samples.size() < delivered)
     {
         samples.push_back(WaitForSample(server, kDepth));
@@ -146,7 +146,7 @@ TEST_F(DepthConformanceTest, InRealTimeNothingIsLostThatTheCameraDelivers)
 
     for (std::size_t i = 0; i < samples.size(); i += 8)
     {
-        CheckSample(server, kDepth, samples[i], tarn_sim::kSubtypeConfidenceDepth);
+        CheckSample(server, kDepth, samples[i], CUSTOM_GUID_KELP_ZC);
         EXPECT_TRUE(HasConfidenceOfScene(samples[i])) << "sample " << i;
     }
     EXPECT_TRUE(std::is_sorted(samples.begin(), samples.end(), [](const auto &left, const auto &right) {
@@ -184,7 +184,7 @@ TEST_F(DepthConformanceTest, AQueuedFrameHoldsTheModuleAfterItsTransform)
         ASSERT_HR(S_OK, client->SetWorkQueueEx(queue, 0));
         client.Reset();
         ASSERT_HR(S_OK, server.Start(kDepth));
-        ASSERT_HR(S_OK, server.camera->Step(0, 1));
+        ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     }
     EXPECT_HR(S_FALSE, dll.CanUnloadNow()); // the frame's callback is in its code
     SetEvent(holding->letGo.Get());

@@ -85,6 +85,8 @@ extern "C"
     TARN_WRAP(MFCreateMediaType, (IMFMediaType * *type), (type))
     TARN_WRAP(MFCreateSample, (IMFSample * *sample), (sample))
     TARN_WRAP(MFCreateMemoryBuffer, (DWORD length, IMFMediaBuffer **buffer), (length, buffer))
+    TARN_WRAP(MFCreateAlignedMemoryBuffer, (DWORD length, DWORD alignment, IMFMediaBuffer **buffer),
+              (length, alignment, buffer))
     TARN_WRAP(MFCreateEventQueue, (IMFMediaEventQueue * *queue), (queue))
     TARN_WRAP(MFCreateMediaEvent,
               (MediaEventType type, REFGUID extendedType, HRESULT status, const PROPVARIANT *value,

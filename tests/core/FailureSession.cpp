@@ -29,7 +29,7 @@ HRESULT RunClean(SimulatedCamera *camera, const Session &session)
     }
     const OwnWork own;
     EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(camera) == 1; })) << ReferenceCount(camera) << " references";
-    EXPECT_HR(S_OK, camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+    EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
     return result;
 }
 
@@ -62,7 +62,7 @@ int FailEachInTurn(Failing kind, SimulatedCamera *camera, const Sessions &sessio
             const HRESULT result = RunClean(camera, sessions.failing);
             EXPECT_TRUE(SUCCEEDED(result) || (failing.HasFailed() && result == E_OUTOFMEMORY)) << std::hex << result;
             failures += FAILED(result) ? 1 : 0;
-            EXPECT_TRUE(camera->EventListenerCount() == 0 || !FailingPlatform::LeavesTheCameraAlone());
+            EXPECT_TRUE(camera->Ks().EventListenerCount() == 0 || !FailingPlatform::LeavesTheCameraAlone());
         }
         EXPECT_HR(S_OK, RunClean(camera, sessions.next)) << "the session after it";
     }
@@ -82,14 +82,14 @@ int FailEachCameraCall(const CameraCalls &calls, SimulatedCamera *camera, const 
             SCOPED_TRACE("call " + std::to_string(call) + (allFollowing ? " and all that follow" : ""));
             FaultPlan plan;
             plan.*calls.fault = {call, E_ABORT, allFollowing};
-            camera->SetFaultPlan(plan);
+            camera->Faults().SetPlan(plan);
             const HRESULT result = RunClean(camera, sessions.failing);
             EXPECT_TRUE(SUCCEEDED(result) || result == E_ABORT || result == E_NOINTERFACE) << std::hex << result;
             failures += FAILED(result) ? 1 : 0;
-            camera->SetFaultPlan({});
-            const std::uint32_t listeners = camera->EventListenerCount(); // one that it refused to forget stays
+            camera->Faults().SetPlan({});
+            const std::uint32_t listeners = camera->Ks().EventListenerCount(); // one that it refused to forget stays
             EXPECT_HR(S_OK, RunClean(camera, sessions.next)) << "the session after it";
-            EXPECT_EQ(listeners, camera->EventListenerCount());
+            EXPECT_EQ(listeners, camera->Ks().EventListenerCount());
         }
     }
     return failures;

@@ -32,8 +32,8 @@ TEST(PassThroughDeviceMftTest, FramesTravelUnchangedAndInOrder)
     ASSERT_HR(S_OK, server.Start(1));
     EXPECT_EQ(1, server.createdEvents[0]);
     EXPECT_EQ(1, server.createdEvents[1]);
-    ASSERT_HR(S_OK, server.camera->Step(0, 10));
-    ASSERT_HR(S_OK, server.camera->Step(1, 3));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 10));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(1, 3));
     server.Pump();
     EXPECT_EQ(13, server.haveOutputEvents);
 
@@ -51,16 +51,16 @@ TEST(PassThroughDeviceMftTest, AStoppedOutputStopsItsPinAndAnswersNothing)
 {
     TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    EXPECT_EQ(DeviceStreamState_Run, server.camera->GetPinState(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    EXPECT_EQ(DeviceStreamState_Run, server.camera->Pins().GetPinState(0));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
     ASSERT_HR(S_OK, server.Stop(0));
     EXPECT_EQ(DeviceStreamState_Stop, server.OutputState(0));
-    EXPECT_EQ(DeviceStreamState_Stop, server.camera->GetPinState(0));
+    EXPECT_EQ(DeviceStreamState_Stop, server.camera->Pins().GetPinState(0));
     MFT_OUTPUT_DATA_BUFFER buffer{};
     DWORD status = 0;
     EXPECT_HR(S_OK, server.transform->ProcessOutput(0, 1, &buffer, &status)); // served, without a sample
     EXPECT_EQ(nullptr, buffer.pSample);
-    EXPECT_HR(S_OK, server.camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+    EXPECT_HR(S_OK, server.camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
 
     // Frames of a camera that does not stop are dropped and never announced.
     server.haveOutputEvents = 0;
@@ -70,7 +70,7 @@ TEST(PassThroughDeviceMftTest, AStoppedOutputStopsItsPinAndAnswersNothing)
     EXPECT_EQ(0, server.haveOutputEvents);
     EXPECT_REFS(late, 1);
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     EXPECT_EQ(1u, server.CollectAll(0).size());
 }
 
@@ -78,13 +78,13 @@ TEST(PassThroughDeviceMftTest, TheSameStateAndTypeChangeNothingAnotherTypeRestar
 {
     TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
     ASSERT_HR(S_OK, server.Start(0)); // unchanged
     EXPECT_EQ(1, server.createdEvents[0]);
     ASSERT_HR(S_OK, server.Start(0, 1)); // the pin's other type
     EXPECT_EQ(2, server.createdEvents[0]);
     EXPECT_TRUE(server.CollectAll(0).empty()) << "a frame of the former type was left";
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     EXPECT_EQ(1u, server.CollectAll(0).size());
     ComPtr<IMFMediaType> current;
     EXPECT_HR(S_OK, server.transform->GetInputCurrentType(0, &current));
@@ -95,11 +95,11 @@ TEST(PassThroughDeviceMftTest, ARefusedTypeLeavesTheRunningStreamAsItIs)
 {
     TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     const auto other = tarn_sim::MakeVideoType(MFVideoFormat_D16, 320, 200, 30);
     EXPECT_HR(MF_E_INVALIDMEDIATYPE, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Run, 0));
     EXPECT_EQ(DeviceStreamState_Run, server.OutputState(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     EXPECT_EQ(2u, server.CollectAll(0).size());
     EXPECT_HR(S_OK, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Pause, 0));
     EXPECT_HR(S_OK, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Disabled, 0));
@@ -111,25 +111,25 @@ TEST(PassThroughDeviceMftTest, TheCamerasOwnRefusalOfTheListenerFailsTheStart)
     TestFrameServer server(NewTransform(), SteppedCamera(2));
     tarn_sim::FaultPlan faults;
     faults.ksCall = {1, E_UNEXPECTED}; // not that the listener runs already
-    server.camera->SetFaultPlan(faults);
+    server.camera->Faults().SetPlan(faults);
     EXPECT_HR(E_UNEXPECTED, server.Start(0));
     EXPECT_EQ(DeviceStreamState_Stop, server.OutputState(0));
     ASSERT_HR(S_OK, server.Start(0));
     ASSERT_HR(S_OK, server.Start(1)); // which is what it then does
-    EXPECT_EQ(1u, server.camera->EventListenerCount());
+    EXPECT_EQ(1u, server.camera->Ks().EventListenerCount());
 }
 
 TEST(PassThroughDeviceMftTest, FlushEmptiesTheQueuesAndTheStreamRunsOn)
 {
     TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 3));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 3));
     EXPECT_HR(S_OK, server.transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0));
     EXPECT_TRUE(server.CollectAll(0).empty());
-    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
     EXPECT_HR(S_OK, server.transform->FlushOutputStream(0, 0));
     EXPECT_TRUE(server.CollectAll(0).empty());
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     EXPECT_EQ(1u, server.CollectAll(0).size());
 }
 
@@ -181,8 +181,8 @@ TEST(PassThroughDeviceMftTest, StateChangesWithFramesInFlightLeaveNothingBehind)
             for (int change = 0; change < 4; ++change)
             {
                 ASSERT_HR(S_OK, server.Start(0, static_cast<DWORD>(change % 2)));
-                ASSERT_HR(S_OK,
-                          camera->WaitForFrames(0, camera->Statistics(0).delivered + 3, std::chrono::seconds(10)));
+                ASSERT_HR(S_OK, camera->Pins().WaitForFrames(0, camera->Pins().Statistics(0).delivered + 3,
+                                                             std::chrono::seconds(10)));
                 EXPECT_HR(S_OK, server.transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0));
                 if (change == 2)
                 {
@@ -196,7 +196,7 @@ TEST(PassThroughDeviceMftTest, StateChangesWithFramesInFlightLeaveNothingBehind)
             done = true;
             consumer.join();
         }
-        EXPECT_HR(S_OK, camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+        EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
         EXPECT_REFS(camera, 1);
         camera.Reset();
         if (round == 20) // by then the platform has made its own threads

@@ -153,7 +153,7 @@ TEST_F(TransformSurfaceTest, ProcessOutputServesTheBuffersItKnows)
 {
     TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 1));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
     DWORD status = 9;
     MFT_OUTPUT_DATA_BUFFER unknown{};
     unknown.dwStreamID = 17;
@@ -204,9 +204,10 @@ TEST_F(TransformSurfaceTest, AfterShutdownEventCallsFail)
     ComPtr<IMFShutdown> shutdown;
     ASSERT_HR(S_OK, server.transform.As(&shutdown));
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
     EXPECT_HR(S_OK, server.ShutDown());
-    EXPECT_HR(S_OK, server.camera->WaitForReturnOfFrames(std::chrono::seconds(5))); // although the transform lives
+    EXPECT_HR(S_OK,
+              server.camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5))); // although the transform lives
     EXPECT_HR(MF_E_SHUTDOWN, shutdown->Shutdown());
     MFSHUTDOWN_STATUS status = MFSHUTDOWN_INITIATED;
     EXPECT_HR(S_OK, shutdown->GetShutdownStatus(&status));

@@ -31,7 +31,7 @@ struct DepthCamera
     {
         tarn_sim::FaultPlan plan;
         plan.ksCall = {number, E_ABORT, allFollowing};
-        camera->SetFaultPlan(plan);
+        camera->Faults().SetPlan(plan);
     }
 
     ComPtr<tarn_sim::SimulatedCamera> camera;

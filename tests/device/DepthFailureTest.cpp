@@ -95,13 +95,13 @@ class Client : public tarn_test::DepthFrameServer
         Pump();
         if (!IsRunning(kDepth) && !IsRunning(kInfrared))
         {
-            EXPECT_EQ(DeviceStreamState_Stop, camera->GetPinState(0));
+            EXPECT_EQ(DeviceStreamState_Stop, camera->Pins().GetPinState(0));
             // A camera whose own calls fail may refuse to forget the listener.
-            EXPECT_TRUE(camera->EventListenerCount() == 0 || !FailingPlatform::LeavesTheCameraAlone());
+            EXPECT_TRUE(camera->Ks().EventListenerCount() == 0 || !FailingPlatform::LeavesTheCameraAlone());
         }
         else
         {
-            ASSERT_EQ(DeviceStreamState_Run, camera->GetPinState(0));
+            ASSERT_EQ(DeviceStreamState_Run, camera->Pins().GetPinState(0));
             const auto frame = NextFrame();
             EXPECT_HR(S_OK, tarn_test::GiveInput(transform, 0, frame.Get()));
             EXPECT_TRUE(HasReachedAll(frame));
@@ -117,7 +117,7 @@ class Client : public tarn_test::DepthFrameServer
     ComPtr<IMFSample> NextFrame()
     {
         const FailingPlatform::Suspension suspension; // the camera's own work
-        EXPECT_HR(S_OK, camera->Step(0, 1));
+        EXPECT_HR(S_OK, camera->Pins().Step(0, 1));
         return std::exchange(delivered, nullptr);
     }
 

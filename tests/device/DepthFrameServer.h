@@ -24,7 +24,7 @@ class DepthFrameServer : public TestFrameServer
     // What the pin runs with, for example "INZI 640x480@30"; "stopped" when it does not run.
     std::string Pin()
     {
-        if (camera->GetPinState(0) != DeviceStreamState_Run)
+        if (camera->Pins().GetPinState(0) != DeviceStreamState_Run)
         {
             return "stopped";
         }

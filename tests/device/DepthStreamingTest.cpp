@@ -41,7 +41,7 @@ TEST(DepthStreamingTest, EachTopologyShowsTheSceneInEveryPixelAndAddsItsRecords)
             ASSERT_HR(S_OK, server.Run(output, size.width, size.height, size.framesPerSecond));
         }
         EXPECT_EQ(row.pin, server.Pin());
-        ASSERT_HR(S_OK, server.camera->Step(0, 3));
+        ASSERT_HR(S_OK, server.camera->Pins().Step(0, 3));
         for (const auto &[output, size] : row.outputs)
         {
             const auto samples = server.WaitForSamples(output, 3);
@@ -73,7 +73,7 @@ TEST(DepthStreamingTest, FramesOfTheFormerFormatDoNotReachTheNewTopology)
     change(kInfrared, DeviceStreamState_Stop);
     ASSERT_HR(S_OK, server.SetProperty(KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP, 1));
     change(kDepth, DeviceStreamState_Run);
-    ASSERT_HR(S_OK, server.camera->Step(0, 2));
+    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
     server.Pump();
     EXPECT_EQ("INZC 640x480@30", server.Pin());
 
@@ -93,9 +93,9 @@ TEST(DepthStreamingTest, FramesThatAreTooShortAreDroppedAndBadMetadataAreNot)
         tarn_sim::FaultPlan plan;
         plan.metadata = fault;
         plan.shortEvery = 2;
-        server.camera->SetFaultPlan(plan);
+        server.camera->Faults().SetPlan(plan);
         ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
-        ASSERT_HR(S_OK, server.camera->Step(0, 4)); // the second and the fourth are short
+        ASSERT_HR(S_OK, server.camera->Pins().Step(0, 4)); // the second and the fourth are short
 
         const auto samples = server.WaitForSamples(kDepth, 2);
 
@@ -159,7 +159,7 @@ TEST(DepthStreamingTest, AConfidenceMapThatThePinCannotServeChangesNothing)
 {
     for (const bool wasEnabled : {false, true})
     {
-        DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeConfidenceDepth));
+        DepthServer server(DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_ZC));
         ASSERT_HR(S_OK, server.SetConfidenceMap(wasEnabled)); // nothing runs that could refuse it
         ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
         ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
@@ -183,7 +183,7 @@ TEST(DepthStreamingTest, NothingIsSeenWhilePrivacyIsOn)
 {
     DepthServer server;
     ASSERT_HR(S_OK, server.SetConfidenceMap(true));
-    server.camera->SetPrivacy(true);
+    server.camera->Controls().privacy = true;
     ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30)); // depth with confidence
     EXPECT_TRUE(IsBlank(server.StepAndCollect(kDepth, 1).at(0)));
     ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30)); // both
@@ -192,7 +192,7 @@ TEST(DepthStreamingTest, NothingIsSeenWhilePrivacyIsOn)
     ASSERT_HR(S_OK, server.Stop(kDepth));
     ASSERT_HR(S_OK, server.Run(kInfrared, 320, 240, 30)); // infrared alone
     EXPECT_TRUE(IsBlank(server.StepAndCollect(kInfrared, 1).at(0)));
-    server.camera->SetPrivacy(false);
+    server.camera->Controls().privacy = false;
     EXPECT_TRUE(ShowsScene(kInfrared, server.StepAndCollect(kInfrared, 1).at(0), 320, 240));
 }
 
@@ -205,16 +205,16 @@ TEST(DepthStreamingTest, PrivacyIsKnownToEachStartThoughNoFrameTells)
         DepthServer server(configuration);
         tarn_sim::FaultPlan silent;
         silent.metadata = tarn_sim::MetadataFault::Absent;
-        server.camera->SetFaultPlan(announced ? silent : tarn_sim::FaultPlan{});
+        server.camera->Faults().SetPlan(announced ? silent : tarn_sim::FaultPlan{});
         const auto isBlankFrom = [&](UINT32 width, UINT32 height) {
             EXPECT_HR(S_OK, server.Run(kDepth, width, height, 30));
             return IsBlank(server.StepAndCollect(kDepth, 1).at(0));
         };
-        server.camera->SetPrivacy(true);
+        server.camera->Controls().privacy = true;
         EXPECT_TRUE(isBlankFrom(640, 480)) << "the camera or the frame told";
-        server.camera->SetFaultPlan(silent);
+        server.camera->Faults().SetPlan(silent);
         EXPECT_TRUE(isBlankFrom(320, 240)) << "what is known outlives the topology";
-        server.camera->SetPrivacy(false);
+        server.camera->Controls().privacy = false;
         EXPECT_EQ(!announced, isBlankFrom(640, 480));
     }
 }
@@ -227,7 +227,7 @@ TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)
     EXPECT_EQ("PAIR 640x480@60", server.Pin());
     const auto isInForce = [&](UINT32 preset) {
         return mft_core::FindDepthPreset(preset)->laserPower ==
-               server.camera->ControlValue(tarn_sim::kControlLaserPower);
+               server.camera->Controls().ValueOf(tarn_sim::kControlLaserPower);
     };
     EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
     EXPECT_EQ(0u, server.Preset());
@@ -251,10 +251,10 @@ TEST(DepthStreamingTest, FaceLoginHasItsPresetWhileItRunsAndAlternatesItsLight)
     EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
     tarn_sim::FaultPlan plan;
     plan.ksCall = {1, E_ABORT, true};
-    server.camera->SetFaultPlan(plan);
+    server.camera->Faults().SetPlan(plan);
     EXPECT_HR(E_ABORT, server.Stop(kInfrared));
     EXPECT_EQ("stopped", server.Pin());
-    server.camera->SetFaultPlan({});
+    server.camera->Faults().SetPlan({});
     EXPECT_TRUE(isInForce(TARN_DEPTH_PRESET_FACE_LOGIN));
     EXPECT_HR(S_OK, server.SetFaceLogin(false));
     ASSERT_HR(S_OK, server.Run(kInfrared, 360, 360, 60));

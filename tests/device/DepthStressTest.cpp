@@ -74,9 +74,9 @@ class Sequence
             application.join();
             CheckAfterChanges();
         }
-        EXPECT_HR(S_OK, camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+        EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
-        EXPECT_EQ(0u, camera->EventListenerCount());
+        EXPECT_EQ(0u, camera->Ks().EventListenerCount());
     }
 
   private:
@@ -168,7 +168,7 @@ class Sequence
         {
             EXPECT_EQ(model.running.at(output).has_value(), server->OutputState(output) == DeviceStreamState_Run);
         }
-        EXPECT_EQ(model.isListening ? 1u : 0u, camera->EventListenerCount());
+        EXPECT_EQ(model.isListening ? 1u : 0u, camera->Ks().EventListenerCount());
         if (!IsExact())
         {
             return;
@@ -181,8 +181,9 @@ class Sequence
 
     void CheckPresetInForce(UINT32 preset)
     {
-        EXPECT_EQ(mft_core::FindDepthPreset(preset)->laserPower, camera->ControlValue(tarn_sim::kControlLaserPower));
-        EXPECT_EQ(mft_core::FindDepthPreset(preset)->accuracy, camera->ControlValue(tarn_sim::kControlAccuracy));
+        EXPECT_EQ(mft_core::FindDepthPreset(preset)->laserPower,
+                  camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
+        EXPECT_EQ(mft_core::FindDepthPreset(preset)->accuracy, camera->Controls().ValueOf(tarn_sim::kControlAccuracy));
     }
 
     std::uint32_t DeliverFrames(std::uint32_t frames)
@@ -191,14 +192,14 @@ class Sequence
         {
             return 0;
         }
-        EXPECT_HR(S_OK, camera->Step(0, frames));
+        EXPECT_HR(S_OK, camera->Pins().Step(0, frames));
         return frames;
     }
 
     // Every output that runs gives every frame, in order, as it was asked for; one that does not gives none.
     void CollectFrames()
     {
-        const std::uint64_t before = camera->Statistics(0).delivered;
+        const std::uint64_t before = camera->Pins().Statistics(0).delivered;
         const std::uint32_t frames = DeliverFrames(1 + random() % 3);
         for (const DWORD output : {kDepth, kInfrared})
         {
@@ -231,7 +232,7 @@ class Sequence
         if (output == kDepth)
         {
             // With confidence the sample keeps the buffer of both planes.
-            const bool hasConfidence = record.formatFourCc == tarn_sim::kSubtypeConfidenceDepth.Data1;
+            const bool hasConfidence = record.formatFourCc == CUSTOM_GUID_KELP_ZC.Data1;
             EXPECT_EQ(pixels * (hasConfidence ? 4 : 2), bytes.size());
             EXPECT_EQ(FlatScene::DepthByte(record.frameCounter), bytes.front());
             EXPECT_EQ(FlatScene::DepthByte(record.frameCounter), bytes.at(pixels * 2 - 1));

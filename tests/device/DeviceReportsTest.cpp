@@ -98,7 +98,7 @@ TEST(TarnFwErrorHandlerTest, AnEventTracesNameAndCode)
                                "Test");
     const auto tracedFor = [&](std::uint8_t code, const char *text) {
         const TraceLines trace;
-        device.camera->SetErrorCode(code);
+        device.camera->Controls().SetErrorCode(code);
         handler.OnEvent();
         return trace.Contains(text);
     };

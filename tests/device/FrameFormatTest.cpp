@@ -28,7 +28,7 @@ class TarnFrameFormatTopologyNodeTest : public testing::Test
     {
         InputStream pin(0, &generator, device.camera.Get(), {}, "Test");
         pin.SetCurrentMediaType(former.Get());
-        return make_shared<TarnFrameFormatTopologyNode>(end, pin, std::move(subtypes), width, height, config);
+        return make_shared<TarnFrameFormatTopologyNode>(end, pin, std::move(subtypes), width, height, mapState);
     }
     bool Passes(const std::shared_ptr<TarnFrameFormatTopologyNode> &node, DWORD length,
                 const std::optional<TARN_FRAME_METADATA> &record = std::nullopt)
@@ -61,8 +61,7 @@ class TarnFrameFormatTopologyNodeTest : public testing::Test
     const tarn_test::DepthCamera device;
     tarn_test::TestEventGenerator generator;
     const std::shared_ptr<tarn_test::RecordingNode> end = make_shared<tarn_test::RecordingNode>();
-    const std::shared_ptr<TarnConfidenceMapConfig> config =
-        make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
+    const std::shared_ptr<ConfidenceMapState> mapState = make_shared<ConfidenceMapState>();
     const ComPtr<IMFMediaType> small = tarn_test::MakeType(320, 240, 30, CUSTOM_GUID_KELP_Z);
     const ComPtr<IMFMediaType> large = tarn_test::MakeType(640, 480, 30, CUSTOM_GUID_KELP_Z);
 };
@@ -81,10 +80,7 @@ TEST_F(TarnFrameFormatTopologyNodeTest, AFrameWithoutARecordIsRefusedForTheLengt
     const auto depth = NodeFor({CUSTOM_GUID_KELP_Z, CUSTOM_GUID_KELP_ZC}, 640, 480, small);
     EXPECT_TRUE(PassesAll(depth, {kLarge, kLarge + 100, 2 * kLarge, 2 * kLarge + 100}));
     EXPECT_FALSE(Passes(depth, kLarge - 1));
-    KSPROPERTY set{};
-    set.Flags = KSPROPERTY_TYPE_SET;
-    UINT32 enabled = 1;
-    EXPECT_HR(S_OK, config->Run(&set, sizeof(set), &enabled, sizeof(enabled), nullptr));
+    mapState->Set(true);
     EXPECT_TRUE(PassesAll(depth, {kLarge, 2 * kLarge, 2 * kLarge + 100}));
     EXPECT_FALSE(Passes(depth, 2 * kLarge - 1)) << "its confidence would be taken for depth";
 }

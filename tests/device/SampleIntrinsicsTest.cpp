@@ -79,7 +79,7 @@ class SampleIntrinsicsTest : public testing::Test
     // A sample of that output; all others are taken away.
     static ComPtr<IMFSample> Frame(DepthServer &server, const Outputs &outputs, DWORD wanted)
     {
-        EXPECT_HR(S_OK, server.camera->Step(0, 1));
+        EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
         ComPtr<IMFSample> frame;
         for (const auto &[output, size] : outputs)
         {
@@ -132,7 +132,7 @@ class SampleIntrinsicsTest : public testing::Test
                                    : pixels.at(2 * index) + pixels.at(2 * index + 1) * 256;
     }
 
-    const tarn_sim::CalibrationTable lens = tarn_sim::DefaultCalibration();
+    const TARN_CALIBRATION_TABLE lens = tarn_sim::DefaultCalibration();
     std::shared_ptr<ProbeScene> scene = std::make_shared<ProbeScene>();
 };
 

@@ -176,14 +176,27 @@ TEST_F(TarnDepthPrivacyTopologyNodeTest, NothingOfAPrivateFrameIsLeftAndWhatOneT
     EXPECT_EQ(9u, end->Times().size());
 }
 
+TEST_F(TarnDepthPrivacyTopologyNodeTest, NoPictureStaysInAPoolOnceAPrivateFrameHasCome)
+{
+    const auto pool = make_shared<mft_utils::BufferPool>();
+    ComPtr<IMFMediaBuffer> picture; // that a node in front has written
+    ASSERT_HR(S_OK, pool->Take(100, &picture));
+    TarnDepthPrivacyTopologyNode node(end, privacy);
+    node.UseBuffers(pool);
+    for (const bool isPrivate : {false, true})
+    {
+        const auto sample = MakeSample(0, {1, 2});
+        Attach(sample.Get(), isPrivate ? isOn : isOff);
+        node.Process(sample.Get());
+        EXPECT_REFS(picture, isPrivate ? 1 : 2);
+    }
+}
+
 TEST_F(TarnDepthPrivacyTopologyNodeTest, AConfidenceMapThatIsMadeBehindItShowsNothing)
 {
-    KSPROPERTY set{};
-    set.Flags = KSPROPERTY_TYPE_SET;
-    UINT32 enabled = 1;
-    const auto config = make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
-    EXPECT_HR(S_OK, config->Run(&set, sizeof(set), &enabled, sizeof(enabled), nullptr));
-    TarnDepthPrivacyTopologyNode before(make_shared<TarnConfidenceMapTopologyNode>(end, 2, 1, config), privacy);
+    const auto mapState = make_shared<ConfidenceMapState>();
+    mapState->Set(true);
+    TarnDepthPrivacyTopologyNode before(make_shared<TarnConfidenceMapTopologyNode>(end, 2, 1, mapState), privacy);
     for (const Bytes &record : {isOff, isOn})
     {
         const auto sample = MakeSample(0, {200, 200, 0, 0, 7, 7, 7, 7}); // confidence, then depth
@@ -206,16 +219,16 @@ TEST(FramePrivacyTest, TheCameraIsAskedWhenItAnnouncesThePrivacyControl)
             privacy.AskCamera(device.camera.Get());
             return privacy.Now();
         };
-        device.camera->SetPrivacy(true);
+        device.camera->Controls().privacy = true;
         device.FailKsCall(1, true);
         EXPECT_EQ(State::Unknown, ask());
-        device.camera->SetFaultPlan({});
+        device.camera->Faults().SetPlan({});
         EXPECT_EQ(announced ? State::On : State::Unknown, ask());
-        device.camera->SetPrivacy(false);
+        device.camera->Controls().privacy = false;
         privacy.Tell(true);
         device.FailKsCall(2); // announced, but not answered
         EXPECT_EQ(State::On, ask());
-        device.camera->SetFaultPlan({});
+        device.camera->Faults().SetPlan({});
         EXPECT_EQ(announced ? State::Off : State::On, ask());
     }
 }

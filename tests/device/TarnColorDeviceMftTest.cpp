@@ -89,10 +89,10 @@ TEST_F(TarnColorDeviceMftTest, APrivateFrameIsBlackByItsFormatAndACompressedOneI
 TEST_F(TarnColorDeviceMftTest, NothingIsSeenWhilePrivacyIsOn)
 {
     Server server;
-    server.camera->SetPrivacy(true);
+    server.camera->Controls().privacy = true;
     tarn_sim::FaultPlan plan;
     plan.metadata = tarn_sim::MetadataFault::Absent; // the camera itself is asked at the start
-    server.camera->SetFaultPlan(plan);
+    server.camera->Faults().SetPlan(plan);
     ASSERT_HR(S_OK, server.Start(0));
     const Bytes pixels = PixelsOf(server.StepAndCollect(0, 1).at(0));
     for (std::size_t i = 0; i < pixels.size(); ++i)
@@ -109,10 +109,10 @@ TEST_F(TarnColorDeviceMftTest, ItsExtensionUnitTakesPropertiesTellsErrorsAndMayB
     // No node is named by the application: the transform adds it.
     EXPECT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_COLOR_CONTROL, tarn_sim::kControlExposureGranularity,
                                         KSPROPERTY_TYPE_SET, &value, sizeof(value)));
-    EXPECT_EQ(42, server.camera->ControlValue(tarn_sim::kControlExposureGranularity));
+    EXPECT_EQ(42, server.camera->Controls().ValueOf(tarn_sim::kControlExposureGranularity));
     ASSERT_HR(S_OK, server.Start(0));
-    server.camera->SetErrorCode(TARN_FIRMWARE_ERROR_USB_BANDWIDTH);
-    EXPECT_EQ(1u, server.camera->SignalAutoUpdate());
+    server.camera->Controls().SetErrorCode(TARN_FIRMWARE_ERROR_USB_BANDWIDTH);
+    EXPECT_EQ(1u, server.camera->Ks().SignalAutoUpdate());
     EXPECT_TRUE(tarn_test::WaitUntil([&] { return trace.Contains("firmware error: USB bandwidth (7)"); }));
 
     Server without(false);

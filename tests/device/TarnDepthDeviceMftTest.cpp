@@ -80,7 +80,7 @@ TEST(TarnDepthDeviceMftTest, DepthComesFirstInEighthsOfAMillimetreAndInfraredWit
 
 TEST(TarnDepthDeviceMftTest, ACameraWithoutFaceLoginFormatOffersNeitherTypeNorMode)
 {
-    DepthServer server(DepthServer::WithoutSubtype(tarn_sim::kSubtypeFaceLogin));
+    DepthServer server(DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_FACE_LOGIN));
     ASSERT_HR(S_OK, server.initialized);
     EXPECT_EQ(5u, TypeCount(server, kInfrared));
     EXPECT_EQ(nullptr, server.FindType(kInfrared, {360, 360, 60}));
@@ -111,8 +111,8 @@ TEST(TarnDepthDeviceMftTest, AFirmwareErrorIsTracedWhenTheCameraSignalsIt)
     const tarn_test::TraceLines trace;
     DepthServer server;
     ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
-    server.camera->SetErrorCode(TARN_FIRMWARE_ERROR_LASER_CURRENT);
-    EXPECT_EQ(1u, server.camera->SignalAutoUpdate());
+    server.camera->Controls().SetErrorCode(TARN_FIRMWARE_ERROR_LASER_CURRENT);
+    EXPECT_EQ(1u, server.camera->Ks().SignalAutoUpdate());
     EXPECT_TRUE(tarn_test::WaitUntil([&] { return trace.Contains("firmware error: laser current (2)"); }));
 }
 
@@ -166,15 +166,15 @@ TEST(TarnDepthDeviceMftTest, ShutdownComesWhileTheCameraStillAnswersAnApplicatio
         tarn_sim::FaultPlan plan;
         plan.ksDelay = std::chrono::milliseconds(200);
         plan.ksDelayedCall = 1;
-        server.camera->SetFaultPlan(plan);
+        server.camera->Faults().SetPlan(plan);
         const auto arrived = [&] { return server.camera->Calls(tarn_sim::Method::KsProperty); };
         const std::uint64_t before = arrived();
         std::thread application([&] { EXPECT_HR(S_OK, call(server)); });
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return arrived() > before; }));
         EXPECT_HR(S_OK, server.ShutDown());
         application.join();
-        EXPECT_EQ(0u, server.camera->EventListenerCount());
-        EXPECT_EQ(&call != &calls[0], server.camera->ControlValue(tarn_sim::kControlLaserPower) != laser);
+        EXPECT_EQ(0u, server.camera->Ks().EventListenerCount());
+        EXPECT_EQ(&call != &calls[0], server.camera->Controls().ValueOf(tarn_sim::kControlLaserPower) != laser);
     }
     EXPECT_EQ(22u, echo.answer[1]);
 }
@@ -188,14 +188,14 @@ TEST(TarnDepthDeviceMftTest, ATransformReleasedWithoutShutdownLeavesNothing)
             DepthServer server(camera);
             ASSERT_HR(S_OK, server.SetFaceLogin(true));
             ASSERT_HR(S_OK, server.Start(output));
-            EXPECT_EQ(1u, camera->EventListenerCount());
-            EXPECT_EQ(output == kDepth,
-                      LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT) == camera->ControlValue(tarn_sim::kControlLaserPower));
+            EXPECT_EQ(1u, camera->Ks().EventListenerCount());
+            EXPECT_EQ(output == kDepth, LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT) ==
+                                            camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
             server.isShutDown = true; // as far as the server cares
         }
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
-        EXPECT_EQ(0u, camera->EventListenerCount());
-        EXPECT_EQ(LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT), camera->ControlValue(tarn_sim::kControlLaserPower));
+        EXPECT_EQ(0u, camera->Ks().EventListenerCount());
+        EXPECT_EQ(LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT), camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
     }
 }
 

@@ -19,16 +19,17 @@ namespace
 struct CameraState
 {
     explicit CameraState(const DepthCamera &device)
-        : autoRange(device.camera->FirmwareNow().autoRange), parameters{device.camera->FirmwareNow().autoRangeParam1,
-                                                                        device.camera->FirmwareNow().autoRangeParam2},
-          hdrOn(device.camera->FirmwareNow().hdrOn),
-          hdrConfiguration(hdrOn ? device.camera->FirmwareNow().hdrConfiguration : std::vector<std::uint8_t>{})
+        : autoRange(device.camera->Ks().FirmwareNow().autoRange),
+          parameters{device.camera->Ks().FirmwareNow().autoRangeParam1,
+                     device.camera->Ks().FirmwareNow().autoRangeParam2},
+          hdrOn(device.camera->Ks().FirmwareNow().hdrOn),
+          hdrConfiguration(hdrOn ? device.camera->Ks().FirmwareNow().hdrConfiguration : std::vector<std::uint8_t>{})
     {
         for (const ULONG id :
              {tarn_sim::kControlLaserPower, tarn_sim::kControlAccuracy, tarn_sim::kControlMotionVersusRange,
               tarn_sim::kControlFilterOption, tarn_sim::kControlConfidenceThreshold})
         {
-            controls.push_back(device.camera->ControlValue(id));
+            controls.push_back(device.camera->Controls().ValueOf(id));
         }
     }
     bool operator==(const CameraState &) const = default;
@@ -62,14 +63,14 @@ TEST_F(TarnDepthPresetsTest, EveryPresetIsTakenWholeByTheCamera)
         EXPECT_EQ(preset.autoRange.noBlock ? 0u : 12u, state.autoRange.size());
         EXPECT_EQ(preset.hdr.on, state.hdrOn);
     }
-    EXPECT_EQ(0u, device.camera->FirmwareNow().refused);
+    EXPECT_EQ(0u, device.camera->Ks().FirmwareNow().refused);
 }
 
 TEST_F(TarnDepthPresetsTest, FirmwareBlocksAreLaidOutAsDocumented)
 {
     ASSERT_HR(S_OK, presets->ApplyPreset(Types::HIGH_CONTRAST));
 
-    const tarn_sim::FirmwareState state = device.camera->FirmwareNow();
+    const tarn_sim::FirmwareState state = device.camera->Ks().FirmwareNow();
     EXPECT_EQ((std::vector<std::uint8_t>{10, 0, 60, 0, 30, 0, 16, 0, 16, 0, 16, 0}), state.autoRange);
     EXPECT_EQ(1u, state.autoRangeParam1);
     EXPECT_EQ(2u, state.autoRangeParam2);
@@ -80,14 +81,14 @@ TEST_F(TarnDepthPresetsTest, AnUnknownPresetChangesNothing)
 {
     ASSERT_HR(S_OK, presets->ApplyPreset(Types::CLOSE_UP));
     const CameraState before(device);
-    device.camera->ClearKsTraffic();
+    device.camera->Ks().ClearTraffic();
 
     for (const std::uint32_t unknown : {7U, 13U, 15U, 0xFFFFFFFFU})
     {
         EXPECT_HR(E_INVALIDARG, presets->ApplyPreset(Types{unknown}));
     }
 
-    EXPECT_TRUE(device.camera->KsTraffic().empty());
+    EXPECT_TRUE(device.camera->Ks().Traffic().empty());
     EXPECT_EQ(Types::CLOSE_UP, presets->GetCurrentPreset());
     EXPECT_EQ(before, CameraState(device));
 }
@@ -97,7 +98,7 @@ TEST_F(TarnDepthPresetsTest, AFailureAtAnyStepLeavesTheFormerPresetInForce)
     for (const auto &[former, next] :
          {std::pair{Types::FAST_MOTION, Types::HIGH_CONTRAST}, std::pair{Types::HIGH_CONTRAST, Types::FACE_LOGIN}})
     {
-        device.camera->SetFaultPlan({});
+        device.camera->Faults().SetPlan({});
         ASSERT_HR(S_OK, presets->ApplyPreset(former));
         const CameraState before(device);
         std::uint32_t failing = 1;
@@ -138,7 +139,7 @@ TEST_F(TarnDepthPresetsTest, ACameraThatTakesNothingAnyMoreIsReported)
 TEST_F(TarnDepthPresetsTest, FaceLoginEndsWithWhatApplicationsWantAlsoAfterRefusals)
 {
     const auto inForce = [this](Types type) {
-        return device.camera->ControlValue(tarn_sim::kControlLaserPower) ==
+        return device.camera->Controls().ValueOf(tarn_sim::kControlLaserPower) ==
                    mft_core::FindDepthPreset(static_cast<std::uint32_t>(type))->laserPower &&
                presets->GetCurrentPreset() == type;
     };
@@ -146,11 +147,11 @@ TEST_F(TarnDepthPresetsTest, FaceLoginEndsWithWhatApplicationsWantAlsoAfterRefus
     ASSERT_HR(S_OK, presets->BeginFaceLogin());
     EXPECT_TRUE(inForce(Types::FACE_LOGIN));
     EXPECT_EQ(Types::LOW_POWER, presets->GetWantedPreset());
-    device.camera->ClearKsTraffic();
+    device.camera->Ks().ClearTraffic();
     EXPECT_HR(S_OK, presets->ApplyPreset(Types::CLOSE_UP));
     EXPECT_HR(E_INVALIDARG, presets->ApplyPreset(Types{13}));
     EXPECT_HR(S_OK, presets->RestoreWantedPreset());
-    EXPECT_TRUE(device.camera->KsTraffic().empty());
+    EXPECT_TRUE(device.camera->Ks().Traffic().empty());
     EXPECT_EQ(Types::CLOSE_UP, presets->GetWantedPreset());
 
     device.FailKsCall(1);
@@ -165,14 +166,14 @@ TEST_F(TarnDepthPresetsTest, FaceLoginEndsWithWhatApplicationsWantAlsoAfterRefus
     EXPECT_HR(E_ABORT, presets->BeginFaceLogin());
     EXPECT_HR(E_ABORT, presets->RestoreWantedPreset());
     EXPECT_NE(mft_core::FindDepthPreset(TARN_DEPTH_PRESET_CLOSE_UP)->laserPower,
-              device.camera->ControlValue(tarn_sim::kControlLaserPower));
-    device.camera->SetFaultPlan({});
+              device.camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
+    device.camera->Faults().SetPlan({});
     EXPECT_HR(S_OK, presets->RestoreWantedPreset());
     EXPECT_TRUE(inForce(Types::CLOSE_UP));
-    device.camera->ClearKsTraffic();
+    device.camera->Ks().ClearTraffic();
     EXPECT_HR(S_OK, presets->EndFaceLogin()); // it has not begun
     EXPECT_HR(S_OK, presets->RestoreWantedPreset());
-    EXPECT_TRUE(device.camera->KsTraffic().empty());
+    EXPECT_TRUE(device.camera->Ks().Traffic().empty());
 }
 
 TEST_F(TarnDepthPresetsTest, PresetsFromTwoThreadsDoNotMix)

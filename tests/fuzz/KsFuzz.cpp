@@ -52,11 +52,13 @@ class Fuzzer
         const auto property = [this](std::shared_ptr<KsPropHandler> handler) {
             return device->RegisterKsPropertyHandler(std::move(handler)) == S_OK;
         };
-        return ready && property(faceAuth) && property(std::make_shared<WarmStartKsPropsHandler>()) &&
-               property(std::make_shared<TarnApiVersion>()) &&
-               property(std::make_shared<TarnConfidenceMapConfig>([this](bool) {
-                   return Pick({S_OK, E_UNEXPECTED});
-               })) &&
+        return ready && property(std::make_shared<FaceAuthKsPropertyHandler>(faceAuth)) &&
+               property(std::make_shared<WarmStartKsPropsHandler>()) && property(std::make_shared<TarnApiVersion>()) &&
+               property(std::make_shared<TarnConfidenceMapConfig>(
+                   [this](bool) {
+                       return Pick({S_OK, E_UNEXPECTED});
+                   },
+                   std::make_shared<ConfidenceMapState>())) &&
                property(std::make_shared<TarnHwCommandKsPropertyHandler>(pipe)) &&
                property(std::make_shared<CompleteSetPropsHandler>(unit, KSPROPERTYSETID_TARN_DEPTH_CONTROL)) &&
                device->RegisterKsPropertyDefaultHandler(std::make_shared<PassthroughKsPropsHandler>(filter)) == S_OK &&
@@ -220,7 +222,7 @@ class Fuzzer
     user_space_frameworks::UniqueHandle event{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
     ComPtr<tarn_test::FakeFilter> filter = MakeCom<tarn_test::FakeFilter>();
     ComPtr<PassThroughDeviceMft> device = MakeCom<PassThroughDeviceMft>("Test device");
-    std::shared_ptr<FaceAuthKsPropertyHandler> faceAuth = std::make_shared<FaceAuthKsPropertyHandler>();
+    std::shared_ptr<FaceAuthState> faceAuth = std::make_shared<FaceAuthState>();
     std::shared_ptr<OneShotKsEventHandler> oneShot =
         std::make_shared<OneShotKsEventHandler>(kEventSet, 0, "one shot", nullptr);
     std::shared_ptr<RegularKsEventHandler> regular =

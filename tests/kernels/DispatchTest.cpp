@@ -12,6 +12,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -44,23 +45,24 @@ TEST(CpuFeaturesTest, NeedsTheOperatingSystemToSaveTheRegisters)
 
 TEST(CpuFeaturesTest, ReadsEachFeatureFromItsOwnBit)
 {
-    const auto without = [](unsigned leaf1Bit, unsigned leaf7Bit) {
-        CpuRegisters registers = kEverything;
-        registers.leaf1Ecx &= ~(leaf1Bit < 32 ? 1U << leaf1Bit : 0U);
-        registers.leaf7Ebx &= ~(leaf7Bit < 32 ? 1U << leaf7Bit : 0U);
-        return DecodeCpuFeatures(registers);
-    };
-    constexpr unsigned kKeep = 32;
-    EXPECT_FALSE(without(19, kKeep).sse41);
-    EXPECT_FALSE(without(12, kKeep).fma);
-    EXPECT_FALSE(without(22, kKeep).movbe);
-    EXPECT_FALSE(without(28, kKeep).avx2);
-    EXPECT_FALSE(without(kKeep, 3).bmi1);
-    EXPECT_FALSE(without(kKeep, 5).avx2);
-    EXPECT_FALSE(without(kKeep, 8).bmi2);
-    for (const unsigned bit : {16U, 17U, 30U, 31U})
+    const struct
     {
-        EXPECT_FALSE(without(kKeep, bit).avx512) << bit;
+        std::uint32_t CpuRegisters::*leaf;
+        unsigned bit;
+        bool CpuFeatures::*feature;
+    } rows[] = {
+        {&CpuRegisters::leaf1Ecx, 19, &CpuFeatures::sse41},  {&CpuRegisters::leaf1Ecx, 12, &CpuFeatures::fma},
+        {&CpuRegisters::leaf1Ecx, 22, &CpuFeatures::movbe},  {&CpuRegisters::leaf1Ecx, 28, &CpuFeatures::avx2},
+        {&CpuRegisters::leaf7Ebx, 3, &CpuFeatures::bmi1},    {&CpuRegisters::leaf7Ebx, 5, &CpuFeatures::avx2},
+        {&CpuRegisters::leaf7Ebx, 8, &CpuFeatures::bmi2},    {&CpuRegisters::leaf7Ebx, 16, &CpuFeatures::avx512},
+        {&CpuRegisters::leaf7Ebx, 17, &CpuFeatures::avx512}, {&CpuRegisters::leaf7Ebx, 30, &CpuFeatures::avx512},
+        {&CpuRegisters::leaf7Ebx, 31, &CpuFeatures::avx512},
+    };
+    for (const auto &[leaf, bit, feature] : rows)
+    {
+        CpuRegisters registers = kEverything;
+        registers.*leaf &= ~(1U << bit);
+        EXPECT_FALSE(DecodeCpuFeatures(registers).*feature) << bit;
     }
 }
 
@@ -91,47 +93,47 @@ TEST(InstructionSetTest, UnknownNamesChangeNothing)
               std::getenv("TARN_KERNELS") != nullptr ? std::getenv("TARN_KERNELS") : SupportedInstructionSets().back());
 }
 
-TEST(InstructionSetTest, EveryEntryOfASetIsItsOwn)
-{
-    const std::vector<const KernelTable *> tables = {&kScalarKernels, &kSse41Kernels, &kAvx2Kernels, &kAvx512Kernels};
-    for (const KernelTable *a : tables)
-    {
-        for (const KernelTable *b : tables)
-        {
-            const bool same = a == b;
-            EXPECT_EQ(a->tenToEight == b->tenToEight, same);
-            EXPECT_EQ(a->confidence == b->confidence, same);
-            EXPECT_EQ(a->clampAbove == b->clampAbove, same);
-            EXPECT_EQ(a->copyRows == b->copyRows, same);
-            EXPECT_EQ(a->moveBytes == b->moveBytes, same);
-            EXPECT_EQ(a->medianCrop == b->medianCrop, same);
-            EXPECT_EQ(a->resize == b->resize, same);
-            EXPECT_EQ(a->sharpen == b->sharpen, same);
-        }
-    }
-}
-
 std::vector<std::string> calls;
 KernelTable forwardedTo;
 
-// A table whose entries note the set they were made from and then call it.
-KernelTable CountingCopyOf(const KernelTable &table)
+template <auto Entry>
+struct Noting;
+
+// Notes the set of the entry, then calls it.
+template <class... Arguments, void (*KernelTable::*Entry)(Arguments...)>
+struct Noting<Entry>
+{
+    static void Call(Arguments... arguments)
+    {
+        calls.emplace_back(forwardedTo.name);
+        (forwardedTo.*Entry)(arguments...);
+    }
+};
+
+KernelTable NotingCopyOf(const KernelTable &table)
 {
     forwardedTo = table;
-    KernelTable counting = table;
-    counting.tenToEight = [](auto... a) { calls.emplace_back(forwardedTo.name), forwardedTo.tenToEight(a...); };
-    counting.confidence = [](auto... a) { calls.emplace_back(forwardedTo.name), forwardedTo.confidence(a...); };
-    counting.clampAbove = [](auto... a) { calls.emplace_back(forwardedTo.name), forwardedTo.clampAbove(a...); };
-    counting.copyRows = [](auto... a) { calls.emplace_back(forwardedTo.name), forwardedTo.copyRows(a...); };
-    counting.moveBytes = [](auto... a) { calls.emplace_back(forwardedTo.name), forwardedTo.moveBytes(a...); };
-    counting.medianCrop = [](const MedianCropInput &i, auto... a) {
-        calls.emplace_back(forwardedTo.name), forwardedTo.medianCrop(i, a...);
-    };
-    counting.resize = [](const ResizeTables &t, auto... a) {
-        calls.emplace_back(forwardedTo.name), forwardedTo.resize(t, a...);
-    };
-    counting.sharpen = [](auto... a) { calls.emplace_back(forwardedTo.name), forwardedTo.sharpen(a...); };
-    return counting;
+    return {table.name,
+            Noting<&KernelTable::tenToEight>::Call,
+            Noting<&KernelTable::confidence>::Call,
+            Noting<&KernelTable::clampAbove>::Call,
+            Noting<&KernelTable::copyRows>::Call,
+            Noting<&KernelTable::moveBytes>::Call,
+            Noting<&KernelTable::medianCrop>::Call,
+            Noting<&KernelTable::resize>::Call,
+            Noting<&KernelTable::sharpen>::Call};
+}
+
+TEST(InstructionSetTest, EveryEntryOfASetIsItsOwn)
+{
+    std::set<const void *> entries;
+    for (const KernelTable *t : {&kScalarKernels, &kSse41Kernels, &kAvx2Kernels, &kAvx512Kernels})
+    {
+        const auto add = [&](auto... functions) { (entries.insert(reinterpret_cast<const void *>(functions)), ...); };
+        add(t->tenToEight, t->confidence, t->clampAbove, t->copyRows, t->moveBytes, t->medianCrop, t->resize,
+            t->sharpen);
+    }
+    EXPECT_EQ(entries.size(), 4U * 8U);
 }
 
 // The forced set is in force, and everything public runs through the table in force: so the forced set is what ran.
@@ -145,8 +147,8 @@ TEST(InstructionSetTest, TheForcedSetIsTheOneThatRuns)
         EXPECT_EQ(ActiveKernels().name, name);
 
         calls.clear();
-        const KernelTable counting = CountingCopyOf(ActiveKernels());
-        const ScopedKernelTable scoped(counting);
+        const KernelTable noting = NotingCopyOf(ActiveKernels());
+        const ScopedKernelTable scoped(noting);
         std::vector<std::uint16_t> frame(100 * 100, 7);
         std::vector<std::uint16_t> out(100 * 104);
         std::vector<std::uint8_t> bytes(100 * 100);

@@ -1,19 +1,16 @@
 // What the scalar references promise, each checked against an independent formula or a published value.
+#include "tests/kernels/EverySet.h"
+
 #include "kernels/Confidence.h"
-#include "kernels/InstructionSet.h"
 #include "kernels/MedianCrop.h"
 #include "kernels/Resize.h"
 #include "kernels/Sharpen.h"
 #include "kernels/TenToEight.h"
 #include "kernels/Threshold.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace mft_kernels
@@ -64,12 +61,6 @@ TEST_P(ReferenceTest, TenToEightEqualsTheSinglePrecisionProductForEveryWord)
         const float scaled = static_cast<float>((v << 6U) & 0xFFFFU) * 0.0038910505F;
         ASSERT_EQ(bytes[v], std::lrint(scaled)) << v;
     }
-    EXPECT_EQ(bytes[1023], 255);
-    EXPECT_EQ(bytes[512], 128);
-    EXPECT_EQ(bytes[3], 1);
-    EXPECT_EQ(bytes[2], 0);
-    EXPECT_EQ(bytes[1024], 0);
-    EXPECT_TRUE(std::is_sorted(bytes.begin(), bytes.begin() + 1024));
 }
 
 TEST_P(ReferenceTest, ConfidenceIsFourBits)
@@ -77,13 +68,11 @@ TEST_P(ReferenceTest, ConfidenceIsFourBits)
     std::vector<std::uint8_t> bytes(256);
     std::iota(bytes.begin(), bytes.end(), std::uint8_t{0});
     ExtractConfidence(bytes.data(), 256, 256, 1);
-    EXPECT_EQ(bytes[0], 0);
-    EXPECT_EQ(bytes[22], 0);
-    EXPECT_EQ(bytes[23], 1);
-    EXPECT_EQ(bytes[134], 14);
-    EXPECT_EQ(bytes[135], 15);
-    EXPECT_EQ(bytes[255], 15);
-    EXPECT_TRUE(std::is_sorted(bytes.begin(), bytes.end()));
+    for (int value = 0; value < 256; ++value)
+    {
+        // One more every eight from 23, then full.
+        EXPECT_EQ(bytes[static_cast<std::size_t>(value)], std::clamp((value - 15) / 8, 0, 15)) << value;
+    }
 }
 
 TEST_P(ReferenceTest, ClampComparesUnsigned)
@@ -121,12 +110,6 @@ TEST_P(ReferenceTest, ResizeKeepsEdgesSameSizesAndConstants)
     EXPECT_EQ(row, (std::vector<std::uint16_t>{100, 151, 252, 302}));
     const std::vector<std::uint16_t> constant(33 * 47, 65535);
     EXPECT_EQ(ResizeImage(constant, 33, 47, 71, 19), std::vector<std::uint16_t>(71 * 19, 65535));
-}
-
-TEST_P(ReferenceTest, ResizePlanRefusesEmptyAndHugeSizes)
-{
-    EXPECT_THROW(ResizePlan(0, 1, 1, 1), std::invalid_argument);
-    EXPECT_THROW(ResizePlan(1, 1, 1, 65536), std::invalid_argument);
 }
 
 TEST_P(ReferenceTest, MedianComparesSigned)
@@ -192,20 +175,6 @@ TEST_P(ReferenceTest, SharpenIsAnUnsharpMask)
     EXPECT_EQ(result[40 * kSize + 41], 0);
 }
 
-std::vector<std::string> AllSets()
-{
-    std::vector<std::string> names;
-    for (const std::string_view name : SupportedInstructionSets())
-    {
-        names.emplace_back(name);
-    }
-    return names;
-}
-
-INSTANTIATE_TEST_SUITE_P(EverySet, ReferenceTest, testing::ValuesIn(AllSets()), [](const auto &set) {
-    std::string name = set.param;
-    std::erase(name, '.');
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(EverySet, ReferenceTest, testing::ValuesIn(AllSets()), NameOfSet);
 } // namespace
 } // namespace mft_kernels

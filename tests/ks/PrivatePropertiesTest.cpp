@@ -33,9 +33,14 @@ class PrivatePropertiesTest : public testing::Test
   protected:
     PrivatePropertiesTest()
     {
-        EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(faceAuth));
+        EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(faceAuthHandler));
         EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<TarnApiVersion>()));
-        EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(confidenceMap));
+        EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<TarnConfidenceMapConfig>(
+                            [this](bool enable) {
+                                applied.push_back(enable);
+                                return applyResult;
+                            },
+                            confidenceMap)));
         EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<TarnHwCommandKsPropertyHandler>(
                             std::make_shared<FirmwareCommandPipe>(filter, GUID{}, 7, "pipe"))));
         faceAuth->faceAuthSupported = true;
@@ -74,14 +79,11 @@ class PrivatePropertiesTest : public testing::Test
 
     ComPtr<PassThroughDeviceMft> device = MakeCom<PassThroughDeviceMft>("Test device");
     ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
-    std::shared_ptr<FaceAuthKsPropertyHandler> faceAuth = std::make_shared<FaceAuthKsPropertyHandler>();
+    std::shared_ptr<FaceAuthState> faceAuth = std::make_shared<FaceAuthState>();
+    std::shared_ptr<FaceAuthKsPropertyHandler> faceAuthHandler = std::make_shared<FaceAuthKsPropertyHandler>(faceAuth);
     std::vector<bool> applied;
     HRESULT applyResult = S_OK;
-    std::shared_ptr<TarnConfidenceMapConfig> confidenceMap =
-        std::make_shared<TarnConfidenceMapConfig>([this](bool enable) {
-            applied.push_back(enable);
-            return applyResult;
-        });
+    std::shared_ptr<ConfidenceMapState> confidenceMap = std::make_shared<ConfidenceMapState>();
     ULONG returned = 0;
 };
 
@@ -137,31 +139,28 @@ TEST_F(PrivatePropertiesTest, EachCallIsServedOrRefusedWithTheSizeItNeeds)
     EXPECT_TRUE(applied.empty());
 }
 
-TEST_F(PrivatePropertiesTest, ConfidenceMapCallsTheTransformOnlyForChanges)
+TEST_F(PrivatePropertiesTest, ConfidenceMapAsksTheTransformAndAnswersItsState)
 {
     std::array<std::uint32_t, 2> version{1, 1};
     EXPECT_HR(S_OK, Call(0, kGet, version.data(), 8));
     EXPECT_EQ((std::array<std::uint32_t, 2>{0, 7}), version);
 
-    std::uint32_t value = 0;
-    EXPECT_HR(S_OK, Call(2, kSet, &value, 4)); // off already
-    EXPECT_TRUE(applied.empty());
-    value = 0x80000000;
+    std::uint32_t value = 0x80000000;
     EXPECT_HR(S_OK, Call(2, kSet, &value, 4));
     EXPECT_EQ(4u, returned);
-    value = 1;
-    EXPECT_HR(S_OK, Call(2, kSet, &value, 4)); // on already
-    EXPECT_EQ(std::vector<bool>{true}, applied);
-    value = 77;
-    EXPECT_HR(S_OK, Call(2, kGet, &value, 4));
-    EXPECT_EQ(1u, value);
-
     applyResult = E_UNEXPECTED;
     value = 0;
     EXPECT_HR(E_UNEXPECTED, Call(2, kSet, &value, 4));
-    EXPECT_TRUE(confidenceMap->IsEnabled());
+    EXPECT_EQ((std::vector<bool>{true, false}), applied);
+    for (const bool enabled : {true, false})
+    {
+        confidenceMap->Set(enabled);
+        value = 77;
+        EXPECT_HR(S_OK, Call(2, kGet, &value, 4));
+        EXPECT_EQ(enabled ? 1u : 0u, value);
+    }
 
-    TarnConfidenceMapConfig unbound(nullptr);
+    TarnConfidenceMapConfig unbound(nullptr, confidenceMap);
     KSPROPERTY request = MakeRequest(KSPROPERTYSETID_TARN_DMFT_CONTROL, 2, kSet);
     value = 1;
     EXPECT_THROW(unbound.Run(&request, sizeof(request), &value, 4, nullptr), std::runtime_error);
@@ -216,7 +215,7 @@ TEST_F(PrivatePropertiesTest, FaceAuthModeChangesOnlyWhenItMay)
 
     KSPROPERTY request = MakeRequest(KSPROPERTYSETID_ExtendedCameraControl, kFaceAuth, kGet);
     EXPECT_HR(E_POINTER, device->KsProperty(&request, sizeof(request), block, 40, nullptr));
-    EXPECT_HR(E_POINTER, faceAuth->Run(nullptr, 0, block, 40, &returned));
+    EXPECT_HR(E_POINTER, faceAuthHandler->Run(nullptr, 0, block, 40, &returned));
     faceAuth->faceAuthSupported = false;
     EXPECT_HR(kBareSetNotFound, Call(kFaceAuth, kGet, block, 39));
     EXPECT_EQ(0u, returned);

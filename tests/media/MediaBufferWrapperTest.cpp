@@ -38,8 +38,7 @@ class FakeBuffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
 };
 // clang-format on
 
-template <class Argument>
-void ExpectFailure(HRESULT result, const char *text, Argument argument)
+void ExpectFailure(HRESULT result, const char *text, auto argument)
 {
     try
     {

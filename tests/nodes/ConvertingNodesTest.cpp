@@ -80,8 +80,7 @@ TEST_P(ConvertingNodesTest, FrameThatIsTooShortIsDropped)
         node->Process(Frame(length).Get());
 
         ASSERT_TRUE(end->samples.empty()) << length;
-        const auto texts = trace.Texts();
-        EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const std::string &text) {
+        EXPECT_TRUE(std::ranges::any_of(trace.Texts(), [](const std::string &text) {
             return text.find("Failed to convert output sample") != std::string::npos;
         })) << length;
     }
@@ -98,17 +97,49 @@ TEST_P(ConvertingNodesTest, FrameThatIsTooShortIsDropped)
 TEST_P(ConvertingNodesTest, EachFailingCallDropsTheFrameAndTheNextOneIsConverted)
 {
     const auto input = Frame(GetParam().neededBytes);
-    int call = 1;
-    for (bool failed = true; failed; ++call)
+    for (const bool hasPool : {false, true})
     {
-        ASSERT_LT(call, 20);
-        const FailingCall failing(call);
-        node->Process(input.Get());
-        failed = failing.HasFailed();
-        EXPECT_EQ(failed ? 0u : 1u, end->samples.size()) << "call " << call;
-        EXPECT_REFS(input, 1);
+        end->samples.clear();
+        int call = 1;
+        for (bool failed = true; failed; ++call)
+        {
+            ASSERT_LT(call, 20);
+            node->UseBuffers(hasPool ? std::make_shared<mft_utils::BufferPool>() : nullptr);
+            const FailingCall failing(call);
+            node->Process(input.Get());
+            failed = failing.HasFailed();
+            EXPECT_EQ(failed ? 0u : 1u, end->samples.size()) << "call " << call;
+            EXPECT_REFS(input, 1);
+        }
+        EXPECT_EQ(5 + 2, call) << "sample, input lock, memory, length, output lock, then the run that passes";
     }
-    EXPECT_EQ(5 + 2, call) << "sample, input lock, memory, length, output lock, then the run that passes";
+}
+
+TEST_P(ConvertingNodesTest, RecycledMemoryShowsNothingOfAnEarlierFrame)
+{
+    const auto input = Frame(GetParam().neededBytes);
+    node->Process(input.Get());
+    const Bytes expected = BytesOf(end->samples.at(0).Get());
+    const auto pool = std::make_shared<mft_utils::BufferPool>();
+    node->UseBuffers(pool);
+    for (const BYTE pattern : {BYTE{0x00}, BYTE{0x5A}, BYTE{0xFF}})
+    {
+        ComPtr<IMFMediaBuffer> recycled;
+        BYTE *data = nullptr;
+        ASSERT_HR(S_OK, pool->Take(static_cast<DWORD>(GetParam().outputBytes), &recycled));
+        ASSERT_HR(S_OK, recycled->Lock(&data, nullptr, nullptr));
+        std::fill_n(data, GetParam().outputBytes, pattern);
+        ASSERT_HR(S_OK, recycled->Unlock());
+        IMFMediaBuffer *const address = recycled.Get();
+        recycled.Reset();
+
+        end->samples.clear(); // the last frame is given back
+        node->Process(input.Get());
+        ComPtr<IMFMediaBuffer> output;
+        ASSERT_HR(S_OK, end->samples.at(0)->GetBufferByIndex(0, &output));
+        EXPECT_EQ(address, output.Get());
+        EXPECT_EQ(expected, BytesOf(end->samples[0].Get()));
+    }
 }
 
 TEST_P(ConvertingNodesTest, WithoutANextNodeTheFrameEndsInAnOutOfRangeFailure)
@@ -177,5 +208,48 @@ constexpr NodeCase kCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Nodes, ConvertingNodesTest, testing::ValuesIn(kCases),
                          [](const testing::TestParamInfo<NodeCase> &instance) { return instance.param.name; });
+
+// A node that reads behind one that hands on copies, or views of the frame.
+using ChainMaker = NodePtr (*)(NodePtr end, OutputMemory memory);
+
+TEST(ViewTest, NodesBehindAViewGiveWhatTheyGiveBehindACopy)
+{
+    constexpr ChainMaker chains[] = {
+        [](NodePtr end, OutputMemory memory) -> NodePtr {
+            const NodePtr next = std::make_shared<TarnIr10to8TopologyNode>(end, 37, 27, 0.0, nullptr,
+                                                                           memory == OutputMemory::View ? 41 : 0);
+            return std::make_shared<Crop16BitTopologyNode>(next, 41, 32, 37, 27, nullptr, memory);
+        },
+        [](NodePtr end, OutputMemory memory) -> NodePtr {
+            const NodePtr next =
+                std::make_shared<ImageResizeTopologyNode>(end, 37, 27, 50, 20, memory == OutputMemory::View ? 41 : 0);
+            return std::make_shared<Crop16BitTopologyNode>(next, 41, 32, 37, 27, nullptr, memory);
+        },
+        [](NodePtr end, OutputMemory memory) -> NodePtr {
+            const NodePtr next = std::make_shared<Crop16BitTopologyNode>(end, 41, 14, 37, 14);
+            return std::make_shared<SampleCopyTopologyNode>(next, 0.5, 0.5, "Copy", 2 * 2 * 41 * 14, memory);
+        },
+    };
+    constexpr std::size_t kNeeded[] = {2 * (41 * 28 + 39), 2 * (41 * 28 + 39), 2 * 2 * 41 * 14}; // bytes
+    for (std::size_t i = 0; i < std::size(chains); ++i)
+    {
+        Bytes pixels = AsBytes(RandomPixels(41 * 32));
+        pixels.resize(kNeeded[i]); // and then a page that faults
+        const auto input = MakeFrame(pixels);
+        const auto copies = std::make_shared<CollectingNode>();
+        const auto views = std::make_shared<CollectingNode>();
+        chains[i](copies, OutputMemory::Own)->Process(input.Get());
+        chains[i](views, OutputMemory::View)->Process(input.Get());
+        ASSERT_EQ(1u, views->samples.size()) << i;
+        EXPECT_EQ(BytesOf(copies->samples.at(0).Get()), BytesOf(views->samples[0].Get())) << i;
+        ExpectFrameProperties(views->samples[0].Get());
+        EXPECT_EQ(pixels, BytesOf(input.Get()));
+        EXPECT_REFS(input, 1);
+
+        pixels.resize(kNeeded[i] / 2);
+        chains[i](views, OutputMemory::View)->Process(MakeFrame(pixels).Get());
+        EXPECT_EQ(1u, views->samples.size()) << i;
+    }
+}
 
 } // namespace

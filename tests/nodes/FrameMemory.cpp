@@ -221,4 +221,9 @@ extern "C"
         *buffer = user_space_frameworks::MakeCom<tarn_test::GuardedBuffer>(size).Detach();
         return S_OK;
     }
+
+    HRESULT __wrap_MFCreateAlignedMemoryBuffer(DWORD size, DWORD, IMFMediaBuffer **buffer)
+    {
+        return __wrap_MFCreateMemoryBuffer(size, buffer);
+    }
 }

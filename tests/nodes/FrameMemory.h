@@ -16,7 +16,8 @@ namespace tarn_test
 {
 
 // While it lives, the nth call of the platform or of a buffer of ours (from 1) returns E_OUTOFMEMORY. Calls counted:
-// MFCreateSample, MFCreateMemoryBuffer, IMFMediaBuffer::Lock, SetCurrentLength. Confined to the thread.
+// MFCreateSample, MFCreateMemoryBuffer, MFCreateAlignedMemoryBuffer, IMFMediaBuffer::Lock, SetCurrentLength. Confined
+// to the thread.
 class FailingCall
 {
   public:

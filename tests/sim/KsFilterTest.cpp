@@ -26,7 +26,7 @@ class KsFilterTest : public testing::Test
 
     HRESULT Control(ULONG id, ULONG flags, void *data, ULONG length)
     {
-        return NodeProperty(*camera.Get(), kDepthExtensionUnit, id, flags, data, length, &returned);
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, id, flags, data, length, &returned);
     }
 };
 
@@ -68,24 +68,22 @@ TEST_F(KsFilterTest, KeepsAValueOnlyWithinItsRange)
     EXPECT_HR(kTooSmall, Control(kControlAccuracy, kSet, value.data(), 0));
     EXPECT_HR(E_POINTER, Control(kControlAccuracy, kSet, nullptr, 1));
     EXPECT_HR(kNotFound, Control(kControlDepthError, kSet, value.data(), 1));
-    for (const std::uint8_t outside : {std::uint8_t{0}, std::uint8_t{4}})
+    for (std::uint8_t outside : {std::uint8_t{0}, std::uint8_t{4}})
     {
-        value[0] = outside;
-        EXPECT_HR(E_INVALIDARG, Control(kControlAccuracy, kSet, value.data(), 1));
+        EXPECT_HR(E_INVALIDARG, Control(kControlAccuracy, kSet, &outside, 1));
     }
     EXPECT_HR(S_OK, Control(kControlAccuracy, kGet, value.data(), 1));
     EXPECT_EQ(3, value[0]);
 
     // Granularity of the color unit goes in steps of two from two.
     camera = MakeCamera(CameraConfiguration::TarnColor());
-    for (const std::uint8_t granularity : {std::uint8_t{12}, std::uint8_t{13}})
-    {
-        value[0] = granularity;
-        EXPECT_HR(granularity == 12 ? S_OK : E_INVALIDARG,
-                  NodeProperty(*camera.Get(), kColorExtensionUnit, kControlExposureGranularity, kSet, value.data(), 1,
-                               &returned, 2));
-    }
-    EXPECT_EQ(12, camera->ControlValue(kControlExposureGranularity));
+    const auto setGranularity = [&](std::uint8_t granularity) {
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_COLOR_CONTROL, kControlExposureGranularity, kSet, &granularity, 1,
+                            &returned, 2);
+    };
+    EXPECT_HR(S_OK, setGranularity(12));
+    EXPECT_HR(E_INVALIDARG, setGranularity(13));
+    EXPECT_EQ(12, camera->Controls().ValueOf(kControlExposureGranularity));
 }
 
 TEST_F(KsFilterTest, RefusesWhatItDoesNotKnow)
@@ -93,16 +91,15 @@ TEST_F(KsFilterTest, RefusesWhatItDoesNotKnow)
     for (ULONG node = 0; node < 5; ++node) // decoys around the extension unit
     {
         EXPECT_HR(node == 3 ? S_OK : kSetNotFound,
-                  NodeProperty(*camera.Get(), kDepthExtensionUnit, kControlLaserPower, KSPROPERTY_TYPE_SETSUPPORT,
-                               nullptr, 0, &returned, node));
+                  NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlLaserPower,
+                               KSPROPERTY_TYPE_SETSUPPORT, nullptr, 0, &returned, node));
     }
-    EXPECT_HR(E_INVALIDARG, NodeProperty(*camera.Get(), kDepthExtensionUnit, 1, kGet, nullptr, 0, &returned, 5));
-    EXPECT_HR(kSetNotFound, NodeProperty(*camera.Get(), kColorExtensionUnit, 1, kGet, nullptr, 0, &returned));
+    EXPECT_HR(E_INVALIDARG,
+              NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, 1, kGet, nullptr, 0, &returned, 5));
+    EXPECT_HR(kSetNotFound,
+              NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_COLOR_CONTROL, 1, kGet, nullptr, 0, &returned));
 
-    KSPROPERTY request{};
-    request.Set = kDepthExtensionUnit;
-    request.Id = kControlAccuracy;
-    request.Flags = kGet;
+    KSPROPERTY request{{{KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlAccuracy, kGet}}};
     std::uint8_t value = 0;
     EXPECT_HR(kSetNotFound, camera->KsProperty(&request, sizeof(request), &value, 1, &returned));
     EXPECT_HR(kTooSmall, camera->KsProperty(&request, sizeof(request) - 1, &value, 1, &returned));
@@ -117,13 +114,10 @@ TEST_F(KsFilterTest, PrivacyIsACameraControl)
 {
     KSPROPERTY_CAMERACONTROL_S value{};
     const auto privacy = [&](ULONG flags, ULONG length = sizeof(KSPROPERTY_CAMERACONTROL_S)) {
-        KSPROPERTY property{};
-        property.Set = PROPSETID_VIDCAP_CAMERACONTROL;
-        property.Id = KSPROPERTY_CAMERACONTROL_PRIVACY;
-        property.Flags = flags;
+        KSPROPERTY property{{{PROPSETID_VIDCAP_CAMERACONTROL, KSPROPERTY_CAMERACONTROL_PRIVACY, flags}}};
         return camera->KsProperty(&property, sizeof(property), &value, length, &returned);
     };
-    camera->SetPrivacy(true);
+    camera->Controls().privacy = true;
     ASSERT_HR(S_OK, privacy(kGet));
     EXPECT_EQ(1, value.Value);
     EXPECT_EQ(sizeof(value), returned);
@@ -131,9 +125,9 @@ TEST_F(KsFilterTest, PrivacyIsACameraControl)
     EXPECT_HR(E_INVALIDARG, privacy(kSet));
     value.Value = 0;
     EXPECT_HR(kTooSmall, privacy(kSet, 39));
-    EXPECT_TRUE(camera->Privacy());
+    EXPECT_TRUE(camera->Controls().privacy);
     EXPECT_HR(S_OK, privacy(kSet));
-    EXPECT_FALSE(camera->Privacy());
+    EXPECT_FALSE(camera->Controls().privacy);
 }
 
 TEST_F(KsFilterTest, AutoUpdateIsSignalledUntilItIsDisabledAndLeavesNoHandle)
@@ -145,30 +139,31 @@ TEST_F(KsFilterTest, AutoUpdateIsSignalledUntilItIsDisabledAndLeavesNoHandle)
     data.EventHandle.Event = event;
     std::array<KSEVENTDATA, 10> others{};
     others.fill(data);
-    KSEVENT request{};
-    request.Set = KSEVENTSETID_VIDCAPTOSTI;
-    request.Id = KSEVENT_VIDCAP_AUTO_UPDATE;
-    request.Flags = KSEVENT_TYPE_ENABLE;
-
-    EXPECT_HR(kTooSmall, camera->KsEvent(&request, sizeof(request), &data, sizeof(data) - 1, &returned));
-    ASSERT_HR(S_OK, camera->KsEvent(&request, sizeof(request), &data, sizeof(data), &returned));
-    EXPECT_EQ(1U, camera->SignalAutoUpdate());
+    const auto enable = [&](KSEVENTDATA &listener, ULONG id = KSEVENT_VIDCAP_AUTO_UPDATE,
+                            const GUID &set = KSEVENTSETID_VIDCAPTOSTI, ULONG length = sizeof(KSEVENTDATA)) {
+        KSEVENT request{{{set, id, KSEVENT_TYPE_ENABLE}}};
+        return camera->KsEvent(&request, sizeof(request), &listener, length, &returned);
+    };
+    const auto disable = [&](KSEVENTDATA &listener) {
+        return camera->KsEvent(nullptr, 0, &listener, sizeof(listener), &returned);
+    };
+    EXPECT_HR(kTooSmall, enable(data, KSEVENT_VIDCAP_AUTO_UPDATE, KSEVENTSETID_VIDCAPTOSTI, sizeof(data) - 1));
+    EXPECT_HR(kNotFound, enable(data, KSEVENT_VIDCAP_SEARCH));
+    EXPECT_HR(kSetNotFound, enable(data, 1, KSPROPERTYSETID_TARN_DEPTH_CONTROL));
+    ASSERT_HR(S_OK, enable(data));
+    EXPECT_EQ(1U, camera->Ks().SignalAutoUpdate());
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(event, 0));
-    EXPECT_HR(kNotFound, camera->KsEvent(nullptr, 0, &others[0], sizeof(data), &returned)); // by address
-    EXPECT_HR(S_OK, camera->KsEvent(nullptr, 0, &data, sizeof(data), &returned));
-    EXPECT_HR(kNotFound, camera->KsEvent(nullptr, 0, &data, sizeof(data), &returned));
-    EXPECT_EQ(0U, camera->SignalAutoUpdate());
+    EXPECT_HR(kNotFound, disable(others[0])); // by address
+    EXPECT_HR(S_OK, disable(data));
+    EXPECT_HR(kNotFound, disable(data));
+    EXPECT_EQ(0U, camera->Ks().SignalAutoUpdate());
     EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), WaitForSingleObject(event, 0));
 
     for (auto &listener : others)
     {
-        ASSERT_HR(S_OK, camera->KsEvent(&request, sizeof(request), &listener, sizeof(listener), nullptr));
+        ASSERT_HR(S_OK, enable(listener));
     }
-    EXPECT_EQ(10U, camera->EventListenerCount());
-    request.Id = KSEVENT_VIDCAP_SEARCH;
-    EXPECT_HR(kNotFound, camera->KsEvent(&request, sizeof(request), &data, sizeof(data), &returned));
-    request.Set = kDepthExtensionUnit;
-    EXPECT_HR(kSetNotFound, camera->KsEvent(&request, sizeof(request), &data, sizeof(data), &returned));
+    EXPECT_EQ(10U, camera->Ks().EventListenerCount());
     camera.Reset(); // with the listeners still there
 
     EXPECT_EQ(before, tarn_test::CountHandles());

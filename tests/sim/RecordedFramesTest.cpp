@@ -26,10 +26,11 @@ class RecordedFramesTest : public testing::Test
             GTEST_SKIP() << "no recorded frames: TARN_DATA_DIR is \"" << data.string() << "\"";
         }
     }
-    Pixels Render(const char *set, const FrameRequest &request, Plane plane) const
+    Pixels Render(const char *set, const FrameRequest &request, Plane plane,
+                  const RecordedFrameOptions &options = {}) const
     {
         Pixels pixels(std::size_t{request.width} * request.height);
-        RecordedFrames(data / set).Render(request, plane, reinterpret_cast<std::uint8_t *>(pixels.data()));
+        RecordedFrames(data / set, options).Render(request, plane, reinterpret_cast<std::uint8_t *>(pixels.data()));
         return pixels;
     }
     Pixels Raw(const char *set, const char *picture) const
@@ -37,10 +38,8 @@ class RecordedFramesTest : public testing::Test
         return ReadGreyPng(data / set / picture).pixels;
     }
 
-    const std::filesystem::path data = [] {
-        const char *const folder = std::getenv("TARN_DATA_DIR");
-        return std::filesystem::path(folder == nullptr ? "" : folder);
-    }();
+    const char *const dataFolder = std::getenv("TARN_DATA_DIR");
+    const std::filesystem::path data = dataFolder == nullptr ? "" : dataFolder;
 };
 
 TEST_F(RecordedFramesTest, DepthIsConvertedByTheManifestsUnitAndClipped)
@@ -58,9 +57,16 @@ TEST_F(RecordedFramesTest, DepthIsConvertedByTheManifestsUnitAndClipped)
     {
         value = static_cast<std::uint16_t>(std::min(value * 8, 65535));
     }
-    EXPECT_EQ(65535, *std::ranges::max_element(millimetres));
+    EXPECT_EQ(65535, std::ranges::max(millimetres));
     EXPECT_EQ(millimetres, Render("boxes-and-hallway", {3, 640, 480, true}, Plane::DepthEighthMm));
-    EXPECT_EQ(2.5, RecordedFrames(data / "tof-mug", {.mmPerUnit = 2.5, .confidence = {}}).MmPerUnit());
+    // What the caller says goes before the manifest.
+    Pixels quarters = Raw("boxes-and-hallway", "depth_0003.png");
+    for (auto &value : quarters)
+    {
+        value = static_cast<std::uint16_t>(std::min(value * 2, 65535));
+    }
+    EXPECT_EQ(quarters, Render("boxes-and-hallway", {3, 640, 480, true}, Plane::DepthEighthMm,
+                               {.mmPerUnit = 0.25, .confidence = {}}));
 }
 
 TEST_F(RecordedFramesTest, PictureOfAnotherSizeIsCutAndFramedAroundItsCentre)
@@ -96,13 +102,8 @@ TEST_F(RecordedFramesTest, AnErrorMeasureBecomesConfidence)
 {
     const Pixels raw = Raw("tof-office", "confidence_0000.png");
     std::vector<std::uint8_t> confidence(416U * 512);
-
     RecordedFrames(data / "tof-office").Render({0, 416, 512, true}, Plane::Confidence, confidence.data());
-
-    for (std::size_t i = 0; i < confidence.size(); ++i)
-    {
-        ASSERT_EQ(255 - std::min(raw[i] * 8, 255), confidence[i]);
-    }
+    EXPECT_TRUE(std::ranges::equal(raw, confidence, {}, [](int error) { return 255 - std::min(error * 8, 255); }));
 }
 
 TEST_F(RecordedFramesTest, ADamagedPictureIsNamed)

@@ -5,6 +5,7 @@
 #include "platform/CaptureMetadata.h"
 
 #include <tarn/frame_metadata.h>
+#include <tarn/tarn_formats.h>
 
 #include <cstring>
 #include <functional>
@@ -62,11 +63,11 @@ class TestSink : public IFrameSink
 inline std::vector<ComPtr<IMFSample>> Capture(SimulatedCamera &camera, IMFMediaType *type, std::uint32_t frames)
 {
     TestSink sink;
-    camera.SetFrameSink(&sink);
-    EXPECT_HR(S_OK, camera.SetPinState(0, DeviceStreamState_Run, type));
-    EXPECT_HR(S_OK, camera.Step(0, frames, kLongEnough));
-    EXPECT_HR(S_OK, camera.SetPinState(0, DeviceStreamState_Stop, nullptr));
-    camera.SetFrameSink(nullptr);
+    camera.Pins().SetFrameSink(&sink);
+    EXPECT_HR(S_OK, camera.Pins().SetPinState(0, DeviceStreamState_Run, type));
+    EXPECT_HR(S_OK, camera.Pins().Step(0, frames, kLongEnough));
+    EXPECT_HR(S_OK, camera.Pins().SetPinState(0, DeviceStreamState_Stop, nullptr));
+    camera.Pins().SetFrameSink(nullptr);
     return sink.Take();
 }
 
@@ -74,11 +75,7 @@ inline std::vector<ComPtr<IMFSample>> Capture(SimulatedCamera &camera, IMFMediaT
 inline HRESULT NodeProperty(SimulatedCamera &camera, const GUID &set, ULONG id, ULONG flags, void *data, ULONG length,
                             ULONG *returned, ULONG node = 3)
 {
-    KSP_NODE request{};
-    request.Property.Set = set;
-    request.Property.Id = id;
-    request.Property.Flags = flags | KSPROPERTY_TYPE_TOPOLOGY;
-    request.NodeId = node;
+    KSP_NODE request{{{{set, id, flags | KSPROPERTY_TYPE_TOPOLOGY}}}, node, 0};
     return camera.KsProperty(&request.Property, sizeof(request), data, length, returned);
 }
 
@@ -116,9 +113,8 @@ inline std::vector<std::uint8_t> MetadataItems(IMFSample *sample)
 inline std::optional<TARN_FRAME_METADATA> RecordOf(IMFSample *sample)
 {
     const auto items = MetadataItems(sample);
-    std::size_t offset = 0;
     KSCAMERA_METADATA_ITEMHEADER header{};
-    for (; offset + sizeof(header) <= items.size(); offset += header.Size)
+    for (std::size_t offset = 0; offset + sizeof(header) <= items.size(); offset += header.Size)
     {
         std::memcpy(&header, items.data() + offset, sizeof(header));
         EXPECT_EQ(0U, offset % 8);
@@ -126,9 +122,9 @@ inline std::optional<TARN_FRAME_METADATA> RecordOf(IMFSample *sample)
         {
             return std::nullopt;
         }
-        if (header.MetadataId == MetadataId_Custom_Start && header.Size == sizeof(header) + sizeof(TARN_FRAME_METADATA))
+        TARN_FRAME_METADATA record{};
+        if (header.MetadataId == MetadataId_Custom_Start && header.Size == sizeof(header) + sizeof(record))
         {
-            TARN_FRAME_METADATA record{};
             std::memcpy(&record, items.data() + offset + sizeof(header), sizeof(record));
             return record;
         }

@@ -17,21 +17,21 @@ TEST(SimulatedCameraTest, AnOfferedTypeIsTheCallersOwn)
     DWORD same = 0;
     ASSERT_HR(S_OK, camera->MFTGetOutputAvailableType(0, 0, &changed));
     ASSERT_HR(S_OK, MFSetAttributeSize(changed.Get(), MF_MT_FRAME_SIZE, 1, 1));
-    EXPECT_HR(MF_E_INVALIDTYPE, camera->SetPinState(0, DeviceStreamState_Run, changed.Get()));
+    EXPECT_HR(MF_E_INVALIDTYPE, camera->Pins().SetPinState(0, DeviceStreamState_Run, changed.Get()));
     ASSERT_HR(S_OK, camera->MFTGetOutputAvailableType(0, 0, &offered));
     EXPECT_HR(S_FALSE, offered->IsEqual(changed.Get(), &same));
 }
 
 TEST(SimulatedCameraTest, StartsAndStopsWithFramesInFlight)
 {
-    const auto type = MakeVideoType(kSubtypeD16, 32, 24, 60);
+    const auto type = MakeVideoType(MFVideoFormat_D16, 32, 24, 60);
     int handlesBefore = 0;
     const auto camera = MakeCamera(CameraConfiguration::GenericDepth16(32, 24, 60), Pacing::AsFastAsTaken);
     std::atomic<bool> stopped{false};
     std::atomic<int> late{0};
     TestSink sink(false);
     sink.onFrame = [&] { late += stopped ? 1 : 0; };
-    camera->SetFrameSink(&sink);
+    camera->Pins().SetFrameSink(&sink);
 
     for (int round = 0; round < 300; ++round)
     {
@@ -41,21 +41,21 @@ TEST(SimulatedCameraTest, StartsAndStopsWithFramesInFlight)
         }
         stopped = false;
         const auto wanted = sink.frames + 3;
-        ASSERT_HR(S_OK, camera->SetPinState(0, DeviceStreamState_Run, type.Get()));
-        ASSERT_HR(S_OK, camera->WaitForFrames(0, wanted, kLongEnough));
+        ASSERT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run, type.Get()));
+        ASSERT_HR(S_OK, camera->Pins().WaitForFrames(0, wanted, kLongEnough));
         if (round % 3 == 0)
         {
-            camera->StopAll();
+            camera->Pins().StopAll();
         }
-        ASSERT_HR(S_OK, camera->SetPinState(0, DeviceStreamState_Stop, nullptr));
+        ASSERT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Stop, nullptr));
         stopped = true;
     }
-    camera->SetFrameSink(nullptr);
-    camera->StopAll();
+    camera->Pins().SetFrameSink(nullptr);
+    camera->Pins().StopAll();
 
     EXPECT_EQ(0, late);
     EXPECT_LE(tarn_test::CountHandles(), handlesBefore);
-    EXPECT_HR(S_OK, camera->WaitForReturnOfFrames(kLongEnough));
+    EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(kLongEnough));
     EXPECT_REFS(camera, 1);
 }
 
@@ -77,8 +77,9 @@ TEST(SimulatedCameraTest, MayBeReleasedByItsOwnCaptureThread)
             released = true;
         }
     };
-    last->SetFrameSink(&sink);
-    ASSERT_HR(S_OK, last->SetPinState(0, DeviceStreamState_Run, MakeVideoType(kSubtypeD16, 32, 24, 60).Get()));
+    last->Pins().SetFrameSink(&sink);
+    ASSERT_HR(S_OK,
+              last->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get()));
     handedOver = true;
 
     ASSERT_TRUE(tarn_test::WaitUntil([] { return released.load(); }));

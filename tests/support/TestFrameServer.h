@@ -37,7 +37,7 @@ class TestFrameServer : public tarn_sim::IFrameSink
             EXPECT_HR(S_OK, MFCreateAttributes(&filter, 1));
             EXPECT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
                                                static_cast<IMFTransform *>(camera.Get())));
-            camera->SetFrameSink(this);
+            camera->Pins().SetFrameSink(this);
         }
         initialized = transform->InitializeTransform(filter.Get());
     }
@@ -46,8 +46,8 @@ class TestFrameServer : public tarn_sim::IFrameSink
     ~TestFrameServer() override
     {
         const OwnWork own;
-        camera->SetFrameSink(nullptr);
-        camera->StopAll();
+        camera->Pins().SetFrameSink(nullptr);
+        camera->Pins().StopAll();
         if (!isShutDown)
         {
             EXPECT_HR(S_OK, ShutDown());
@@ -187,7 +187,7 @@ class TestFrameServer : public tarn_sim::IFrameSink
     // Has the camera deliver frames and waits for as many samples of the output.
     std::vector<ComPtr<IMFSample>> StepAndCollect(DWORD output, std::uint32_t frames)
     {
-        EXPECT_HR(S_OK, camera->Step(0, frames));
+        EXPECT_HR(S_OK, camera->Pins().Step(0, frames));
         return WaitForSamples(output, frames);
     }
 
@@ -230,7 +230,7 @@ class TestFrameServer : public tarn_sim::IFrameSink
         {
             EXPECT_HR(S_OK, transform->SetInputStreamState(streamId, type.Get(), state, 0));
             const OwnWork own;
-            EXPECT_HR(S_OK, camera->SetPinState(streamId, state, type.Get()));
+            EXPECT_HR(S_OK, camera->Pins().SetPinState(streamId, state, type.Get()));
         }
     }
 };

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <fstream>
@@ -20,39 +21,6 @@ namespace
 using namespace tarn_host;
 using tarn_host_test::TemporaryFolder;
 
-// Ends the way its option says.
-class EndingCommand final : public Command
-{
-  public:
-    const char *Name() const noexcept override
-    {
-        return "end";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "ends";
-    }
-    void AddOptions(CLI::App &app) override
-    {
-        app.add_option("--how", how);
-    }
-    ExitCode Run() override
-    {
-        if (how == "usage")
-        {
-            throw UsageError("no such folder: x");
-        }
-        if (how == "failure")
-        {
-            throw HostError("InitializeTransform", E_FAIL);
-        }
-        return how == "lost" ? ExitCode::Failure : ExitCode::Success;
-    }
-
-  private:
-    std::string how;
-};
-
 class CommandLineTest : public testing::Test
 {
   protected:
@@ -62,7 +30,6 @@ class CommandLineTest : public testing::Test
         errors.str({});
         std::vector<std::unique_ptr<Command>> commands;
         commands.push_back(std::make_unique<StreamCommand>());
-        commands.push_back(std::make_unique<EndingCommand>());
         return CommandLine(std::move(commands)).Run(std::move(arguments), output, errors);
     }
 
@@ -83,18 +50,6 @@ class CommandLineTest : public testing::Test
     std::ostringstream output;
     std::ostringstream errors;
 };
-
-TEST_F(CommandLineTest, OutcomeOfTheCommandBecomesTheExitCode)
-{
-    EXPECT_EQ(Run({"end"}), ExitCode::Success);
-    EXPECT_EQ(Run({"end", "--how", "lost"}), ExitCode::Failure);
-
-    EXPECT_EQ(Run({"end", "--how", "usage"}), ExitCode::Usage);
-    ExpectOneErrorLineWith("no such folder: x");
-
-    EXPECT_EQ(Run({"end", "--how", "failure"}), ExitCode::Failure);
-    ExpectOneErrorLineWith("InitializeTransform failed with 0x80004005");
-}
 
 TEST_F(CommandLineTest, WrongOptionsGiveOneClearLine)
 {
@@ -153,9 +108,35 @@ TEST_F(CommandLineTest, ATypeThatIsNotOfferedIsAnsweredWithEachThatIs)
     EXPECT_EQ(Run({"stream", "--quiet", "--depth", "640x480@29"}), ExitCode::Usage);
     ExpectOneErrorLineWith("640x480@29");
     const std::string text = errors.str();
-    const std::size_t first = text.find("D16 640x480@30");
-    ASSERT_NE(first, std::string::npos) << text;
-    EXPECT_EQ(text.find("D16 640x480@30", first + 1), std::string::npos) << text;
+    EXPECT_NE(text.find("D16 640x480@30"), std::string::npos) << text;
+    EXPECT_EQ(text.find("D16 640x480@30"), text.rfind("D16 640x480@30")) << text;
+}
+
+// A run that goes wrong ends with one line or with a report, and with the module out of the process.
+TEST_F(CommandLineTest, BrokenModulesEndWithTheFailureCodeAndAreLetGo)
+{
+    const TemporaryFolder folder;
+    const std::string noModule = ToText(folder.Path() / "none.dll");
+    std::ofstream(ToPath(noModule)) << "not a program";
+    const std::string noExports = ToText(DefaultModulePath().replace_filename("tarn-host.exe"));
+    const std::string faulty = ToText(DefaultModulePath().replace_filename("tarn_faulty_dmft.dll"));
+
+    EXPECT_EQ(Run({"stream", "--quiet", "--dll", noModule}), ExitCode::Failure);
+    ExpectOneErrorLineWith("none.dll failed with 0x800700C1");
+    EXPECT_EQ(Run({"stream", "--quiet", "--dll", noExports}), ExitCode::Failure);
+    ExpectOneErrorLineWith("no DllGetClassObject in");
+    EXPECT_EQ(Run({"stream", "--quiet", "--dll", faulty}), ExitCode::Failure) << "a refused start";
+    ExpectOneErrorLineWith("SetOutputStreamState failed with 0xC00D36B4");
+    EXPECT_EQ(GetModuleHandleW(L"tarn_faulty_dmft.dll"), nullptr);
+
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(Run({"stream", "--quiet", "--dll", faulty, "--transform", "color", "--seconds", "60", "--json"}),
+              ExitCode::Failure)
+        << "no frame comes out";
+    const auto report = nlohmann::json::parse(testing::internal::GetCapturedStdout());
+    EXPECT_NE(report["problems"].dump().find("no more frames came"), std::string::npos) << report;
+    EXPECT_EQ(report["leftBehind"]["transformReferences"], 0) << report;
+    EXPECT_EQ(GetModuleHandleW(L"tarn_faulty_dmft.dll"), nullptr);
 }
 
 TEST_F(CommandLineTest, SavedFramesPlayAgainAndTheNextRunTakesTheirPlace)
@@ -225,15 +206,6 @@ TEST(VideoSizeTest, TakesSizeAndRateAndNothingElse)
     {
         EXPECT_THROW(VideoSize::Parse(text), UsageError) << text;
     }
-}
-
-TEST(TextTest, PathsBeyondAsciiSurviveTheRoundTrip)
-{
-    const std::string text = "Z:\\Fl\xC3\xA4"
-                             "che\\\xE6\xB7\xB1";
-
-    EXPECT_EQ(ToText(ToPath(text)), text);
-    EXPECT_EQ(ToPath(text).native(), L"Z:\\Fl\u00E4che\\\u6DF1");
 }
 
 } // namespace

@@ -33,18 +33,12 @@ std::size_t PixelsOf(const Picture &picture, Rgb colour)
 TEST(FalseColourTest, NearIsRedFarIsVioletAndNothingMeasuredIsGrey)
 {
     const FalseColour colours(8000, 24000);
-
     EXPECT_EQ(colours.Of(0), kNoMeasurementColour);
-    EXPECT_EQ(colours.Of(8000), FalseColour::AtPosition(0));
+    EXPECT_EQ(colours.Of(1), FalseColour::AtPosition(0));
     EXPECT_EQ(colours.Of(16000), FalseColour::AtPosition(0.5));
-    EXPECT_EQ(colours.Of(24000), FalseColour::AtPosition(1));
-    EXPECT_EQ(colours.Of(1), colours.Of(8000));
-    EXPECT_EQ(colours.Of(65535), colours.Of(24000));
+    EXPECT_EQ(colours.Of(65535), FalseColour::AtPosition(1));
     EXPECT_GT(colours.Of(8000).red, colours.Of(24000).red);
-    EXPECT_DOUBLE_EQ(colours.NearMetres(), 1.0);
-    EXPECT_DOUBLE_EQ(colours.FarMetres(), 3.0);
-    // An empty range still gives colours.
-    EXPECT_EQ(FalseColour(500, 500).Of(500), FalseColour::AtPosition(0));
+    EXPECT_EQ(FalseColour(500, 500).Of(500), FalseColour::AtPosition(0)); // an empty range
 }
 
 TEST(LevelRangeTest, CoversWhatOccursWithoutTheStrayLevelsInRoundSteps)
@@ -86,13 +80,7 @@ TEST(ContactSheetTest, AllFramesOfAKindShareOneScale)
     EXPECT_GE(PixelsOf(sheet, {0, 0, 0}), 4 * framePixels);
     EXPECT_GE(PixelsOf(sheet, {127, 127, 127}), framePixels);
     EXPECT_GE(PixelsOf(sheet, {255, 255, 255}), framePixels);
-}
-
-TEST(ContactSheetTest, OutputWithoutFramesStillHasItsTitle)
-{
-    const Picture sheet = DrawContactSheet("title", {{"output 0", {}}});
-
-    EXPECT_GT(PixelsOf(sheet, {20, 20, 20}), 100U);
+    EXPECT_GT(PixelsOf(DrawContactSheet("title", {{"without frames", {}}}), {20, 20, 20}), 100U) << "text";
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "device/TarnColorDeviceMft.h"
-#include "sim/DeviceInfo.h"
+#include "sim/CameraRecords.h"
 #include "tests/device/DepthServer.h"
 #include "tools/command/CommandLine.h"
 #include "tools/ks/KsText.h"
@@ -52,19 +52,14 @@ class KsCommandTest : public testing::Test
   private:
     void Serve(const KsSessionOptions &options, const std::function<void(const KsClient &)> &use) const
     {
-        if (options.transform == TransformKind::Color)
-        {
-            tarn_test::TestFrameServer server(MakeCom<mft_core::TarnColorDeviceMft>(),
-                                              MakeCom<tarn_sim::SimulatedCamera>(CameraConfiguration::TarnColor()));
-            UseTransform(server, use);
-            return;
-        }
-        tarn_test::DepthServer server(depthCamera);
-        UseTransform(server, use);
-    }
-    void UseTransform(tarn_test::TestFrameServer &server, const std::function<void(const KsClient &)> &use) const
-    {
-        server.camera->SetFaultPlan(faults);
+        std::optional<tarn_test::TestFrameServer> color;
+        std::optional<tarn_test::DepthServer> depth;
+        tarn_test::TestFrameServer &server =
+            options.transform == TransformKind::Color
+                ? color.emplace(MakeCom<mft_core::TarnColorDeviceMft>(),
+                                MakeCom<tarn_sim::SimulatedCamera>(CameraConfiguration::TarnColor()))
+                : depth.emplace(depthCamera);
+        server.camera->Faults().SetPlan(faults);
         ComPtr<IKsControl> control;
         ASSERT_HR(S_OK, server.transform.As(&control));
         use(KsClient(control));
@@ -118,7 +113,7 @@ TEST_F(KsCommandTest, DeviceInformationIsDecodedWhateverTheCameraSends)
     EXPECT_EQ(RunForJson(ask)["deviceInfo"]["record"], true);
     EXPECT_TRUE(RunForJson(ask)["deviceInfo"]["temperatureC"].is_number());
 
-    depthCamera.deviceInfo.assign(sizeof(tarn_sim::DeviceInfo), 0xC3); // neither text nor terminated
+    depthCamera.deviceInfo.assign(sizeof(TARN_DEVICE_INFO), 0xC3); // neither text nor terminated
     const auto info = RunForJson(ask)["deviceInfo"];
     EXPECT_EQ(info["serialNumber"], std::string(16, '?'));
     EXPECT_EQ(info["record"], false);
@@ -132,10 +127,7 @@ TEST_F(KsCommandTest, RefusalsEndWithTheFailureCodeAndNameTheStep)
     EXPECT_EQ(Run({"command", "0xEE"}), ExitCode::Failure);
     ExpectOneErrorLineWith("firmware command 0xEE failed with 0x80004005 (E_FAIL)");
 
-    std::erase_if(depthCamera.pins[0].types, [](const ComPtr<IMFMediaType> &type) {
-        GUID subtype{};
-        return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &subtype)) && subtype == tarn_sim::kSubtypeFaceLogin;
-    });
+    depthCamera = tarn_test::DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_FACE_LOGIN);
     EXPECT_EQ(Run({"get", "face-login"}), ExitCode::Failure) << "a positive result is no success";
     ExpectOneErrorLineWith("0x00000492 (ERROR_SET_NOT_FOUND");
 

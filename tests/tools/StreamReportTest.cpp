@@ -30,6 +30,7 @@ StreamReport GoodReport()
     report.phases.push_back({"depth", "INZC 640x480@30", {output}});
     report.pins.push_back({0, {}, {58, 0}});
     report.pins.front().statistics.delivered = 58;
+    report.processorTime = std::chrono::milliseconds(10);
     return report;
 }
 
@@ -85,6 +86,7 @@ TEST(StreamReportTest, JsonCarriesTheNumbersAndSurvivesAnOddPath)
     EXPECT_EQ(output["in"], 58);
     EXPECT_EQ(output["lost"], 2);
     EXPECT_EQ(output["p99Ms"], 1.25);
+    EXPECT_EQ(json["processorMicrosecondsPerFrame"], 10000.0 / 58);
     EXPECT_EQ(json["leftBehind"]["dllCanUnloadNow"], "S_OK");
     EXPECT_EQ(json["problems"].size(), 1U);
 }

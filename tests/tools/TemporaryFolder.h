@@ -1,8 +1,12 @@
 // A folder of its own for a test that writes files.
 #pragma once
 
+#include <windows.h>
+
 #include <filesystem>
 #include <string>
+
+#include "tools/command/Text.h"
 
 namespace tarn_host_test
 {
@@ -11,8 +15,15 @@ namespace tarn_host_test
 class TemporaryFolder
 {
   public:
-    TemporaryFolder();
-    ~TemporaryFolder();
+    TemporaryFolder()
+    {
+        std::filesystem::create_directories(path);
+    }
+    ~TemporaryFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
 
@@ -21,10 +32,17 @@ class TemporaryFolder
         return path;
     }
     // UTF-8, as on a command line.
-    std::string Text() const;
+    std::string Text() const
+    {
+        return tarn_host::ToText(path);
+    }
 
   private:
-    std::filesystem::path path;
+    static inline unsigned made = 0;
+    // The space and the letter beyond ASCII are there to be survived.
+    const std::filesystem::path path =
+        std::filesystem::temp_directory_path() /
+        (L"tarn h\u00f6st " + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(made++));
 };
 
 } // namespace tarn_host_test

@@ -2,8 +2,6 @@
 
 #include <cstdarg>
 
-#include <gtest/gtest.h>
-
 namespace tarn_test
 {
 
@@ -49,90 +47,6 @@ FakeTracePlatform &Fake()
     return FakeTracePlatform::Instance();
 }
 
-ULONG WINAPI FakeRegisterTraceGuidsW(WMIDPREQUEST callback, PVOID, LPCGUID control, ULONG count,
-                                     PTRACE_GUID_REGISTRATION classes, LPCWSTR, LPCWSTR, PTRACEHANDLE handle)
-{
-    if (Fake().registerResult != ERROR_SUCCESS)
-    {
-        return Fake().registerResult;
-    }
-    Fake().classicCallback = callback;
-    Fake().classicControl = *control;
-    Fake().classicMessageClass = count == 1 ? *classes[0].Guid : GUID{};
-    *handle = kClassicHandle;
-    return ERROR_SUCCESS;
-}
-
-ULONG WINAPI FakeUnregisterTraceGuids(TRACEHANDLE handle)
-{
-    if (handle == kClassicHandle)
-    {
-        Fake().classicCallback = nullptr;
-    }
-    return ERROR_SUCCESS;
-}
-
-TRACEHANDLE WINAPI FakeGetTraceLoggerHandle(PVOID)
-{
-    return Fake().sessionLogger;
-}
-
-UCHAR WINAPI FakeGetTraceEnableLevel(TRACEHANDLE)
-{
-    return Fake().sessionLevel;
-}
-
-ULONG WINAPI FakeGetTraceEnableFlags(TRACEHANDLE)
-{
-    return Fake().sessionFlags;
-}
-
-ULONG WINAPI FakeEventRegister(LPCGUID provider, PENABLECALLBACK callback, PVOID, PREGHANDLE handle)
-{
-    if (Fake().registerResult != ERROR_SUCCESS)
-    {
-        return Fake().registerResult;
-    }
-    Fake().structuredProvider = *provider;
-    Fake().structuredCallback = callback;
-    *handle = kStructuredHandle;
-    return ERROR_SUCCESS;
-}
-
-ULONG WINAPI FakeEventUnregister(REGHANDLE handle)
-{
-    if (handle == kStructuredHandle)
-    {
-        Fake().structuredCallback = nullptr;
-    }
-    return ERROR_SUCCESS;
-}
-
-ULONG WINAPI FakeEventSetInformation(REGHANDLE, EVENT_INFO_CLASS, PVOID information, ULONG size)
-{
-    Fake().structuredTraits.assign(static_cast<const char *>(information), size);
-    return Fake().traitsResult;
-}
-
-ULONG WINAPI FakeEventWriteTransfer(REGHANDLE handle, PCEVENT_DESCRIPTOR descriptor, LPCGUID activity, LPCGUID related,
-                                    ULONG count, PEVENT_DATA_DESCRIPTOR data)
-{
-    EXPECT_EQ(kStructuredHandle, handle);
-    EXPECT_EQ(nullptr, related);
-    WrittenEvent event{*descriptor, activity != nullptr, {}, {}, {}};
-    if (activity != nullptr)
-    {
-        event.activity = *activity;
-    }
-    for (ULONG i = 0; i < count; ++i)
-    {
-        event.data.emplace_back(reinterpret_cast<const char *>(static_cast<ULONG_PTR>(data[i].Ptr)), data[i].Size);
-        event.types.push_back(data[i].Reserved);
-    }
-    Fake().events.push_back(event);
-    return ERROR_SUCCESS;
-}
-
 } // namespace
 
 } // namespace tarn_test
@@ -140,24 +54,65 @@ ULONG WINAPI FakeEventWriteTransfer(REGHANDLE handle, PCEVENT_DESCRIPTOR descrip
 // The pointers through which the code calls the platform; defined here, the import library's are not taken.
 #define TARN_IMPORT(function)                                                                                          \
     extern const decltype(&function) importOf##function asm("__imp_" #function);                                       \
-    const decltype(&function) importOf##function = &tarn_test::Fake##function
+    const decltype(&function) importOf##function
 
 extern "C"
 {
-    TARN_IMPORT(RegisterTraceGuidsW);
-    TARN_IMPORT(UnregisterTraceGuids);
-    TARN_IMPORT(GetTraceLoggerHandle);
-    TARN_IMPORT(GetTraceEnableLevel);
-    TARN_IMPORT(GetTraceEnableFlags);
-    TARN_IMPORT(EventRegister);
-    TARN_IMPORT(EventUnregister);
-    TARN_IMPORT(EventSetInformation);
-    TARN_IMPORT(EventWriteTransfer);
+    using namespace tarn_test;
+
+    TARN_IMPORT(RegisterTraceGuidsW) = [](WMIDPREQUEST callback, PVOID, LPCGUID control, ULONG count,
+                                          PTRACE_GUID_REGISTRATION classes, LPCWSTR, LPCWSTR, PTRACEHANDLE handle) {
+        if (Fake().registerResult == ERROR_SUCCESS)
+        {
+            Fake().classicCallback = callback;
+            Fake().classicControl = *control;
+            Fake().classicMessageClass = count == 1 ? *classes[0].Guid : GUID{};
+            *handle = kClassicHandle;
+        }
+        return Fake().registerResult;
+    };
+    TARN_IMPORT(UnregisterTraceGuids) = [](TRACEHANDLE handle) -> ULONG {
+        Fake().classicCallback = handle == kClassicHandle ? nullptr : Fake().classicCallback;
+        return ERROR_SUCCESS;
+    };
+    TARN_IMPORT(GetTraceLoggerHandle) = [](PVOID) -> TRACEHANDLE { return Fake().sessionLogger; };
+    TARN_IMPORT(GetTraceEnableLevel) = [](TRACEHANDLE) { return Fake().sessionLevel; };
+    TARN_IMPORT(GetTraceEnableFlags) = [](TRACEHANDLE) { return Fake().sessionFlags; };
+    TARN_IMPORT(EventRegister) = [](LPCGUID provider, PENABLECALLBACK callback, PVOID, PREGHANDLE handle) {
+        if (Fake().registerResult == ERROR_SUCCESS)
+        {
+            Fake().structuredProvider = *provider;
+            Fake().structuredCallback = callback;
+            *handle = kStructuredHandle;
+        }
+        return Fake().registerResult;
+    };
+    TARN_IMPORT(EventUnregister) = [](REGHANDLE handle) -> ULONG {
+        Fake().structuredCallback = handle == kStructuredHandle ? nullptr : Fake().structuredCallback;
+        return ERROR_SUCCESS;
+    };
+    TARN_IMPORT(EventSetInformation) = [](REGHANDLE, EVENT_INFO_CLASS, PVOID information, ULONG size) {
+        Fake().structuredTraits.assign(static_cast<const char *>(information), size);
+        return Fake().traitsResult;
+    };
+    TARN_IMPORT(EventWriteTransfer) = [](REGHANDLE handle, PCEVENT_DESCRIPTOR descriptor, LPCGUID activity,
+                                         LPCGUID related, ULONG count, PEVENT_DATA_DESCRIPTOR data) -> ULONG {
+        EXPECT_EQ(kStructuredHandle, handle);
+        EXPECT_EQ(nullptr, related);
+        WrittenEvent event{*descriptor, activity != nullptr, activity != nullptr ? *activity : GUID{}, {}, {}};
+        for (ULONG i = 0; i < count; ++i)
+        {
+            event.data.emplace_back(reinterpret_cast<const char *>(static_cast<ULONG_PTR>(data[i].Ptr)), data[i].Size);
+            event.types.push_back(data[i].Reserved);
+        }
+        Fake().events.push_back(event);
+        return ERROR_SUCCESS;
+    };
 
     // The one function that is not called through a pointer.
     ULONG __cdecl TraceMessage(TRACEHANDLE logger, ULONG flags, LPCGUID messageClass, USHORT number, ...)
     {
-        tarn_test::WrittenMessage message{logger, flags, *messageClass, number, {}};
+        WrittenMessage message{logger, flags, *messageClass, number, {}};
         std::va_list arguments;
         va_start(arguments, number);
         while (const void *data = va_arg(arguments, const void *))
@@ -166,7 +121,7 @@ extern "C"
             message.arguments.emplace_back(static_cast<const char *>(data), size);
         }
         va_end(arguments);
-        tarn_test::FakeTracePlatform::Instance().messages.push_back(message);
+        Fake().messages.push_back(message);
         return ERROR_SUCCESS;
     }
 }

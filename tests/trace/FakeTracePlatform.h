@@ -7,6 +7,12 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include "trace/Trace.h"
+#include "trace/TraceChannels.h"
+#include "trace/Tracing.h"
+
 namespace tarn_test
 {
 
@@ -28,7 +34,7 @@ struct WrittenEvent
     std::vector<ULONG> types;
 };
 
-// What the fake platform was told and what it answers. One per process; the constructor of a test resets it.
+// What the fake platform was told and what it answers. One per process.
 struct FakeTracePlatform
 {
     static FakeTracePlatform &Instance();
@@ -53,6 +59,30 @@ struct FakeTracePlatform
     ULONG sessionFlags = 0;
     std::vector<WrittenMessage> messages;
     std::vector<WrittenEvent> events;
+};
+
+// Tracing registered with the fake platform, and nothing left of it.
+class TracePlatformTest : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        platform.Reset();
+        mft_utils::InitializeTracing();
+        ASSERT_NE(nullptr, platform.classicCallback);
+        ASSERT_NE(nullptr, platform.structuredCallback);
+    }
+    void TearDown() override
+    {
+        mft_utils::ShutdownTracing();
+        mft_utils::ShutdownTracing();
+        EXPECT_EQ(nullptr, platform.classicCallback);
+        EXPECT_EQ(nullptr, platform.structuredCallback);
+        EXPECT_FALSE(mft_utils::TraceEnabled(mft_utils::TraceLevel::Error));
+        EXPECT_FALSE(mft_utils::TraceLoggingEnabled(mft_utils::TraceLevel::Error));
+    }
+
+    FakeTracePlatform &platform = FakeTracePlatform::Instance();
 };
 
 } // namespace tarn_test

@@ -19,20 +19,16 @@ HRESULT FailingStep()
     return MF_E_INVALIDTYPE;
 }
 
-HRESULT Checked()
+HRESULT Checked(int step, void *theAttr = nullptr)
 {
-    CHECK_HR(FailingStep());
-    return S_OK;
-}
-
-HRESULT CheckedAs()
-{
-    CHECK_HR_AS("stream.SetState(state)", FailingStep());
-    return S_OK;
-}
-
-HRESULT CheckedPointer(void *theAttr)
-{
+    if (step == 1)
+    {
+        CHECK_HR(FailingStep());
+    }
+    if (step == 2)
+    {
+        CHECK_HR_AS("stream.SetState(state)", FailingStep());
+    }
     CHECK_POINTER(theAttr);
     return S_OK;
 }
@@ -58,18 +54,18 @@ using Texts = std::vector<std::string>;
 
 TEST(CheckTest, LogsFunctionExpressionAndResultAndReturnsIt)
 {
-    EXPECT_EQ(MF_E_INVALIDTYPE, sample_code::Checked()); // nobody listens
+    EXPECT_EQ(MF_E_INVALIDTYPE, sample_code::Checked(1)); // nobody listens
     const TraceLines trace;
 
-    EXPECT_EQ(MF_E_INVALIDTYPE, sample_code::Checked());
-    EXPECT_EQ(MF_E_INVALIDTYPE, sample_code::CheckedAs());
-    EXPECT_EQ(E_POINTER, sample_code::CheckedPointer(nullptr));
+    EXPECT_EQ(MF_E_INVALIDTYPE, sample_code::Checked(1));
+    EXPECT_EQ(MF_E_INVALIDTYPE, sample_code::Checked(2));
+    EXPECT_EQ(E_POINTER, sample_code::Checked(3));
     int object = 0;
-    EXPECT_EQ(S_OK, sample_code::CheckedPointer(&object));
+    EXPECT_EQ(S_OK, sample_code::Checked(3, &object));
 
     EXPECT_EQ((Texts{"sample_code::Checked: FailingStep() failed, hr 0xC00D36BD",
-                     "sample_code::CheckedAs: stream.SetState(state) failed, hr 0xC00D36BD",
-                     "sample_code::CheckedPointer: theAttr is nullptr, expected valid pointer, hr 0x80004003"}),
+                     "sample_code::Checked: stream.SetState(state) failed, hr 0xC00D36BD",
+                     "sample_code::Checked: theAttr is nullptr, expected valid pointer, hr 0x80004003"}),
               trace.Texts());
 }
 

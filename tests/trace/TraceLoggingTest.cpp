@@ -9,10 +9,7 @@
 #include "FakeTracePlatform.h"
 #include "TraceLines.h"
 #include "trace/GuidTranslator.h"
-#include "trace/TraceChannels.h"
-#include "trace/TraceLogging.h"
 #include "trace/TraceLoggingProvider.h"
-#include "trace/Tracing.h"
 
 namespace
 {
@@ -21,7 +18,6 @@ using mft_utils::EncodedEvent;
 using mft_utils::TextCutter;
 using mft_utils::TraceField;
 using mft_utils::TraceLevel;
-using tarn_test::FakeTracePlatform;
 using tarn_test::WrittenEvent;
 
 // Reads the metadata as a trace consumer does and puts the values beside the names.
@@ -43,26 +39,18 @@ std::string Decode(const WrittenEvent &event)
     {
         const std::string &value = event.data[i];
         text.append(" ").append(readName()).append("=");
-        std::uint64_t number = 0;
-        std::memcpy(&number, value.data(), std::min(value.size(), sizeof(number)));
-        switch (const int type = metadata.at(at++))
+        const int type = metadata.at(at++);
+        if (type == 2)
         {
-        case 2:
             EXPECT_EQ(std::strlen(value.c_str()) + 1, value.size());
             text += value.c_str();
-            break;
-        case 8:
-        case 20:
-            EXPECT_EQ(4u, value.size());
-            text.append(type == 20 ? "h" : "").append(std::to_string(number));
-            break;
-        case 9:
-            EXPECT_EQ(8u, value.size());
-            text += std::to_string(static_cast<std::int64_t>(number));
-            break;
-        default:
-            ADD_FAILURE() << "type " << type;
+            continue;
         }
+        EXPECT_TRUE(type == 8 || type == 9 || type == 20) << type;
+        EXPECT_EQ(type == 9 ? 8u : 4u, value.size());
+        std::int64_t number = 0;
+        std::memcpy(&number, value.data(), std::min(value.size(), sizeof(number)));
+        text.append(type == 20 ? "h" : "").append(std::to_string(number));
     }
     EXPECT_EQ(metadata.size(), at);
     return text;
@@ -74,39 +62,15 @@ void WriteEvent(TraceLevel level, const char *name, std::initializer_list<TraceF
     mft_utils::WriteToTraceChannels({level, mft_utils::TraceOpcode::Info, nullptr, name, fields});
 }
 
-class TraceLoggingTest : public testing::Test
-{
-  protected:
-    void SetUp() override
-    {
-        platform.Reset();
-        mft_utils::InitializeTracing();
-        ASSERT_NE(nullptr, platform.structuredCallback);
-    }
-    void TearDown() override
-    {
-        mft_utils::ShutdownTracing();
-        EXPECT_EQ(nullptr, platform.structuredCallback);
-        EXPECT_FALSE(mft_utils::TraceLoggingEnabled(TraceLevel::Error));
-    }
-
-    FakeTracePlatform &platform = FakeTracePlatform::Instance();
-};
+using TraceLoggingTest = tarn_test::TracePlatformTest;
 
 TEST(ProviderNameTest, HashGivesThePublishedIds)
 {
-    const struct
+    for (const auto &[name, guid] : {std::pair{"MyProvider", "{B3864C38-4273-58C5-545B-8B3608343471}"},
+                                     {"microsoft.web.platform", "{FF32ADA1-5A4B-583C-889E-A3C027B201F5}"},
+                                     {"TARN_DEVICE_MFT", "{817C90F0-D169-5F8F-A653-7FA53090FFEA}"}})
     {
-        const char *name;
-        const char *guid;
-    } cases[] = {
-        {"MyProvider", "{B3864C38-4273-58C5-545B-8B3608343471}"},
-        {"microsoft.web.platform", "{FF32ADA1-5A4B-583C-889E-A3C027B201F5}"},
-        {"TARN_DEVICE_MFT", "{817C90F0-D169-5F8F-A653-7FA53090FFEA}"},
-    };
-    for (const auto &entry : cases)
-    {
-        EXPECT_EQ(entry.guid, mft_utils::GuidTranslator::ToString(mft_utils::GuidFromProviderName(entry.name)));
+        EXPECT_EQ(guid, mft_utils::GuidTranslator::ToString(mft_utils::GuidFromProviderName(name)));
     }
 }
 
@@ -200,19 +164,13 @@ TEST_F(TraceLoggingTest, SessionsLevelDecides)
     EXPECT_EQ((std::vector<std::string>{"event Demo"}), trace.Texts());
 }
 
-TEST(TraceLoggingRegistrationTest, ProviderWithoutTraitsStaysSilent)
+TEST_F(TraceLoggingTest, ProviderWithoutTraitsStaysSilent)
 {
-    FakeTracePlatform &platform = FakeTracePlatform::Instance();
-    platform.Reset();
+    mft_utils::ShutdownTracing();
     platform.traitsResult = ERROR_NOT_SUPPORTED;
-
     mft_utils::InitializeTracing();
     EXPECT_EQ(nullptr, platform.structuredCallback);
     EXPECT_NE(nullptr, platform.classicCallback);
-
-    mft_utils::ShutdownTracing();
-    mft_utils::ShutdownTracing();
-    EXPECT_EQ(nullptr, platform.classicCallback);
 }
 
 } // namespace

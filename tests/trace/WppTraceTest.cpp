@@ -12,14 +12,12 @@
 #include "FakeTracePlatform.h"
 #include "trace/Check.h"
 #include "trace/GuidTranslator.h"
-#include "trace/Tracing.h"
 
 namespace
 {
 
 using mft_utils::TraceEnabled;
 using mft_utils::TraceLevel;
-using tarn_test::FakeTracePlatform;
 using tarn_test::WrittenMessage;
 
 // A message's format as a trace tool reads it from the format file.
@@ -58,18 +56,13 @@ struct FormatFile
     std::string messageClass;
 };
 
-const FormatFile &Formats()
-{
-    static const FormatFile file;
-    return file;
-}
+const FormatFile kFormatFile;
 
 // Puts the bytes that were written into the format's text.
 std::string Decode(const WrittenMessage &message)
 {
-    const auto &formats = Formats().formats;
-    const auto format = formats.find(message.number);
-    if (format == formats.end() || format->second.types.size() != message.arguments.size())
+    const auto format = kFormatFile.formats.find(message.number);
+    if (format == kFormatFile.formats.end() || format->second.types.size() != message.arguments.size())
     {
         return std::string("undecodable message ").append(std::to_string(message.number));
     }
@@ -99,24 +92,7 @@ std::string Decode(const WrittenMessage &message)
     return text;
 }
 
-class WppTraceTest : public testing::Test
-{
-  protected:
-    void SetUp() override
-    {
-        platform.Reset();
-        mft_utils::InitializeTracing();
-        ASSERT_NE(nullptr, platform.classicCallback);
-    }
-    void TearDown() override
-    {
-        mft_utils::ShutdownTracing();
-        EXPECT_EQ(nullptr, platform.classicCallback);
-        EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
-    }
-
-    FakeTracePlatform &platform = FakeTracePlatform::Instance();
-};
+using WppTraceTest = tarn_test::TracePlatformTest;
 
 TEST_F(WppTraceTest, EveryMessageDecodesWithTheShippedFormats)
 {
@@ -144,7 +120,7 @@ TEST_F(WppTraceTest, EveryMessageDecodesWithTheShippedFormats)
 
 TEST_F(WppTraceTest, FormatFileNamesTheRegisteredGuids)
 {
-    std::string messageClass = "{" + Formats().messageClass + "}";
+    std::string messageClass = "{" + kFormatFile.messageClass + "}";
     std::transform(messageClass.begin(), messageClass.end(), messageClass.begin(),
                    [](char letter) { return static_cast<char>(std::toupper(letter)); });
     EXPECT_EQ(messageClass, mft_utils::GuidTranslator::ToString(platform.classicMessageClass));
@@ -168,7 +144,7 @@ TEST_F(WppTraceTest, LevelAndFlagsSelectMessages)
     TRACE_ERROR("error");
     mft_utils::trace_detail::WriteEntry("void f()", "camera");
     ASSERT_EQ(1u, platform.messages.size());
-    EXPECT_EQ(static_cast<USHORT>(mft_utils::WppMessage::Entry), platform.messages[0].number);
+    EXPECT_EQ(static_cast<USHORT>(mft_utils::TraceMessageId::Entry), platform.messages[0].number);
 
     platform.DisableClassic();
     platform.messages.clear();
@@ -192,7 +168,7 @@ TEST_F(WppTraceTest, LongTextsAreCutInsideTheMessage)
     const mft_utils::WppArgumentList list({"f", longText.c_str(), nullptr, E_FAIL, longText.c_str(), "one too many"});
 
     ASSERT_EQ(mft_utils::WppArgumentList::kMaxArguments, list.Count());
-    EXPECT_EQ(mft_utils::WppArgumentList::kMaxStringBytes, list.At(1).size);
+    EXPECT_EQ(mft_utils::TextCutter::kMaxBytes, list.At(1).size);
     EXPECT_EQ('\0', static_cast<const char *>(list.At(1).data)[list.At(1).size - 1]);
     EXPECT_STREQ("null", static_cast<const char *>(list.At(2).data));
     EXPECT_STREQ("...", static_cast<const char *>(list.At(4).data));
@@ -204,17 +180,12 @@ TEST_F(WppTraceTest, LongTextsAreCutInsideTheMessage)
     EXPECT_TRUE(Decode(platform.messages[0]).ends_with("xxx..."));
 }
 
-TEST(WppTraceRegistrationTest, RefusalLeavesTheChannelOff)
+TEST_F(WppTraceTest, RefusalLeavesTheChannelOff)
 {
-    FakeTracePlatform &platform = FakeTracePlatform::Instance();
-    platform.Reset();
+    mft_utils::ShutdownTracing();
     platform.registerResult = ERROR_ACCESS_DENIED;
-
     mft_utils::InitializeTracing();
     EXPECT_EQ(E_ACCESSDENIED, mft_utils::WppTrace::Register());
-    mft_utils::ShutdownTracing();
-
-    EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/ThrowIfFailed.h"
+
 namespace tarn_host
 {
 
@@ -30,12 +32,15 @@ class HostError : public std::runtime_error
 {
   public:
     using std::runtime_error::runtime_error;
-    // `what` says which step; the result is appended in hexadecimal.
-    HostError(const std::string &what, HRESULT result);
+    // Names the step and the result.
+    HostError(HRESULT result, const std::string &step) : std::runtime_error(mft_utils::FailureText(step, result)) {}
 };
 
 // Throws HostError naming the step when `result` is a failure.
-void ThrowIfFailed(HRESULT result, const char *step);
+inline void ThrowIfFailed(HRESULT result, const char *step)
+{
+    mft_utils::ThrowIfFailed<HostError>(result, step);
+}
 
 // Writes out what was printed and ends the process at once. The platform's worker threads end only some time after
 // MFShutdown, and one that runs into the process's own clean-up can crash or hang it (Wine 8 under load).

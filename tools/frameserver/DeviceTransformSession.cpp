@@ -1,6 +1,7 @@
 #include "tools/frameserver/DeviceTransformSession.h"
 
 #include "platform/CameraAttributes.h"
+#include "platform/SampleAllocator.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -129,7 +130,26 @@ void DeviceTransformSession::SendMessage(MFT_MESSAGE_TYPE message) const
 
 void DeviceTransformSession::SetOutputState(DWORD outputId, DeviceStreamState state, IMFMediaType *type)
 {
+    if (state == DeviceStreamState_Run && offersAllocators)
+    {
+        OfferAllocator(outputId);
+    }
     ThrowIfFailed(transform->SetOutputStreamState(outputId, type, state, 0), "SetOutputStreamState");
+}
+
+void DeviceTransformSession::OfferAllocator(DWORD outputId)
+{
+    ComPtr<IMFSampleAllocatorControl> control;
+    ThrowIfFailed(transform.As(&control), "asking the transform for IMFSampleAllocatorControl");
+    DWORD inputId = 0;
+    MFSampleAllocatorUsage usage = MFSampleAllocatorUsage_UsesCustomAllocator;
+    ThrowIfFailed(control->GetAllocatorUsage(outputId, &inputId, &usage), "GetAllocatorUsage");
+    if (usage == MFSampleAllocatorUsage_UsesProvidedAllocator)
+    {
+        ComPtr<IMFVideoSampleAllocatorEx> allocator;
+        ThrowIfFailed(MFCreateVideoSampleAllocatorEx(IID_PPV_ARGS(&allocator)), "MFCreateVideoSampleAllocatorEx");
+        ThrowIfFailed(control->SetDefaultAllocator(outputId, allocator.Get()), "SetDefaultAllocator");
+    }
 }
 
 void DeviceTransformSession::WaitForInputs(DeviceStreamState state, std::size_t count, std::chrono::milliseconds limit)
@@ -302,7 +322,7 @@ void DeviceTransformSession::Fail(const std::string &step, HRESULT result)
         const std::scoped_lock hold(lock);
         if (!failure)
         {
-            failure = HostError(step, result).what();
+            failure = HostError(result, step).what();
         }
     }
     changed.notify_all();
@@ -340,7 +360,7 @@ ULONG DeviceTransformSession::Close()
         if (FAILED(result))
         {
             // The loop waits inside the transform and nothing can end it there, so the process has to.
-            std::fprintf(stderr, "tarn-host: %s\n", HostError("shutting the transform down", result).what());
+            std::fprintf(stderr, "tarn-host: %s\n", HostError(result, "shutting the transform down").what());
             EndProcess(ExitCode::Failure);
         }
         eventLoop.join();

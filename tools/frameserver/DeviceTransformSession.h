@@ -70,6 +70,12 @@ class DeviceTransformSession
     ComPtr<IKsControl> KsControl() const;
 
     void SendMessage(MFT_MESSAGE_TYPE message) const;
+    // From now on each output is offered a sample allocator of the platform before it starts, if it says that it uses
+    // one.
+    void OfferAllocators() noexcept
+    {
+        offersAllocators = true;
+    }
     // Throws HostError when the transform refuses.
     void SetOutputState(DWORD outputId, DeviceStreamState state, IMFMediaType *type);
     // Waits until the transform has asked for `state` on as many inputs and the pins followed. Throws HostError when
@@ -93,6 +99,7 @@ class DeviceTransformSession
   private:
     void ReadStreamIds();
     void FindInputRule();
+    void OfferAllocator(DWORD outputId);
     void RunEventLoop();
     HRESULT HandleEvent(IMFMediaEvent &event);
     HRESULT FollowInputState(IMFMediaEvent &event);
@@ -101,6 +108,7 @@ class DeviceTransformSession
 
     SessionListener &listener;
     bool isInputConsumed = true; // ProcessInput takes over the reference on the sample; immutable after Open
+    bool offersAllocators = false;
     std::optional<WorkQueue> workQueue;
     ComPtr<IMFDeviceTransform> transform;
     ComPtr<IMFMediaEventGenerator> events;

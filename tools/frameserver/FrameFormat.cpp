@@ -2,9 +2,9 @@
 
 #include <array>
 #include <cctype>
-#include <cstdio>
 
 #include "tools/command/ExitCode.h"
+#include "base/HexText.h"
 
 namespace tarn_host
 {
@@ -36,9 +36,7 @@ std::string NameOf(const GUID &subtype)
         const auto character = static_cast<unsigned char>(subtype.Data1 >> shift);
         if (std::isprint(character) == 0)
         {
-            char number[16];
-            std::snprintf(number, sizeof number, "0x%08lX", static_cast<unsigned long>(subtype.Data1));
-            return number;
+            return mft_utils::HexText(subtype.Data1);
         }
         name += static_cast<char>(character);
     }

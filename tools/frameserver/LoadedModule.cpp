@@ -33,7 +33,7 @@ LoadedModule::LoadedModule(std::filesystem::path modulePath, ModuleAccess module
     library = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (library == nullptr)
     {
-        throw HostError("loading " + ToText(path), mft_utils::HResultFromLastError());
+        throw HostError(mft_utils::HResultFromLastError(), "loading " + ToText(path));
     }
 }
 

@@ -7,16 +7,9 @@ namespace tarn_host
 
 LockedFrame::LockedFrame(IMFSample &sample)
 {
-    ThrowIfFailed(sample.ConvertToContiguousBuffer(&buffer), "ConvertToContiguousBuffer on a frame");
-    BYTE *data = nullptr;
-    DWORD length = 0;
-    ThrowIfFailed(buffer->Lock(&data, nullptr, &length), "locking a frame");
-    bytes = std::as_bytes(std::span(data, length));
-}
-
-LockedFrame::~LockedFrame()
-{
-    buffer->Unlock();
+    ComPtr<IMFMediaBuffer> joined;
+    ThrowIfFailed(sample.ConvertToContiguousBuffer(&joined), "ConvertToContiguousBuffer on a frame");
+    ThrowIfFailed(buffer.Lock(joined.Get()), "locking a frame");
 }
 
 } // namespace tarn_host

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <span>
 
+#include "base/LockedBuffer.h"
+
 namespace tarn_host
 {
 
@@ -15,18 +17,14 @@ class LockedFrame
   public:
     // Throws HostError when the sample's buffers cannot be joined or locked.
     explicit LockedFrame(IMFSample &sample);
-    ~LockedFrame();
-    LockedFrame(const LockedFrame &) = delete;
-    LockedFrame &operator=(const LockedFrame &) = delete;
 
     std::span<const std::byte> Bytes() const noexcept
     {
-        return bytes;
+        return std::as_bytes(std::span(buffer.data, buffer.length));
     }
 
   private:
-    ComPtr<IMFMediaBuffer> buffer;
-    std::span<const std::byte> bytes;
+    user_space_frameworks::LockedBuffer buffer;
 };
 
 } // namespace tarn_host

@@ -14,7 +14,7 @@ PlatformSession::PlatformSession()
     if (FAILED(started))
     {
         CoUninitialize();
-        throw HostError("MFStartup", started);
+        throw HostError(started, "MFStartup");
     }
 }
 

@@ -50,7 +50,7 @@ DWORD RunAndWait(std::wstring commandLine)
     if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr,
                         &startup, &process))
     {
-        throw HostError("starting regsvr32", mft_utils::HResultFromLastError());
+        throw HostError(mft_utils::HResultFromLastError(), "starting regsvr32");
     }
     const UniqueHandle thread(process.hThread);
     const UniqueHandle handle(process.hProcess);

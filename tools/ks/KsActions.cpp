@@ -1,8 +1,7 @@
 #include "tools/ks/KsActions.h"
 
-#include <cstdio>
-
 #include "tools/command/ExitCode.h"
+#include "tools/command/Text.h"
 #include "tools/ks/KsDeviceInfo.h"
 #include "tools/ks/KsSettings.h"
 #include "tools/ks/KsText.h"
@@ -14,14 +13,6 @@ namespace
 {
 
 using Json = nlohmann::ordered_json;
-
-template <class... Values>
-std::string Format(const char *format, Values... values)
-{
-    char text[256];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
 
 void AddControl(KsReport &report, const KsClient &client, const ExtensionControl &control)
 {

@@ -3,13 +3,13 @@
 #include "platform/ExtendedCameraControl.h"
 
 #include <array>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
 #include "tarn/depth_presets.h"
 #include "tools/command/ExitCode.h"
 #include "tools/ks/KsResultText.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -53,9 +53,7 @@ KSPROPERTY_TARN_HW_COMMAND HeaderOf(const FirmwareCommand &command, std::size_t 
 
 std::string StepOf(const FirmwareCommand &command)
 {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "firmware command 0x%02lX", static_cast<unsigned long>(command.opcode));
-    return text.data();
+    return Format("firmware command 0x%02lX", static_cast<unsigned long>(command.opcode));
 }
 
 } // namespace

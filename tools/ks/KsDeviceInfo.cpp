@@ -1,34 +1,14 @@
 #include "tools/ks/KsDeviceInfo.h"
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 
-#include "sim/CalibrationTable.h"
+#include "base/Crc32.h"
 #include "tarn/device_info.h"
+#include "base/RecordText.h"
 
 namespace tarn_host
 {
-
-namespace
-{
-
-template <std::size_t Size>
-std::string Printable(const char (&text)[Size])
-{
-    std::string printable(std::begin(text), std::find(std::begin(text), std::end(text), '\0'));
-    std::replace_if(
-        printable.begin(), printable.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-    return printable;
-}
-
-std::string VersionText(const std::uint8_t (&version)[4])
-{
-    return std::to_string(version[0]) + '.' + std::to_string(version[1]) + '.' + std::to_string(version[2]) + '.' +
-           std::to_string(version[3]);
-}
-
-} // namespace
 
 nlohmann::ordered_json DecodeDeviceInfo(std::span<const std::uint8_t> answer)
 {
@@ -38,15 +18,16 @@ nlohmann::ordered_json DecodeDeviceInfo(std::span<const std::uint8_t> answer)
         return {};
     }
     std::memcpy(&info, answer.data(), sizeof(info));
-    const bool checks = info.version == TARN_DEVICE_INFO_VERSION && info.size == sizeof(info) &&
-                        info.checksum == tarn_sim::Crc32(answer.first(offsetof(TARN_DEVICE_INFO, checksum)));
-    return {{"product", Printable(info.productName)},
-            {"serialNumber", Printable(info.serialNumber)},
-            {"firmware", VersionText(info.firmwareVersion)},
-            {"usbController", VersionText(info.controllerVersion)},
+    const bool checks =
+        info.version == TARN_DEVICE_INFO_VERSION && info.size == sizeof(info) &&
+        info.checksum == user_space_frameworks::Crc32(answer.first(offsetof(TARN_DEVICE_INFO, checksum)));
+    return {{"product", mft_utils::PrintableText(info.productName)},
+            {"serialNumber", mft_utils::PrintableText(info.serialNumber)},
+            {"firmware", mft_utils::VersionText(info.firmwareVersion)},
+            {"usbController", mft_utils::VersionText(info.controllerVersion)},
             {"hardwareRevision", std::uint32_t{info.hardwareRevision}},
-            {"sensorSerial", Printable(info.sensorSerial)},
-            {"laserSerial", Printable(info.laserSerial)},
+            {"sensorSerial", mft_utils::PrintableText(info.sensorSerial)},
+            {"laserSerial", mft_utils::PrintableText(info.laserSerial)},
             {"moduleState", std::uint32_t{info.moduleState}},
             {"calibrationTime", std::uint64_t{info.calibrationTime}},
             {"calibrationVersion", std::uint32_t{info.calibrationVersion}},

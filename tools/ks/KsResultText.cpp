@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+
+#include "base/HexText.h"
 
 namespace tarn_host
 {
@@ -54,11 +55,10 @@ constexpr auto kNames = std::to_array<NamedResult>({
 
 std::string DescribeResult(HRESULT result)
 {
-    std::array<char, 16> number{};
-    std::snprintf(number.data(), number.size(), "0x%08lX", static_cast<unsigned long>(result));
+    const std::string number = mft_utils::HexText(static_cast<unsigned long>(result));
     const auto *const found =
         std::find_if(kNames.begin(), kNames.end(), [result](const NamedResult &one) { return one.result == result; });
-    return found == kNames.end() ? number.data() : std::string(number.data()) + " (" + found->name + ")";
+    return found == kNames.end() ? number : number + " (" + found->name + ")";
 }
 
 } // namespace tarn_host

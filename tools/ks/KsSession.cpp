@@ -19,7 +19,7 @@ class PinDriver final : public SessionListener
 
     HRESULT OnInputState(DWORD inputId, DeviceStreamState state, IMFMediaType *type) override
     {
-        return camera.SetPinState(inputId, state, type);
+        return camera.Pins().SetPinState(inputId, state, type);
     }
     void OnOutputSample(DWORD, IMFSample *) override {}
     void OnSessionFailure() override {}

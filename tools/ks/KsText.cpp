@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdio>
 
 #include "tools/command/ExitCode.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -24,9 +24,7 @@ bool ReadDigits(const char *begin, const char *end, int base, std::uint32_t &val
 
 std::string HexByte(std::uint8_t byte)
 {
-    std::array<char, 4> text{};
-    std::snprintf(text.data(), text.size(), "%02X", static_cast<unsigned>(byte));
-    return text.data();
+    return Format("%02X", static_cast<unsigned>(byte));
 }
 
 [[noreturn]] void ThrowNoPair(const std::string &what, const std::string &text)
@@ -87,8 +85,6 @@ std::string HexDump(std::span<const std::uint8_t> bytes)
     for (std::size_t at = 0; at < bytes.size(); at += kBytesPerLine)
     {
         const auto line = bytes.subspan(at, std::min(kBytesPerLine, bytes.size() - at));
-        std::array<char, 16> offset{};
-        std::snprintf(offset.data(), offset.size(), "%04zX ", at);
         std::string digits;
         std::string characters;
         for (const std::uint8_t byte : line)
@@ -97,7 +93,7 @@ std::string HexDump(std::span<const std::uint8_t> bytes)
             characters += byte >= ' ' && byte <= '~' ? static_cast<char>(byte) : '.';
         }
         digits.resize(kBytesPerLine * 3, ' ');
-        dump.append(offset.data()).append(digits).append("  ").append(characters).append("\n");
+        dump.append(Format("%04zX ", at)).append(digits).append("  ").append(characters).append("\n");
     }
     return dump;
 }

@@ -251,9 +251,9 @@ void NodeChain::AddInPlaceSize(const std::string &text, std::string_view name, s
         {
             Refuse(text, "needs an even height");
         }
-        const auto config = std::make_shared<TarnConfidenceMapConfig>([](bool) { return S_OK; });
+        const auto mapState = std::make_shared<ConfidenceMapState>();
         steps.push_back({text, [=](const NodePtr &next) {
-                             return std::make_shared<TarnConfidenceMapTopologyNode>(next, width, height / 2, config);
+                             return std::make_shared<TarnConfidenceMapTopologyNode>(next, width, height / 2, mapState);
                          }});
         size.height /= 2;
     }

@@ -1,7 +1,6 @@
 #include "tools/pictures/ContactSheet.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iostream>
 #include <map>
 
@@ -69,13 +68,9 @@ Scales MakeScales(const std::vector<ContactSheetSection> &sections)
 
 std::string CaptionOf(const Thumbnail &frame, std::int64_t startTime100ns)
 {
-    char text[64];
-    std::snprintf(text, sizeof text, "#%llu  %.3f s%s", static_cast<unsigned long long>(frame.frameNumber),
-                  static_cast<double>(frame.sampleTime100ns - startTime100ns) / 1e7,
-                  !frame.isLit   ? ""
-                  : *frame.isLit ? "  lit"
-                                 : "  unlit");
-    return text;
+    const char *const light = !frame.isLit ? "" : *frame.isLit ? "  lit" : "  unlit";
+    return Format("#%llu  %.3f s%s", static_cast<unsigned long long>(frame.frameNumber),
+                  static_cast<double>(frame.sampleTime100ns - startTime100ns) / 1e7, light);
 }
 
 void DrawFrame(Picture &sheet, std::size_t left, std::size_t top, const Thumbnail &frame, const Scales &scales)

@@ -46,14 +46,4 @@ Rgb FalseColour::AtPosition(double position) noexcept
     return {Mix(from.red, to.red, share), Mix(from.green, to.green, share), Mix(from.blue, to.blue, share)};
 }
 
-double FalseColour::NearMetres() const noexcept
-{
-    return nearEnd / kDepthUnitsPerMetre;
-}
-
-double FalseColour::FarMetres() const noexcept
-{
-    return farEnd / kDepthUnitsPerMetre;
-}
-
 } // namespace tarn_host

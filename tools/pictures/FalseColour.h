@@ -19,9 +19,6 @@ class FalseColour
     // 0 is the near end of the scale, 1 the far end.
     static Rgb AtPosition(double position) noexcept;
 
-    double NearMetres() const noexcept;
-    double FarMetres() const noexcept;
-
   private:
     std::uint32_t nearEnd;
     std::uint32_t farEnd;

@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
 #include <regex>
 #include <set>
 #include <vector>
@@ -185,8 +184,7 @@ void FrameWriter::Write(const std::string &stream, std::uint64_t number, const F
     {
         Begin();
     }
-    char suffix[32];
-    std::snprintf(suffix, sizeof suffix, "_%06llu", static_cast<unsigned long long>(number));
+    const std::string suffix = Format("_%06llu", static_cast<unsigned long long>(number));
     const std::size_t pixelCount = std::size_t{format.size.width} * format.size.height;
     const bool isWide = format.pixels == PixelKind::Depth16 || format.pixels == PixelKind::Grey16;
     const bool isPicture = (isWide || format.pixels == PixelKind::Grey8) && pixelCount != 0 &&

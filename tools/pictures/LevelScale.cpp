@@ -1,9 +1,9 @@
 #include "tools/pictures/LevelScale.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "tools/pictures/FalseColour.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -88,9 +88,7 @@ std::string LevelScale::Label(std::uint32_t level) const
     }
     const double metres = level / kDepthUnitsPerMetre;
     const double step = range.step / kDepthUnitsPerMetre;
-    char text[32];
-    std::snprintf(text, sizeof text, "%.*f m", step >= 1 ? 0 : step >= 0.1 ? 1 : 2, metres);
-    return text;
+    return Format("%.*f m", step >= 1 ? 0 : step >= 0.1 ? 1 : 2, metres);
 }
 
 } // namespace tarn_host

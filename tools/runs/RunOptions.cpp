@@ -27,6 +27,7 @@ void RunOptionsLine::AddTo(CLI::App &app)
     app.add_option("--frames", frames, "folder of recorded PNG frames (default: a generated scene)")->type_name("DIR");
     AddChoice<Pace>(app, "--pace", options.pace, {{"realtime", Pace::RealTime}, {"fast", Pace::Fast}},
                     "by the frame rate, or as fast as frames are taken (default realtime)");
+    app.add_flag("--allocator", options.allocator, "offer the platform's sample allocator to each output that starts");
     app.add_option("--out", outFolder, std::string("folder for ") + kPictureName + " (default: no picture)")
         ->type_name("DIR");
     app.add_option("--dll", module, "the module (default: tarn_dmft.dll beside this program)")->type_name("PATH");

@@ -29,6 +29,7 @@ struct RunOptions
     std::filesystem::path frames; // Empty: the built-in scene.
     Pace pace = Pace::RealTime;
     std::filesystem::path outFolder; // Empty: no files.
+    bool allocator = false;          // the transform is offered one for each output
     bool saveFrames = false;
     std::size_t framesToShow = 0; // of each output, for the contact sheet
     bool json = false;

@@ -1,9 +1,11 @@
 #include "tools/runs/StreamReport.h"
 
-#include <cstdio>
 #include <ostream>
 
 #include <nlohmann/json.hpp>
+
+#include "base/HexText.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -12,14 +14,6 @@ namespace
 {
 
 using Json = nlohmann::ordered_json;
-
-template <class... Values>
-std::string Format(const char *format, Values... values)
-{
-    char text[256];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
 
 unsigned long long Wide(std::uint64_t value)
 {
@@ -30,7 +24,7 @@ std::string ResultText(HRESULT result)
 {
     return result == S_OK      ? "S_OK"
            : result == S_FALSE ? "S_FALSE"
-                               : Format("0x%08lX", static_cast<unsigned long>(result));
+                               : mft_utils::HexText(static_cast<unsigned long>(result));
 }
 
 Json JsonOf(const OutputReport &output)
@@ -83,6 +77,16 @@ void AddProblems(std::vector<std::string> &problems, const PhaseReport &phase, c
 }
 
 } // namespace
+
+double StreamReport::ProcessorMicrosecondsPerFrame() const noexcept
+{
+    std::uint64_t frames = 0;
+    for (const PinReport &pin : pins)
+    {
+        frames += pin.statistics.delivered;
+    }
+    return frames == 0 ? 0 : static_cast<double>(processorTime.count()) / static_cast<double>(frames);
+}
 
 std::vector<std::string> StreamReport::Problems() const
 {
@@ -160,7 +164,9 @@ void StreamReport::WriteTable(std::ostream &output) const
                          pin.id, Wide(pin.statistics.delivered), Wide(pin.taken.in), Wide(pin.taken.between),
                          Wide(pin.statistics.dropped), Wide(pin.statistics.failed));
     }
-    output << Format("events         %llu outputs, %llu input states, %llu streams created, %llu others\n",
+    output << Format("processor      %.0f us per frame, camera and frame server included\n",
+                     ProcessorMicrosecondsPerFrame())
+           << Format("events         %llu outputs, %llu input states, %llu streams created, %llu others\n",
                      Wide(events.outputEvents), Wide(events.inputStateEvents), Wide(events.streamCreatedEvents),
                      Wide(events.otherEvents))
            << Format("left behind    %lu references on the transform, %lu on the camera, %u frames\n",
@@ -219,6 +225,7 @@ std::string StreamReport::ToJson() const
                                         {"dropped", pin.statistics.dropped},
                                         {"failed", pin.statistics.failed}});
     }
+    report["processorMicrosecondsPerFrame"] = ProcessorMicrosecondsPerFrame();
     report["events"] = {{"outputs", events.outputEvents},
                         {"inputStates", events.inputStateEvents},
                         {"streamsCreated", events.streamCreatedEvents},

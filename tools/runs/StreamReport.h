@@ -3,6 +3,7 @@
 
 #include "platform/MediaFoundation.h"
 
+#include <chrono>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -59,9 +60,13 @@ struct StreamReport
     std::vector<PhaseReport> phases;
     std::vector<PinReport> pins;
     SessionCounters events;
+    std::chrono::microseconds processorTime{}; // of the whole process, camera and frame server too, while it streamed
     bool stalled = false;     // The run was given up because no frame came any more.
     bool interrupted = false; // Ctrl-C came before its end.
     Leftovers leftovers;
+
+    // Of each frame that the camera delivered; 0 without any.
+    double ProcessorMicrosecondsPerFrame() const noexcept;
 
     // One line per thing that was not as it has to be; empty after a good run.
     std::vector<std::string> Problems() const;

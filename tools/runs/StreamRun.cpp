@@ -6,6 +6,7 @@
 #include "sim/CameraConfiguration.h"
 #include "sim/GeneratedScene.h"
 #include "sim/RecordedFrames.h"
+#include "tools/runs/ProcessorTime.h"
 #include "tools/command/ExitCode.h"
 #include "tools/command/Interruption.h"
 #include "tools/ks/KsClient.h"
@@ -45,7 +46,8 @@ std::shared_ptr<tarn_sim::IFrameSource> MakeSource(const std::filesystem::path &
 } // namespace
 
 StreamRun::StreamRun(const Scenario &playedScenario, const RunOptions &runOptions, ProgressLine &progressLine)
-    : scenario(playedScenario), options(runOptions), progress(progressLine), session(*this), books(runOptions.framesToShow)
+    : scenario(playedScenario), options(runOptions), progress(progressLine), session(*this),
+      books(runOptions.framesToShow)
 {
 }
 
@@ -54,7 +56,7 @@ StreamRun::~StreamRun()
     // No frame may arrive any more when the session goes, and no pin change when the camera does.
     if (camera)
     {
-        camera->SetFrameSink(nullptr);
+        camera->Pins().SetFrameSink(nullptr);
     }
 }
 
@@ -65,10 +67,15 @@ StreamReport StreamRun::Run(const LoadedModule &module)
         writer.emplace(options.outFolder);
     }
     CreateCamera();
+    if (options.allocator)
+    {
+        session.OfferAllocators();
+    }
     session.Open(module.Create(ClassOf(scenario.transform)), static_cast<IMFTransform *>(camera.Get()));
-    camera->SetFrameSink(this);
+    camera->Pins().SetFrameSink(this);
     session.SendMessage(MFT_MESSAGE_NOTIFY_BEGIN_STREAMING);
     session.SendMessage(MFT_MESSAGE_NOTIFY_START_OF_STREAM);
+    const auto processorTimeBefore = ProcessorTime();
     for (std::size_t index = 0; index < scenario.phases.size() && !stalled && !interrupted; ++index)
     {
         Enter(index);
@@ -78,6 +85,7 @@ StreamReport StreamRun::Run(const LoadedModule &module)
     StopOutputs();
 
     StreamReport report;
+    report.processorTime = ProcessorTime() - processorTimeBefore;
     report.title = scenario.title;
     report.transform = NameOf(scenario.transform);
     report.source = sourceText;
@@ -177,7 +185,7 @@ void StreamRun::Play(std::size_t index)
             {
                 return; // the next change finds frames on their way
             }
-            camera->SetFrameSink(nullptr);
+            camera->Pins().SetFrameSink(nullptr);
             feeding = false;
         }
         if (!feeding && books.FramesInFlight() == 0)
@@ -192,7 +200,7 @@ void StreamRun::Play(std::size_t index)
         }
         if (now - seenAt > kStallLimit)
         {
-            camera->SetFrameSink(nullptr);
+            camera->Pins().SetFrameSink(nullptr);
             stalled = feeding;
             return;
         }
@@ -221,11 +229,11 @@ void StreamRun::LetGo(StreamReport &report)
     report.events = session.Counters();
     report.stalled = stalled;
     report.interrupted = interrupted;
-    camera->WaitForReturnOfFrames(std::chrono::duration_cast<std::chrono::milliseconds>(kReturnLimit));
-    camera->StopAll();
+    camera->Pins().WaitForReturnOfFrames(std::chrono::duration_cast<std::chrono::milliseconds>(kReturnLimit));
+    camera->Pins().StopAll();
     for (const DWORD id : pinIds)
     {
-        report.pins.push_back({id, camera->Statistics(id), books.FramesOf(id)});
+        report.pins.push_back({id, camera->Pins().Statistics(id), books.FramesOf(id)});
         report.leftovers.frames += report.pins.back().statistics.outstanding;
     }
     running.clear();
@@ -267,7 +275,7 @@ HRESULT StreamRun::OnInputState(DWORD inputId, DeviceStreamState state, IMFMedia
         const std::scoped_lock hold(lock);
         pinFormats[inputId] = format;
     }
-    return camera->SetPinState(inputId, state, type);
+    return camera->Pins().SetPinState(inputId, state, type);
 }
 
 void StreamRun::OnOutputSample(DWORD outputId, IMFSample *sample)
@@ -318,7 +326,7 @@ void StreamRun::OnFrame(DWORD streamId, IMFSample *sample)
     const HRESULT result = session.ProcessInput(streamId, sample);
     if (FAILED(result) && !books.FrameRefused(streamId, enteredIn))
     {
-        Fail(HostError("ProcessInput", result).what());
+        Fail(HostError(result, "ProcessInput").what());
     }
 }
 

@@ -2,9 +2,9 @@
 #include "tools/runs/StreamRun.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "tools/command/ExitCode.h"
+#include "tools/command/Text.h"
 
 namespace tarn_host
 {
@@ -61,7 +61,7 @@ bool StreamRun::AllFramesIn(const Phase &phase) const
         return books.AllHaveFramesIn(phase.frames);
     }
     return std::all_of(pinIds.begin(), pinIds.end(), [&](DWORD id) {
-        const tarn_sim::PinStatistics pin = camera->Statistics(id);
+        const tarn_sim::PinStatistics pin = camera->Pins().Statistics(id);
         return pin.delivered + pin.dropped + pin.failed >= frameLimit;
     });
 }
@@ -81,7 +81,7 @@ double StreamRun::ShareDone(const Phase &phase, ProgressLine::Clock::duration el
     }
     for (const DWORD id : pinIds)
     {
-        const tarn_sim::PinStatistics pin = camera->Statistics(id);
+        const tarn_sim::PinStatistics pin = camera->Pins().Statistics(id);
         frames = std::min(frames, pin.delivered + pin.dropped + pin.failed);
     }
     return static_cast<double>(frames) / static_cast<double>(frameLimit);
@@ -92,12 +92,9 @@ std::string StreamRun::ProgressText(const Phase &phase) const
     std::string text = (scenario.phases.size() > 1 ? scenario.title + ", " : "") + phase.caption + ":";
     books.ForEachRunning([&](const PhaseBooks::Stretch &stretch) {
         const StreamSummary summary = stretch.collector.Summary();
-        char part[96];
-        std::snprintf(part, sizeof part, "   %s %llu in, %llu out, %.1f fps",
-                      NameOfOutput(scenario.transform, stretch.collector.Id()),
-                      static_cast<unsigned long long>(summary.framesIn),
-                      static_cast<unsigned long long>(summary.framesOut), summary.framesPerSecond);
-        text += part;
+        text += Format("   %s %llu in, %llu out, %.1f fps", NameOfOutput(scenario.transform, stretch.collector.Id()),
+                       static_cast<unsigned long long>(summary.framesIn),
+                       static_cast<unsigned long long>(summary.framesOut), summary.framesPerSecond);
     });
     return text;
 }

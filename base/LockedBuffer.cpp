@@ -1,6 +1,6 @@
-#include "media/LockedBuffer.h"
+#include "base/LockedBuffer.h"
 
-namespace mft_core
+namespace user_space_frameworks
 {
 
 LockedBuffer::~LockedBuffer()
@@ -14,13 +14,14 @@ LockedBuffer::~LockedBuffer()
 HRESULT LockedBuffer::Lock(IMFMediaBuffer *mediaBuffer) noexcept
 {
     BYTE *bytes = nullptr;
+    DWORD room = 0;
     DWORD count = 0;
-    const HRESULT result = mediaBuffer->Lock(&bytes, nullptr, &count);
+    const HRESULT result = mediaBuffer->Lock(&bytes, &room, &count);
     if (FAILED(result))
     {
         return result;
     }
-    if (bytes == nullptr)
+    if (bytes == nullptr && count != 0)
     {
         mediaBuffer->Unlock();
         return E_UNEXPECTED;
@@ -28,7 +29,8 @@ HRESULT LockedBuffer::Lock(IMFMediaBuffer *mediaBuffer) noexcept
     locked = mediaBuffer;
     data = bytes;
     length = count;
+    capacity = bytes == nullptr ? 0 : room;
     return S_OK;
 }
 
-} // namespace mft_core
+} // namespace user_space_frameworks

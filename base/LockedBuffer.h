@@ -1,9 +1,9 @@
-// Scoped lock of a media buffer whose failure is a result, not an exception.
+// Scoped lock of a media buffer.
 #pragma once
 
 #include "platform/MediaFoundation.h"
 
-namespace mft_core
+namespace user_space_frameworks
 {
 
 // Keeps the buffer alive and locked from a successful Lock to destruction. Confined.
@@ -15,14 +15,15 @@ class LockedBuffer
     LockedBuffer(const LockedBuffer &) = delete;
     LockedBuffer &operator=(const LockedBuffer &) = delete;
 
-    // Once per object. The buffer's own failure, or E_UNEXPECTED for a null pointer to data; nothing is locked then.
+    // Once per object. The buffer's own failure, or E_UNEXPECTED for data that lie nowhere; nothing is locked then.
     HRESULT Lock(IMFMediaBuffer *mediaBuffer) noexcept;
 
     BYTE *data = nullptr;
-    DWORD length = 0; // bytes that hold data
+    DWORD length = 0;   // bytes that hold data: the buffer's current length
+    DWORD capacity = 0; // bytes that it has room for
 
   private:
     ComPtr<IMFMediaBuffer> locked;
 };
 
-} // namespace mft_core
+} // namespace user_space_frameworks

@@ -1,0 +1,183 @@
+// Long runs of every scenario with a consumer that keeps random frames for random times, writes into them, and keeps
+// some beyond the transform. TARN_SOAK_FRAMES=n makes the runs as long.
+#include <windows.h>
+
+#include <cstdlib>
+#include <deque>
+#include <random>
+
+#include "tarn/frame_metadata.h"
+#include "tarn/sample_attributes.h"
+#include "tests/device/DepthServer.h"
+#include "tests/device/FlatScene.h"
+#include "tools/frameserver/SampleDetails.h"
+
+using tarn_test::DepthServer;
+using tarn_test::FlatScene;
+using tarn_test::kDepth;
+using tarn_test::kInfrared;
+
+namespace
+{
+
+constexpr std::size_t kMostHeld = 24;
+
+struct Scenario
+{
+    const char *name;
+    bool depth = false;
+    bool infrared = false;
+    bool map = false;
+    bool faceLogin = false;
+};
+
+constexpr Scenario kScenarios[] = {{"depth", true},
+                                   {"map", true, false, true},
+                                   {"infrared", false, true},
+                                   {"both", true, true},
+                                   {"face login", false, true, false, true}};
+
+// A frame of the application, which may come back to it whenever it likes.
+struct HeldFrame
+{
+    ComPtr<IMFSample> sample;
+    BYTE value = 0;
+
+    void Check(std::size_t pixels) const
+    {
+        const auto bytes = tarn_test::PixelsOf(sample);
+        ASSERT_LE(pixels, bytes.size());
+        EXPECT_TRUE(std::all_of(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(pixels),
+                                [this](BYTE byte) { return byte == value; }));
+    }
+    void Scribble() const
+    {
+        ComPtr<IMFMediaBuffer> buffer;
+        BYTE *data = nullptr;
+        DWORD length = 0;
+        EXPECT_HR(S_OK, sample->ConvertToContiguousBuffer(&buffer));
+        EXPECT_HR(S_OK, buffer->Lock(&data, nullptr, &length));
+        std::fill_n(data, length, BYTE{0xEE});
+        EXPECT_HR(S_OK, buffer->Unlock());
+        EXPECT_HR(S_OK, buffer->SetCurrentLength(1));
+    }
+};
+
+SIZE_T PrivateBytes()
+{
+    SIZE_T bytes = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (const char *at = nullptr; VirtualQuery(at, &region, sizeof(region)) == sizeof(region);
+         at = static_cast<const char *>(region.BaseAddress) + region.RegionSize)
+    {
+        bytes += region.State == MEM_COMMIT && region.Type == MEM_PRIVATE ? region.RegionSize : 0;
+    }
+    return bytes;
+}
+
+class Consumer
+{
+  public:
+    Consumer(DepthServer &frameServer, const Scenario &played) : server(frameServer), scenario(played)
+    {
+        EXPECT_HR(S_OK, server.SetConfidenceMap(scenario.map));
+        EXPECT_HR(S_OK, server.SetFaceLogin(scenario.faceLogin));
+        if (scenario.depth)
+        {
+            EXPECT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+        }
+        if (scenario.infrared)
+        {
+            EXPECT_HR(S_OK,
+                      scenario.faceLogin ? server.Run(kInfrared, 360, 360, 60) : server.Run(kInfrared, 320, 240, 30));
+        }
+    }
+
+    void Frame()
+    {
+        EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
+        if (scenario.depth)
+        {
+            Receive(kDepth);
+        }
+        if (scenario.infrared)
+        {
+            Receive(kInfrared);
+        }
+    }
+
+    void CheckAll() const
+    {
+        for (const HeldFrame &frame : held)
+        {
+            frame.Check(kCheckedBytes);
+        }
+    }
+
+  private:
+    static constexpr std::size_t kCheckedBytes = std::size_t{320} * 240;
+
+    void Receive(DWORD output)
+    {
+        const auto sample = server.WaitForSamples(output, 1).at(0);
+        TARN_FRAME_METADATA record{};
+        record = tarn_host::SampleDetails::Of(*sample.Get()).record.value_or(record);
+        const HeldFrame frame{sample, output == kDepth ? FlatScene::DepthByte(record.frameCounter)
+                                                       : FlatScene::InfraredPixel(record.frameCounter)};
+        frame.Check(kCheckedBytes);
+        if (random() % 3 == 0)
+        {
+            held.push_back(frame);
+        }
+        while (held.size() > random() % kMostHeld)
+        {
+            const auto chosen = held.begin() + static_cast<std::ptrdiff_t>(random() % held.size());
+            chosen->Check(kCheckedBytes);
+            if (random() % 2 == 0)
+            {
+                chosen->Scribble();
+            }
+            held.erase(chosen);
+        }
+    }
+
+    DepthServer &server;
+    const Scenario scenario;
+    std::mt19937 random{1};
+    std::deque<HeldFrame> held;
+};
+
+TEST(FrameMemoryTest, FramesStayRightAndMemoryFlatWhileAConsumerKeepsSome)
+{
+    const char *const chosen = std::getenv("TARN_SOAK_FRAMES");
+    const int frames = chosen != nullptr ? std::atoi(chosen) : 200;
+    for (const Scenario &scenario : kScenarios)
+    {
+        SCOPED_TRACE(scenario.name);
+        const std::size_t objects = user_space_frameworks::Object::LiveCount();
+        auto configuration = DepthServer::SteppedTarnDepth();
+        configuration.frameSource = std::make_shared<FlatScene>();
+        const auto camera = user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(configuration);
+        std::optional<DepthServer> server(camera);
+        std::optional<Consumer> consumer(std::in_place, *server, scenario);
+        SIZE_T warm = 0;
+        for (int i = 0; i < frames && !HasFailure(); ++i)
+        {
+            consumer->Frame();
+            warm = i == frames / 4 ? PrivateBytes() : warm;
+        }
+        constexpr SIZE_T kSlack = std::size_t{16} << 20U; // stacks and heaps of other threads; 30 to 120 frames
+        EXPECT_LT(PrivateBytes(), warm + kSlack);
+        std::printf("%-12s %zu KB of private memory, %zu KB after a quarter of %d frames\n", scenario.name,
+                    PrivateBytes() / 1024, warm / 1024, frames);
+
+        server.reset();
+        consumer->CheckAll();
+        consumer.reset();
+        EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
+        EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
+        EXPECT_TRUE(tarn_test::WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
+    }
+}
+
+} // namespace
