@@ -1,38 +1,29 @@
 // The registered depth transform: everything a camera delivers arrives, in order, with the values of the scene.
 #include <algorithm>
-#include <array>
 #include <atomic>
-#include <cmath>
-#include <cstring>
 #include <thread>
 
-#include "platform/CameraAttributes.h"
-
-#include "sim/GeneratedScene.h"
-#include "tarn/frame_metadata.h"
-#include "tarn/sample_attributes.h"
-#include "tarn/tarn_dmft.h"
 #include "tests/conformance/RegisteredModule.h"
-#include "tests/device/DepthFrameServer.h"
+#include "tests/device/SceneComparison.h"
 #include "base/ComObject.h"
 #include "base/UniqueHandle.h"
 
-using tarn_sim::CameraConfiguration;
-using tarn_sim::GeneratedScene;
 using tarn_sim::Pacing;
-using tarn_sim::Plane;
 using tarn_sim::SimulatedCamera;
+using tarn_test::BlobOf;
+using tarn_test::Bytes;
 using tarn_test::DepthFrameServer;
+using tarn_test::HasConfidenceOfScene;
 using tarn_test::kDepth;
+using tarn_test::kDepthClass;
 using tarn_test::kInfrared;
+using tarn_test::ShowsScene;
 
 namespace
 {
 
 constexpr UINT32 kWidth = 640;
 constexpr UINT32 kHeight = 480;
-constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
-constexpr std::uint64_t kFrames = 600;
 
 // Keeps the camera from running far ahead of who looks at the pictures.
 class PatientServer : public DepthFrameServer
@@ -60,15 +51,6 @@ class PatientServer : public DepthFrameServer
     std::atomic<bool> isOver{false};
 };
 
-std::vector<BYTE> BlobOf(IMFAttributes *store, const GUID &key)
-{
-    UINT32 size = 0;
-    EXPECT_HR(S_OK, store->GetBlobSize(key, &size));
-    std::vector<BYTE> blob(size);
-    EXPECT_HR(S_OK, store->GetBlob(key, blob.data(), size, nullptr));
-    return blob;
-}
-
 ComPtr<IMFSample> WaitForSample(DepthFrameServer &server, DWORD output)
 {
     ComPtr<IMFSample> sample;
@@ -84,7 +66,7 @@ class DepthConformanceTest : public tarn_test::RegisteredModule
   protected:
     static ComPtr<SimulatedCamera> Camera(Pacing pacing, std::uint64_t frames)
     {
-        auto configuration = CameraConfiguration::TarnDepth();
+        auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
         configuration.pacing = pacing;
         configuration.frameLimit = frames;
         configuration.buffersPerPin = 160;
@@ -92,84 +74,42 @@ class DepthConformanceTest : public tarn_test::RegisteredModule
         return user_space_frameworks::MakeCom<SimulatedCamera>(configuration);
     }
 
-    // Of a full frame of the camera: its number, all pixels, the frame's record and the stream's.
-    std::uint64_t CheckSample(DepthFrameServer &server, DWORD output, const ComPtr<IMFSample> &sample,
-                              const char *fourCc)
+    // Of a full frame of the camera at 60 frames a second: its number, all pixels, the frame's record and the stream's.
+    static std::uint64_t CheckSample(DepthFrameServer &server, DWORD output, const ComPtr<IMFSample> &sample,
+                                     const GUID &subtype)
     {
-        TARN_FRAME_METADATA record{};
-        EXPECT_TRUE(tarn_test::HasBlob(sample, TARN_SAMPLE_FRAME_METADATA, record));
+        const auto details = tarn_host::SampleDetails::Of(*sample.Get());
+        const TARN_FRAME_METADATA record = details.record.value_or(TARN_FRAME_METADATA{});
         EXPECT_EQ(TARN_FRAME_METADATA_MAGIC, record.magic);
         EXPECT_EQ(kWidth, record.width);
         EXPECT_EQ(kHeight, record.height);
-        EXPECT_EQ(0, std::memcmp(&record.formatFourCc, fourCc, 4));
-        EXPECT_EQ(tarn_test::TimeOf(sample), record.timestamp100ns);
+        EXPECT_EQ(subtype.Data1, record.formatFourCc);
+        EXPECT_EQ(details.time100ns, record.timestamp100ns);
         EXPECT_EQ(166666u, record.frameInterval100ns);
-
-        const std::vector<BYTE> pixels = tarn_test::PixelsOf(sample);
-        const std::vector<BYTE> expected = Picture(output, record.frameCounter);
-        EXPECT_GE(pixels.size(), expected.size());
-        EXPECT_EQ(0, std::memcmp(expected.data(), pixels.data(), expected.size())) << "frame " << record.frameCounter;
+        EXPECT_TRUE(ShowsScene(output, sample, kWidth, kHeight)) << "frame " << record.frameCounter;
 
         ComPtr<IMFAttributes> stream;
         EXPECT_HR(S_OK, server.transform->GetOutputStreamAttributes(output, &stream));
         // One model: the stream's for this size, since nothing was cut or scaled.
-        const std::vector<BYTE> models = BlobOf(stream.Get(), MFStreamExtension_PinholeCameraIntrinsics);
-        MFPinholeCameraIntrinsics ofSample{};
-        EXPECT_TRUE(tarn_test::HasBlob(sample, MFSampleExtension_PinholeCameraIntrinsics, ofSample));
-        const auto *const model = reinterpret_cast<const BYTE *>(&ofSample.IntrinsicModels[0]);
-        EXPECT_EQ(1u, ofSample.IntrinsicModelCount);
-        EXPECT_EQ(kWidth, ofSample.IntrinsicModels[0].Width);
-        EXPECT_NE(models.end(),
-                  std::search(models.begin(), models.end(), model, model + sizeof(ofSample.IntrinsicModels)));
-        EXPECT_EQ(BlobOf(stream.Get(), MFStreamExtension_CameraExtrinsics),
-                  BlobOf(sample.Get(), MFSampleExtension_CameraExtrinsics));
+        const Bytes models = BlobOf(stream, MFStreamExtension_PinholeCameraIntrinsics);
+        EXPECT_EQ(1u, details.intrinsics.size());
+        const auto *const model = reinterpret_cast<const BYTE *>(details.intrinsics.data());
+        EXPECT_NE(models.end(), std::search(models.begin(), models.end(), model,
+                                            model + sizeof(MFPinholeCameraIntrinsic_IntrinsicModel)));
+        EXPECT_EQ(BlobOf(stream, MFStreamExtension_CameraExtrinsics),
+                  BlobOf(sample, MFSampleExtension_CameraExtrinsics));
         return record.frameCounter;
     }
-
-    std::vector<BYTE> Picture(DWORD output, std::uint64_t number)
-    {
-        std::vector<BYTE> plane(kPixels * 2);
-        scene.Render({number, kWidth, kHeight, true}, output == kDepth ? Plane::DepthEighthMm : Plane::Infrared,
-                     plane.data());
-        if (output == kDepth)
-        {
-            return plane;
-        }
-        std::vector<BYTE> picture(kPixels);
-        for (std::size_t i = 0; i < kPixels; ++i)
-        {
-            picture[i] = eightBits.at(static_cast<std::size_t>(plane[2 * i] + plane[2 * i + 1] * 256));
-        }
-        return picture;
-    }
-
-    std::vector<BYTE> ConfidenceOf(std::uint64_t number)
-    {
-        std::vector<BYTE> plane(kPixels * 2); // the map's room; half of it is the camera's
-        scene.Render({number, kWidth, kHeight, true}, Plane::Confidence, plane.data());
-        std::transform(plane.begin(), plane.end(), plane.begin(),
-                       [](BYTE raw) { return static_cast<BYTE>(std::clamp(raw - 15, 0, 127) / 8); });
-        return plane;
-    }
-
-    GeneratedScene scene;
-    std::array<BYTE, 1024> eightBits = [] {
-        std::array<BYTE, 1024> table{};
-        for (std::size_t tenBits = 0; tenBits < table.size(); ++tenBits)
-        {
-            table[tenBits] = static_cast<BYTE>(std::lround(static_cast<double>(tenBits * 64) * 255.0 / 65535));
-        }
-        return table;
-    }();
 };
 
 TEST_F(DepthConformanceTest, EveryFrameReachesBothOutputsInOrderAsItWasRendered)
 {
-    PatientServer server(Activate(tarn_test::kDepthClass), Camera(Pacing::AsFastAsTaken, kFrames));
+    constexpr std::uint64_t kFrames = 600;
+    PatientServer server(Activate(kDepthClass), Camera(Pacing::AsFastAsTaken, kFrames));
     ASSERT_HR(S_OK, server.initialized);
     for (const DWORD output : {kDepth, kInfrared}) // the pin starts when both have
     {
-        const auto type = server.FindType(output, kWidth, kHeight, 60);
+        const auto type = server.FindType(output, {kWidth, kHeight, 60});
         ASSERT_HR(S_OK, server.transform->SetOutputStreamState(output, type.Get(), DeviceStreamState_Run, 0));
     }
     server.Pump();
@@ -180,7 +120,7 @@ TEST_F(DepthConformanceTest, EveryFrameReachesBothOutputsInOrderAsItWasRendered)
         {
             const auto sample = WaitForSample(server, output);
             ASSERT_NE(nullptr, sample.Get()) << "frame " << number << " on output " << output;
-            ASSERT_EQ(number, CheckSample(server, output, sample, "INZI"));
+            ASSERT_EQ(number, CheckSample(server, output, sample, CUSTOM_GUID_KELP_ZI));
         }
         ++server.seen;
     }
@@ -190,32 +130,24 @@ TEST_F(DepthConformanceTest, EveryFrameReachesBothOutputsInOrderAsItWasRendered)
 
 TEST_F(DepthConformanceTest, InRealTimeNothingIsLostThatTheCameraDelivers)
 {
-    constexpr std::size_t kEnough = 120; // two seconds
-    DepthFrameServer server(Activate(tarn_test::kDepthClass), Camera(Pacing::RealTime, 0));
+    DepthFrameServer server(Activate(kDepthClass), Camera(Pacing::RealTime, 0));
     ASSERT_HR(S_OK, server.SetConfidenceMap(true));
     ASSERT_HR(S_OK, server.Run(kDepth, kWidth, kHeight, 60));
     ASSERT_EQ("INZC 640x480@60", server.Pin());
-    std::vector<ComPtr<IMFSample>> samples = server.WaitForSamples(kDepth, kEnough);
+    std::vector<ComPtr<IMFSample>> samples = server.WaitForSamples(kDepth, 120); // two seconds
     ASSERT_HR(S_OK, server.camera->Pins().SetPinState(0, DeviceStreamState_Stop, nullptr));
     const std::uint64_t delivered = server.camera->Pins().Statistics(0).delivered;
     while (samples.size() < delivered)
     {
-        const auto sample = WaitForSample(server, kDepth);
-        ASSERT_NE(nullptr, sample.Get()) << samples.size() << " of " << delivered;
-        samples.push_back(sample);
+        samples.push_back(WaitForSample(server, kDepth));
+        ASSERT_NE(nullptr, samples.back()) << samples.size() << " of " << delivered;
     }
     EXPECT_EQ(nullptr, server.Collect(kDepth));
 
-    std::uint64_t next = 0;
     for (std::size_t i = 0; i < samples.size(); i += 8)
     {
-        const std::uint64_t number = CheckSample(server, kDepth, samples[i], "INZC");
-        ASSERT_LE(next, number);
-        next = number + 1;
-        const std::vector<BYTE> map = BlobOf(samples[i].Get(), ORRIN_SAMPLE_TARN_CONFIDENCE_MAP);
-        const std::vector<BYTE> expected = ConfidenceOf(number);
-        ASSERT_LE(kPixels, map.size());
-        ASSERT_EQ(0, std::memcmp(expected.data(), map.data(), kPixels)) << "frame " << number;
+        CheckSample(server, kDepth, samples[i], CUSTOM_GUID_KELP_ZC);
+        EXPECT_TRUE(HasConfidenceOfScene(samples[i])) << "sample " << i;
     }
     EXPECT_TRUE(std::is_sorted(samples.begin(), samples.end(), [](const auto &left, const auto &right) {
         return tarn_test::TimeOf(left) < tarn_test::TimeOf(right);
@@ -246,7 +178,7 @@ TEST_F(DepthConformanceTest, AQueuedFrameHoldsTheModuleAfterItsTransform)
     const auto holding = user_space_frameworks::MakeCom<HeldWorkItem>();
     ASSERT_HR(S_OK, MFPutWorkItem2(queue, 0, holding.Get(), nullptr));
     {
-        tarn_test::TestFrameServer server(Activate(tarn_test::kDepthClass), Camera(Pacing::Stepped, 0));
+        DepthFrameServer server(Activate(kDepthClass), Camera(Pacing::Stepped, 0));
         ComPtr<IMFRealTimeClientEx> client;
         ASSERT_HR(S_OK, server.transform.As(&client));
         ASSERT_HR(S_OK, client->SetWorkQueueEx(queue, 0));

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "tests/support/OwnWork.h"
+
 namespace tarn_test
 {
 
@@ -21,12 +23,11 @@ std::atomic<Count *> platformCalls{nullptr};
 std::atomic<Count *> allocations{nullptr};
 Count count; // of the FailingPlatform that lives
 std::atomic<int> suspensions{0};
-thread_local int pauses = 0;
 
 bool ShouldFail(const std::atomic<Count *> &kind)
 {
     Count *const counted = kind;
-    return counted != nullptr && pauses == 0 && suspensions == 0 && ++counted->seen == counted->failing;
+    return counted != nullptr && !OwnWork::IsUnderWay() && suspensions == 0 && ++counted->seen == counted->failing;
 }
 } // namespace
 
@@ -56,16 +57,6 @@ int FailingPlatform::Calls() const
 bool FailingPlatform::HasFailed() const
 {
     return count.failing != 0 && count.seen >= count.failing;
-}
-
-FailingPlatform::Pause::Pause()
-{
-    ++pauses;
-}
-
-FailingPlatform::Pause::~Pause()
-{
-    --pauses;
 }
 
 FailingPlatform::Suspension::Suspension()

@@ -11,7 +11,7 @@ enum class Failing
 };
 
 // While it lives, the calls of that kind are counted, on all threads, and the one with this number (from 1) fails; 0
-// only counts. One at a time.
+// only counts; what a test does itself (OwnWork) is neither counted nor failed. One at a time.
 class FailingPlatform
 {
   public:
@@ -25,17 +25,7 @@ class FailingPlatform
     int Calls() const;
     bool HasFailed() const;
 
-    // Calls that this thread makes meanwhile are neither counted nor failed: they are the pipeline's, or the test's.
-    class Pause
-    {
-      public:
-        Pause();
-        ~Pause();
-        Pause(const Pause &) = delete;
-        Pause &operator=(const Pause &) = delete;
-    };
-
-    // The same for all threads: the camera's own work on a frame.
+    // Meanwhile no thread's calls are counted or failed: the camera works on a frame.
     class Suspension
     {
       public:

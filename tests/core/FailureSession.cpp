@@ -1,11 +1,10 @@
 #include "tests/core/FailureSession.h"
 
-#include "platform/CameraAttributes.h"
-
 #include <new>
 #include <string>
 
 #include "tests/support/Expect.h"
+#include "tests/support/OwnWork.h"
 
 using tarn_sim::FaultPlan;
 using tarn_sim::Method;
@@ -28,7 +27,7 @@ HRESULT RunClean(SimulatedCamera *camera, const Session &session)
     {
         result = E_OUTOFMEMORY; // while the test itself created the object
     }
-    const FailingPlatform::Pause pause;
+    const OwnWork own;
     EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(camera) == 1; })) << ReferenceCount(camera) << " references";
     EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
     return result;
@@ -44,31 +43,6 @@ std::uint64_t CountOf(const CameraCalls &calls, const SimulatedCamera &camera)
     return count;
 }
 } // namespace
-
-HRESULT RunSession(const std::function<ComPtr<IMFDeviceTransform>()> &create, SimulatedCamera *camera,
-                   const std::function<HRESULT(IMFDeviceTransform *transform)> &body)
-{
-    const ComPtr<IMFDeviceTransform> transform = create();
-    ComPtr<IMFAttributes> filter;
-    {
-        const FailingPlatform::Pause pause; // the pipeline's own call
-        EXPECT_HR(S_OK, MFCreateAttributes(&filter, 1));
-        EXPECT_HR(S_OK,
-                  filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL, static_cast<IMFTransform *>(camera)));
-    }
-    HRESULT result = transform->InitializeTransform(filter.Get());
-    if (SUCCEEDED(result))
-    {
-        result = body(transform.Get());
-    }
-    ComPtr<IMFShutdown> shutdown;
-    EXPECT_HR(S_OK, transform.As(&shutdown));
-    const HRESULT ended = shutdown->Shutdown();
-    shutdown.Reset();
-    const FailingPlatform::Pause pause;
-    EXPECT_REFS(transform, 1);
-    return FAILED(result) ? result : ended;
-}
 
 int FailEachInTurn(Failing kind, SimulatedCamera *camera, const Sessions &sessions)
 {

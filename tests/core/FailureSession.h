@@ -1,8 +1,6 @@
 // A session of a transform over a camera, and the loops that fail each of its calls in turn.
 #pragma once
 
-#include "platform/DeviceTransform.h"
-
 #include <functional>
 
 #include "sim/SimulatedCamera.h"
@@ -10,11 +8,6 @@
 
 namespace tarn_test
 {
-
-// From creation to release: initialises the transform, runs `body` unless that failed, and shuts down. Returns the
-// first failure. Whatever happened, nobody holds the transform at the end.
-HRESULT RunSession(const std::function<ComPtr<IMFDeviceTransform>()> &create, tarn_sim::SimulatedCamera *camera,
-                   const std::function<HRESULT(IMFDeviceTransform *transform)> &body);
 
 // A whole session over the camera; S_OK, another success code when a fault cost no more than a frame, or the first
 // failure. Expects of each step what holds however it ends.

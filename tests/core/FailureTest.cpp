@@ -12,30 +12,24 @@ using tarn_test::Failing;
 namespace
 {
 
-HRESULT StartStopStart(IMFDeviceTransform *transform)
+HRESULT Session(SimulatedCamera *camera)
 {
-    ComPtr<IMFMediaType> type;
-    HRESULT result = transform->GetOutputAvailableType(0, 0, &type);
+    tarn_test::TestFrameServer server(user_space_frameworks::MakeCom<mft_core::PassThroughDeviceMft>("Test DMFT"),
+                                      camera);
+    HRESULT result = server.initialized;
+    const auto type = SUCCEEDED(result) ? server.FindType(0, {64, 48, 30}) : nullptr;
     for (const auto state : {DeviceStreamState_Run, DeviceStreamState_Stop, DeviceStreamState_Run})
     {
         if (FAILED(result))
         {
             break;
         }
-        result = transform->SetOutputStreamState(0, type.Get(), state, 0);
-        DeviceStreamState reached = DeviceStreamState_Disabled;
-        EXPECT_HR(S_OK, transform->GetOutputStreamState(0, &reached));
+        result = server.Change(0, type, state);
         // A start that failed is reported stopped, not stalled.
-        EXPECT_EQ(SUCCEEDED(result) ? state : DeviceStreamState_Stop, reached);
+        EXPECT_EQ(SUCCEEDED(result) ? state : DeviceStreamState_Stop, server.OutputState(0));
     }
-    return result;
-}
-
-HRESULT Session(SimulatedCamera *camera)
-{
-    return tarn_test::RunSession(
-        [] { return user_space_frameworks::MakeCom<mft_core::PassThroughDeviceMft>("Test DMFT"); }, camera,
-        StartStopStart);
+    const HRESULT ended = server.ShutDown();
+    return FAILED(result) ? result : ended;
 }
 
 const tarn_test::Sessions kSessions{Session, Session};

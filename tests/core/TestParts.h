@@ -8,48 +8,21 @@
 
 #include "core/ITopologyNode.h"
 #include "core/MediaEventGenerator.h"
-#include "tests/support/Expect.h"
+#include "tests/support/Samples.h"
 
 namespace tarn_test
 {
-
-inline ComPtr<IMFMediaType> MakeType(UINT32 width, UINT32 height, UINT32 fps, const GUID &subtype = MFVideoFormat_D16,
-                                     UINT32 denominator = 1)
-{
-    ComPtr<IMFMediaType> type;
-    EXPECT_HR(S_OK, MFCreateMediaType(&type));
-    EXPECT_HR(S_OK, type->SetGUID(MF_MT_MAJOR_TYPE, MFMediaType_Video));
-    EXPECT_HR(S_OK, type->SetGUID(MF_MT_SUBTYPE, subtype));
-    EXPECT_HR(S_OK, MFSetAttributeSize(type.Get(), MF_MT_FRAME_SIZE, width, height));
-    EXPECT_HR(S_OK, MFSetAttributeRatio(type.Get(), MF_MT_FRAME_RATE, fps, denominator));
-    return type;
-}
-
-inline ComPtr<IMFSample> MakeSample(LONGLONG time100ns)
-{
-    ComPtr<IMFSample> sample;
-    EXPECT_HR(S_OK, MFCreateSample(&sample));
-    EXPECT_HR(S_OK, sample->SetSampleTime(time100ns));
-    return sample;
-}
 
 // An event generator that stands alone; lives on the test's stack.
 class TestEventGenerator : public mft_core::MediaEventGenerator
 {
   public:
     TestEventGenerator() : Object("Test event generator") {}
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override
-    {
-        return E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override
-    {
-        return 1;
-    }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        return 1;
-    }
+    // clang-format off
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    // clang-format on
 
     void ShutDown()
     {

@@ -7,7 +7,6 @@
 
 #include "tests/support/TestFrameServer.h"
 #include "tests/trace/TraceLines.h"
-#include "tests/trace/TraceLines.h"
 
 using mft_core::PassThroughDeviceMft;
 using tarn_sim::SimulatedCamera;
@@ -111,11 +110,9 @@ TEST_F(TransformSurfaceTest, InitialisationNeedsTheFilterAndHappensOnce)
 
     TestFrameServer server(NewTransform(), SteppedCamera());
     EXPECT_HR(S_OK, server.initialized);
-    ComPtr<IMFAttributes> filter;
-    ASSERT_HR(S_OK, MFCreateAttributes(&filter, 1));
-    ASSERT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
-                                       static_cast<IMFTransform *>(server.camera.Get())));
-    EXPECT_HR(MF_E_ALREADY_INITIALIZED, server.transform->InitializeTransform(filter.Get()));
+    EXPECT_HR(S_OK, empty->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
+                                      static_cast<IMFTransform *>(server.camera.Get())));
+    EXPECT_HR(MF_E_ALREADY_INITIALIZED, server.transform->InitializeTransform(empty.Get()));
     DWORD inputs = 0;
     DWORD outputs = 0;
     EXPECT_HR(S_OK, server.transform->GetStreamCount(&inputs, &outputs));
@@ -196,7 +193,7 @@ TEST_F(TransformSurfaceTest, ShutdownEndsTheEventsAndSaysSo)
     });
     EXPECT_HR(S_OK, server.events->QueueEvent(MEDeviceThermalStateChanged, GUID{}, S_OK, nullptr));
     EXPECT_TRUE(tarn_test::WaitUntil([&] { return got == 1; }));
-    EXPECT_HR(S_OK, shutdown->Shutdown());
+    EXPECT_HR(S_OK, server.ShutDown());
     waiter.join();
     EXPECT_EQ(std::vector<std::string>{}, errors.Texts());
 }
@@ -208,7 +205,7 @@ TEST_F(TransformSurfaceTest, AfterShutdownEventCallsFail)
     ASSERT_HR(S_OK, server.transform.As(&shutdown));
     ASSERT_HR(S_OK, server.Start(0));
     ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
-    EXPECT_HR(S_OK, shutdown->Shutdown());
+    EXPECT_HR(S_OK, server.ShutDown());
     EXPECT_HR(S_OK,
               server.camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5))); // although the transform lives
     EXPECT_HR(MF_E_SHUTDOWN, shutdown->Shutdown());

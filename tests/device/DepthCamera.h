@@ -1,9 +1,7 @@
-// A simulated depth camera with what the transform's components reach it through, and the trace as text.
+// A simulated depth camera with what the transform's components reach it through.
 #pragma once
 
 #include <memory>
-#include <mutex>
-#include <string>
 
 #include "ks/ExtensionUnitKsControl.h"
 #include "ks/FirmwareCommandPipe.h"
@@ -11,8 +9,8 @@
 #include "sim/SimulatedCamera.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/support/Expect.h"
+#include "tests/trace/TraceLines.h"
 #include "base/ComObject.h"
-#include "trace/DebugTraceSink.h"
 
 namespace tarn_test
 {
@@ -39,42 +37,6 @@ struct DepthCamera
     ComPtr<tarn_sim::SimulatedCamera> camera;
     ComPtr<mft_core::ExtensionUnitKsControl> unit;
     std::shared_ptr<mft_core::FirmwareCommandPipe> pipe;
-};
-
-// Collects the trace's text while it lives.
-class TraceText
-{
-  public:
-    explicit TraceText(mft_utils::TraceLevel level = mft_utils::TraceLevel::Information)
-    {
-        mft_utils::DebugTraceSink::Instance().SetCallback(
-            [](void *context, mft_utils::TraceLevel, const char *line) {
-                auto *const self = static_cast<TraceText *>(context);
-                const std::scoped_lock guard(self->lock);
-                self->text.append(line).append("\n");
-            },
-            this, level);
-    }
-    ~TraceText()
-    {
-        mft_utils::DebugTraceSink::Instance().SetCallback(nullptr, nullptr);
-    }
-    TraceText(const TraceText &) = delete;
-    TraceText &operator=(const TraceText &) = delete;
-
-    std::string Text() const
-    {
-        const std::scoped_lock guard(lock);
-        return text;
-    }
-    bool Contains(const std::string &part) const
-    {
-        return Text().find(part) != std::string::npos;
-    }
-
-  private:
-    mutable std::mutex lock;
-    std::string text;
 };
 
 } // namespace tarn_test

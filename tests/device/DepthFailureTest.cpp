@@ -2,46 +2,27 @@
 // frames, shutdown. A clean error, nothing left behind, no output that runs and gives nothing, and the next session on
 // the same camera works.
 #include <array>
+#include <functional>
 #include <thread>
 #include <utility>
 
-#include "platform/ExtendedCameraControl.h"
-#include "platform/RealTimeClientEx.h"
-
 #include "device/TarnDepthDeviceMft.h"
-#include "sim/CameraIdentifiers.h"
 #include "tarn/depth_presets.h"
-#include "tarn/tarn_dmft.h"
 #include "tests/core/FailureSession.h"
+#include "tests/device/DepthFrameServer.h"
 #include "tests/device/FlatScene.h"
-#include "tests/support/Expect.h"
-#include "tests/support/GiveInput.h"
-#include "media/MediaTypeParser.h"
-#include "base/TakeReference.h"
 
+using tarn_host::VideoSize;
 using tarn_sim::SimulatedCamera;
 using tarn_test::Failing;
 using tarn_test::FailingPlatform;
+using tarn_test::kDepth;
+using tarn_test::kInfrared;
+using tarn_test::OwnWork;
 using user_space_frameworks::MakeCom;
 
 namespace
 {
-
-constexpr DWORD kDepth = 0;
-constexpr DWORD kInfrared = 1;
-
-struct Size
-{
-    UINT32 width;
-    UINT32 height;
-    UINT32 fps;
-};
-
-struct FaceLogin
-{
-    KSCAMERA_EXTENDEDPROP_HEADER header;
-    KSCAMERA_EXTENDEDPROP_VALUE value;
-};
 
 struct EchoCommand
 {
@@ -49,29 +30,11 @@ struct EchoCommand
     UINT32 data[2];
 };
 
-// Frame server and application of one session. Only what the transform does is counted and fails.
-class Client : public tarn_sim::IFrameSink
+// Frame server and application of one session.
+class Client : public tarn_test::DepthFrameServer
 {
   public:
-    Client(IMFDeviceTransform *deviceTransform, SimulatedCamera *simulatedCamera)
-        : transform(deviceTransform), camera(simulatedCamera)
-    {
-        const FailingPlatform::Pause pause;
-        camera->Pins().SetFrameSink(this);
-        EXPECT_HR(S_OK, transform.As(&events));
-        EXPECT_HR(S_OK, transform.As(&control));
-        ComPtr<IMFRealTimeClientEx> client;
-        EXPECT_HR(S_OK, transform.As(&client));
-        EXPECT_HR(S_OK, client->SetWorkQueueEx(WorkQueue(), 0));
-    }
-    ~Client() override
-    {
-        const FailingPlatform::Pause pause;
-        camera->Pins().SetFrameSink(nullptr);
-        camera->Pins().StopAll();
-    }
-    Client(const Client &) = delete;
-    Client &operator=(const Client &) = delete;
+    using DepthFrameServer::DepthFrameServer;
 
     void OnFrame(DWORD, IMFSample *sample) override
     {
@@ -79,46 +42,17 @@ class Client : public tarn_sim::IFrameSink
     }
 
     template <class Payload>
-    HRESULT Property(const GUID &set, ULONG id, ULONG flags, Payload payload)
+    HRESULT Own(ULONG id, ULONG flags, Payload payload)
     {
-        KSPROPERTY property{};
-        property.Set = set;
-        property.Id = id;
-        property.Flags = flags;
-        ULONG returned = 0;
-        const HRESULT result = control->KsProperty(&property, sizeof(property), &payload, sizeof(payload), &returned);
+        const HRESULT result = SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, id, flags, &payload, sizeof(payload));
         Pump();
         return result;
     }
-    template <class Payload>
-    HRESULT SetUnit(ULONG id, Payload payload)
-    {
-        return Property(KSPROPERTYSETID_TARN_DEPTH_CONTROL, id, KSPROPERTY_TYPE_SET, payload);
-    }
-    template <class Payload>
-    HRESULT GetOwn(ULONG id, Payload payload)
-    {
-        return Property(KSPROPERTYSETID_TARN_DMFT_CONTROL, id, KSPROPERTY_TYPE_GET, payload);
-    }
-    template <class Payload>
-    HRESULT SetOwn(ULONG id, Payload payload)
-    {
-        return Property(KSPROPERTYSETID_TARN_DMFT_CONTROL, id, KSPROPERTY_TYPE_SET, payload);
-    }
 
-    HRESULT SetFaceLogin(bool on)
-    {
-        FaceLogin mode{};
-        mode.header.Flags = on ? KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_ALTERNATIVE_FRAME_ILLUMINATION
-                               : KSCAMERA_EXTENDEDPROP_FACEAUTH_MODE_DISABLED;
-        return Property(KSPROPERTYSETID_ExtendedCameraControl, KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE,
-                        KSPROPERTY_TYPE_SET, mode);
-    }
-
-    HRESULT Run(DWORD output, const Size &size)
+    HRESULT Run(DWORD output, const VideoSize &size)
     {
         const bool ran = IsRunning(output);
-        const HRESULT result = Change(output, size, DeviceStreamState_Run);
+        const HRESULT result = Change(output, FindType(output, size), DeviceStreamState_Run);
         if (SUCCEEDED(result))
         {
             sizes.at(output) = size;
@@ -129,13 +63,9 @@ class Client : public tarn_sim::IFrameSink
     }
     HRESULT Stop(DWORD output)
     {
-        const HRESULT result = Change(output, sizes.at(output), DeviceStreamState_Stop);
+        const HRESULT result = DepthFrameServer::Stop(output);
         EXPECT_FALSE(IsRunning(output));
         return result;
-    }
-    HRESULT Flush()
-    {
-        return transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0);
     }
 
     // Has the camera deliver frames and gives each to the transform. S_FALSE when one did not arrive: to a fault a
@@ -160,7 +90,7 @@ class Client : public tarn_sim::IFrameSink
     // What still runs, after whatever happened, gives frames.
     void ExpectNoStall()
     {
-        const FailingPlatform::Pause pause;
+        const OwnWork own;
         const FailingPlatform::Suspension suspension;
         Pump();
         if (!IsRunning(kDepth) && !IsRunning(kInfrared))
@@ -179,68 +109,9 @@ class Client : public tarn_sim::IFrameSink
     }
 
   private:
-    // One for all sessions: it is the pipeline's.
-    static DWORD WorkQueue()
-    {
-        static const DWORD queue = [] {
-            DWORD id = 0;
-            EXPECT_HR(S_OK, MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &id));
-            return id;
-        }();
-        return queue;
-    }
-
     bool IsRunning(DWORD output)
     {
-        const FailingPlatform::Pause pause;
-        DeviceStreamState state = DeviceStreamState_Disabled;
-        EXPECT_HR(S_OK, transform->GetOutputStreamState(output, &state));
-        return state == DeviceStreamState_Run;
-    }
-
-    HRESULT Change(DWORD output, const Size &size, DeviceStreamState state)
-    {
-        const HRESULT result = transform->SetOutputStreamState(output, FindType(output, size).Get(), state, 0);
-        Pump();
-        return result;
-    }
-
-    ComPtr<IMFMediaType> FindType(DWORD output, const Size &size)
-    {
-        const FailingPlatform::Pause pause;
-        ComPtr<IMFMediaType> type;
-        for (DWORD index = 0; SUCCEEDED(transform->GetOutputAvailableType(output, index, &type)); ++index)
-        {
-            mft_utils::MediaTypeData data;
-            EXPECT_HR(S_OK, mft_utils::MediaTypeParser::GetMediaTypeData(data, type.Get()));
-            if (data.width == size.width && data.height == size.height && data.FPS() == size.fps)
-            {
-                return type;
-            }
-            type.Reset();
-        }
-        ADD_FAILURE() << "no type " << size.width << "x" << size.height << "@" << size.fps;
-        return nullptr;
-    }
-
-    // Answers the transform's events.
-    void Pump()
-    {
-        ComPtr<IMFMediaEvent> event;
-        while (events->GetEvent(MF_EVENT_FLAG_NO_WAIT, event.ReleaseAndGetAddressOf()) == S_OK)
-        {
-            MediaEventType type = MEUnknown;
-            event->GetType(&type);
-            DeviceStreamState state = DeviceStreamState_Stop;
-            ComPtr<IMFMediaType> preferred;
-            if (type == METransformInputStreamStateChanged &&
-                SUCCEEDED(transform->GetInputStreamPreferredState(0, &state, &preferred)))
-            {
-                EXPECT_HR(S_OK, transform->SetInputStreamState(0, preferred.Get(), state, 0));
-                const FailingPlatform::Pause pause;
-                EXPECT_HR(S_OK, camera->Pins().SetPinState(0, state, preferred.Get()));
-            }
-        }
+        return OutputState(output) == DeviceStreamState_Run;
     }
 
     ComPtr<IMFSample> NextFrame()
@@ -253,35 +124,24 @@ class Client : public tarn_sim::IFrameSink
     // Takes what comes until the transform has let go of the frame: one sample for each output that runs.
     bool HasReachedAll(const ComPtr<IMFSample> &frame)
     {
-        const FailingPlatform::Pause pause;
+        const OwnWork own;
         std::array<int, 2> arrived{};
-        const ULONGLONG end = GetTickCount64() + 5000;
-        for (bool isDone = false; !isDone; std::this_thread::yield())
-        {
-            if (GetTickCount64() > end)
-            {
-                ADD_FAILURE() << "the transform does not let go of the frame";
-                return false;
-            }
-            isDone = tarn_test::ReferenceCount(frame) == 1;
+        EXPECT_TRUE(tarn_test::WaitUntil([&] {
+            const bool isDone = tarn_test::ReferenceCount(frame) == 1;
             for (const DWORD output : {kDepth, kInfrared})
             {
-                MFT_OUTPUT_DATA_BUFFER buffer{};
-                buffer.dwStreamID = output;
-                DWORD status = 0;
-                transform->ProcessOutput(0, 1, &buffer, &status);
-                ComPtr<IMFSample> sample;
-                user_space_frameworks::TakeReference(sample, buffer.pSample);
-                if (sample)
+                while (const auto sample = Collect(output))
                 {
                     ++arrived.at(output);
                     ExpectLength(output, sample);
                 }
             }
-        }
-        EXPECT_LE(arrived[kDepth], IsRunning(kDepth) ? 1 : 0);
-        EXPECT_LE(arrived[kInfrared], IsRunning(kInfrared) ? 1 : 0);
-        return arrived[kDepth] == (IsRunning(kDepth) ? 1 : 0) && arrived[kInfrared] == (IsRunning(kInfrared) ? 1 : 0);
+            return isDone;
+        })) << "the transform does not let go of the frame";
+        const std::array<int, 2> expected{IsRunning(kDepth) ? 1 : 0, IsRunning(kInfrared) ? 1 : 0};
+        EXPECT_LE(arrived[kDepth], expected[kDepth]);
+        EXPECT_LE(arrived[kInfrared], expected[kInfrared]);
+        return arrived == expected;
     }
 
     void ExpectLength(DWORD output, const ComPtr<IMFSample> &sample)
@@ -294,37 +154,42 @@ class Client : public tarn_sim::IFrameSink
             << "output " << output << ": " << length << " bytes";
     }
 
-    const ComPtr<IMFDeviceTransform> transform;
-    SimulatedCamera *const camera;
-    ComPtr<IMFMediaEventGenerator> events;
-    ComPtr<IKsControl> control;
-    std::array<Size, 2> sizes{};
+    std::array<VideoSize, 2> sizes{};
     ComPtr<IMFSample> delivered;
 };
 
 // S_FALSE when a frame was lost on the way.
 HRESULT UseEverything(Client &client)
 {
-    EchoCommand echo{{tarn_sim::kOpcodeEcho, sizeof(EchoCommand::data), 1, 2, 3, 4}, {5, 6}};
-    const Size faceLogin{360, 360, 60};
-    const Size small{320, 240, 30};
+    constexpr ULONG kGet = KSPROPERTY_TYPE_GET;
+    constexpr ULONG kSet = KSPROPERTY_TYPE_SET;
+    const EchoCommand echo{{tarn_sim::kOpcodeEcho, sizeof(EchoCommand::data), 1, 2, 3, 4}, {5, 6}};
+    const VideoSize small{320, 240, 30};
+    BYTE laser = 3;
     const std::function<HRESULT()> steps[] = {
-        [&] { return client.GetOwn(KSPROPERTY_TARN_DMFT_CONTROL_API_VERSION, KSPROPERTY_TARN_API_VERSION{}); },
-        [&] { return client.SetOwn(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, UINT32{TARN_DEPTH_PRESET_CLOSE_UP}); },
-        [&] { return client.SetOwn(KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND, echo); },
-        [&] { return client.GetOwn(KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND, echo); },
-        [&] { return client.SetUnit(tarn_sim::kControlLaserPower, BYTE{3}); },
+        [&] { return client.Own(KSPROPERTY_TARN_DMFT_CONTROL_API_VERSION, kGet, KSPROPERTY_TARN_API_VERSION{}); },
+        [&] {
+            return client.Own(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, kSet, UINT32{TARN_DEPTH_PRESET_CLOSE_UP});
+        },
+        [&] { return client.Own(KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND, kSet, echo); },
+        [&] { return client.Own(KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND, kGet, echo); },
+        [&] {
+            return client.SendProperty(KSPROPERTYSETID_TARN_DEPTH_CONTROL, tarn_sim::kControlLaserPower, kSet, &laser,
+                                       1);
+        },
         [&] { return client.SetFaceLogin(true); },
-        [&] { return client.Run(kInfrared, faceLogin); },
+        [&] {
+            return client.Run(kInfrared, {360, 360, 60});
+        },
         [&] { return client.Stream(1); },
         [&] { return client.Run(kDepth, small); }, // ends face login
         [&] { return client.Run(kInfrared, small); },
         [&] { return client.Stream(2); },
-        [&] { return client.Flush(); },
+        [&] { return client.transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0); },
         [&] { return client.Stop(kInfrared); },
-        [&] { return client.SetOwn(KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP, UINT32{1}); },
+        [&] { return client.SetConfidenceMap(true); },
         [&] { return client.Stream(2); },
-        [&] { return client.SetOwn(KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP, UINT32{0}); },
+        [&] { return client.SetConfidenceMap(false); },
         [&] { return client.Stream(1); },
         [&] { return client.Stop(kDepth); },
         [&] { return client.Run(kDepth, small); }, // and shutdown while it runs
@@ -344,22 +209,23 @@ HRESULT UseEverything(Client &client)
 
 HRESULT UseBothOutputs(Client &client)
 {
-    const Size small{320, 240, 30};
-    EXPECT_HR(S_OK, client.Run(kDepth, small));
-    EXPECT_HR(S_OK, client.Run(kInfrared, small));
+    EXPECT_HR(S_OK, client.Run(kDepth, {320, 240, 30}));
+    EXPECT_HR(S_OK, client.Run(kInfrared, {320, 240, 30}));
     return client.Stream(1);
 }
 
 tarn_test::Session SessionThat(HRESULT (*use)(Client &client))
 {
     return [use](SimulatedCamera *camera) {
-        return tarn_test::RunSession([] { return MakeCom<mft_core::TarnDepthDeviceMft>(); }, camera,
-                                     [&](IMFDeviceTransform *transform) {
-                                         Client client(transform, camera);
-                                         const HRESULT result = use(client);
-                                         client.ExpectNoStall();
-                                         return result;
-                                     });
+        Client client(MakeCom<mft_core::TarnDepthDeviceMft>(), camera);
+        HRESULT result = client.initialized;
+        if (SUCCEEDED(result))
+        {
+            result = use(client);
+            client.ExpectNoStall();
+        }
+        const HRESULT ended = client.ShutDown();
+        return FAILED(result) ? result : ended;
     };
 }
 

@@ -14,36 +14,25 @@
 namespace tarn_test
 {
 
-struct FrameFormat
-{
-    UINT32 width = 0;
-    UINT32 height = 0;
-    UINT32 fps = 0;
-    bool operator==(const FrameFormat &) const = default;
-
-    std::string Text() const
-    {
-        return std::to_string(width) + 'x' + std::to_string(height) + '@' + std::to_string(fps);
-    }
-};
+using tarn_host::VideoSize;
 
 // Each call returns what the transform must answer, and changes nothing where that is a failure. The camera is
 // CameraConfiguration::TarnDepth().
 class DepthModel
 {
   public:
-    HRESULT Start(DWORD output, const FrameFormat &format)
+    HRESULT Start(DWORD output, const VideoSize &format)
     {
         if (running.at(output) == format)
         {
             return S_OK; // unchanged: the topology stays, whatever it is
         }
         const auto &other = running.at(1 - output);
-        const bool isFaceLogin = output == kInfrared && !other && faceLogin && format == FrameFormat{360, 360, 60};
+        const bool isFaceLogin = output == kInfrared && !other && faceLogin && format == VideoSize{360, 360, 60};
         std::string next;
         if (output == kDepth && !other)
         {
-            next = (confidenceMap ? "INZC " : "INVZ ") + format.Text();
+            next = (confidenceMap ? "INZC " : "INVZ ") + format.ToText();
         }
         else if (isFaceLogin)
         {
@@ -51,7 +40,7 @@ class DepthModel
         }
         else if (const auto closest = Closest(format, other.value_or(format)))
         {
-            next = "INZI " + closest->Text();
+            next = "INZI " + closest->ToText();
         }
         else
         {
@@ -94,7 +83,7 @@ class DepthModel
         if (running[kDepth])
         {
             isDepthAlone = true;
-            pin = (on ? "INZC " : "INVZ ") + running[kDepth]->Text();
+            pin = (on ? "INZC " : "INVZ ") + running[kDepth]->ToText();
         }
         return S_OK;
     }
@@ -126,7 +115,7 @@ class DepthModel
         return running[kDepth] || running[kInfrared];
     }
 
-    std::array<std::optional<FrameFormat>, 2> running;
+    std::array<std::optional<VideoSize>, 2> running;
     std::string pin = "stopped"; // as DepthServer::Pin tells it
     bool isDepthAlone = false;   // the topology of depth alone
     bool confidenceMap = false;
@@ -137,16 +126,15 @@ class DepthModel
 
   private:
     // The smallest infrared-and-depth frame that serves both.
-    static std::optional<FrameFormat> Closest(const FrameFormat &one, const FrameFormat &other)
+    static std::optional<VideoSize> Closest(const VideoSize &one, const VideoSize &other)
     {
-        constexpr std::array<FrameFormat, 5> kByCloseness{
+        constexpr std::array<VideoSize, 5> kByCloseness{
             {{320, 240, 30}, {320, 240, 60}, {640, 480, 30}, {640, 480, 60}, {1280, 720, 30}}};
-        const auto *const found =
-            std::find_if(kByCloseness.begin(), kByCloseness.end(), [&](const FrameFormat &format) {
-                return format.width >= std::max(one.width, other.width) &&
-                       format.height >= std::max(one.height, other.height) &&
-                       format.fps >= std::max(one.fps, other.fps);
-            });
+        const auto *const found = std::find_if(kByCloseness.begin(), kByCloseness.end(), [&](const VideoSize &format) {
+            return format.width >= std::max(one.width, other.width) &&
+                   format.height >= std::max(one.height, other.height) &&
+                   format.framesPerSecond >= std::max(one.framesPerSecond, other.framesPerSecond);
+        });
         return found == kByCloseness.end() ? std::nullopt : std::optional(*found);
     }
 

@@ -1,8 +1,6 @@
 // A frame server over a depth transform of this process.
 #pragma once
 
-#include <vector>
-
 #include "device/TarnDepthDeviceMft.h"
 #include "tests/device/DepthFrameServer.h"
 

@@ -1,28 +1,23 @@
 // Random but legal sequences of calls, each over a new transform and camera and checked against a model after every
 // step. TARN_STRESS_SEED=n repeats the sequence that a failure names.
 #include <atomic>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <mutex>
 #include <random>
 #include <thread>
 
 #include "device/DepthPresetTable.h"
-#include "sim/CameraIdentifiers.h"
-#include "tarn/frame_metadata.h"
-#include "tarn/sample_attributes.h"
 #include "tests/device/DepthModel.h"
 #include "tests/device/FlatScene.h"
 #include "tests/support/HandleCount.h"
+#include "tools/frameserver/SampleDetails.h"
 
+using tarn_host::VideoSize;
 using tarn_sim::Pacing;
 using tarn_sim::SimulatedCamera;
 using tarn_test::DepthModel;
 using tarn_test::DepthServer;
 using tarn_test::FlatScene;
-using tarn_test::FrameFormat;
 using tarn_test::kDepth;
 using tarn_test::kInfrared;
 
@@ -30,64 +25,9 @@ namespace
 {
 
 constexpr unsigned kSequences = 2000;
-constexpr std::array<FrameFormat, 4> kDepthFormats{{{320, 240, 30}, {320, 240, 60}, {640, 480, 60}, {1280, 720, 30}}};
-constexpr std::array<FrameFormat, 4> kInfraredFormats{{{320, 240, 30}, {320, 240, 60}, {360, 360, 60}, {640, 480, 30}}};
+constexpr std::array<VideoSize, 4> kDepthFormats{{{320, 240, 30}, {320, 240, 60}, {640, 480, 60}, {1280, 720, 30}}};
+constexpr std::array<VideoSize, 4> kInfraredFormats{{{320, 240, 30}, {320, 240, 60}, {360, 360, 60}, {640, 480, 30}}};
 constexpr std::array<UINT32, 8> kPresets{0, 1, 2, 3, 4, 5, 6, 14};
-
-// Ends the program, and says where it hung, when a sequence does not end.
-class Watchdog
-{
-  public:
-    ~Watchdog()
-    {
-        {
-            const std::scoped_lock guard(lock);
-            isOver = true;
-        }
-        changed.notify_all();
-        thread.join();
-    }
-    void Begin(unsigned sequence)
-    {
-        const std::scoped_lock guard(lock);
-        steps = "TARN_STRESS_SEED=" + std::to_string(sequence);
-        ++sequences;
-        changed.notify_all();
-    }
-    void Step(const std::string &step)
-    {
-        const std::scoped_lock guard(lock);
-        steps += "\n  " + step;
-    }
-    std::string Steps()
-    {
-        const std::scoped_lock guard(lock);
-        return steps;
-    }
-
-  private:
-    void Watch()
-    {
-        std::unique_lock guard(lock);
-        while (!isOver)
-        {
-            const unsigned watched = sequences;
-            if (!changed.wait_for(guard, std::chrono::seconds(30), [&] { return isOver || sequences != watched; }))
-            {
-                std::fprintf(stderr, "hangs: %s\n", steps.c_str());
-                std::fflush(stderr);
-                TerminateProcess(GetCurrentProcess(), 3);
-            }
-        }
-    }
-
-    std::mutex lock;
-    std::condition_variable changed;
-    std::string steps;
-    unsigned sequences = 0;
-    bool isOver = false;
-    std::thread thread{[this] { Watch(); }};
-};
 
 // What the application does meanwhile, on its own thread.
 enum class Meanwhile
@@ -100,7 +40,7 @@ enum class Meanwhile
 class Sequence
 {
   public:
-    Sequence(unsigned seed, Watchdog &dog) : random(seed), watchdog(dog)
+    explicit Sequence(unsigned seed) : random(seed)
     {
         pacing = Chance(5) ? Pacing::AsFastAsTaken : Pacing::Stepped;
         meanwhile = Chance(10) ? Meanwhile::Changes : Chance(4) ? Meanwhile::Reads : Meanwhile::Nothing;
@@ -109,6 +49,12 @@ class Sequence
         configuration.buffersPerPin = pacing == Pacing::Stepped ? 64 : 4;
         configuration.frameSource = std::make_shared<FlatScene>();
         camera = user_space_frameworks::MakeCom<SimulatedCamera>(configuration);
+    }
+
+    // What it has done so far.
+    const std::string &Steps() const
+    {
+        return steps;
     }
 
     void Play()
@@ -140,7 +86,7 @@ class Sequence
     }
     void Log(const std::string &step)
     {
-        watchdog.Step(step);
+        steps += "\n  " + step;
     }
     bool IsExact() const
     {
@@ -156,9 +102,10 @@ class Sequence
         default: // six of sixteen
         {
             const auto &formats = output == kDepth ? kDepthFormats : kInfraredFormats;
-            const FrameFormat format = formats.at(Chance(12) ? 3 : Chance(5) ? 2 : random() % 2);
-            Log("start " + name + ' ' + format.Text());
-            ExpectResult(model.Start(output, format), server->Run(output, format.width, format.height, format.fps));
+            const VideoSize format = formats.at(Chance(12) ? 3 : Chance(5) ? 2 : random() % 2);
+            Log("start " + name + ' ' + format.ToText());
+            ExpectResult(model.Start(output, format),
+                         server->Run(output, format.width, format.height, format.framesPerSecond));
             break;
         }
         case 0:
@@ -245,8 +192,7 @@ class Sequence
         {
             return 0;
         }
-        const HRESULT delivered = camera->Pins().Step(0, frames);
-        EXPECT_HR(S_OK, delivered);
+        EXPECT_HR(S_OK, camera->Pins().Step(0, frames));
         return frames;
     }
 
@@ -278,14 +224,15 @@ class Sequence
     // The frame's number.
     std::uint64_t CheckSample(DWORD output, const ComPtr<IMFSample> &sample)
     {
-        TARN_FRAME_METADATA record{};
-        EXPECT_TRUE(tarn_test::HasBlob(sample, TARN_SAMPLE_FRAME_METADATA, record));
-        const std::vector<BYTE> bytes = tarn_test::PixelsOf(sample);
+        const auto details = tarn_host::SampleDetails::Of(*sample.Get());
+        EXPECT_TRUE(details.record);
+        const TARN_FRAME_METADATA record = details.record.value_or(TARN_FRAME_METADATA{});
+        const tarn_test::Bytes bytes = tarn_test::PixelsOf(sample);
         const std::size_t pixels = std::size_t{model.running.at(output)->width} * model.running.at(output)->height;
         if (output == kDepth)
         {
             // With confidence the sample keeps the buffer of both planes.
-            const bool hasConfidence = std::memcmp(&record.formatFourCc, "INZC", 4) == 0;
+            const bool hasConfidence = record.formatFourCc == CUSTOM_GUID_KELP_ZC.Data1;
             EXPECT_EQ(pixels * (hasConfidence ? 4 : 2), bytes.size());
             EXPECT_EQ(FlatScene::DepthByte(record.frameCounter), bytes.front());
             EXPECT_EQ(FlatScene::DepthByte(record.frameCounter), bytes.at(pixels * 2 - 1));
@@ -332,14 +279,13 @@ class Sequence
         EXPECT_EQ(model.AnyRuns(), pin != "stopped");
         if (model.running[kDepth] && !model.running[kInfrared] && pin.rfind("INZI", 0) != 0)
         {
-            EXPECT_EQ(map + model.running[kDepth]->Text(), pin);
+            EXPECT_EQ(map + model.running[kDepth]->ToText(), pin);
         }
         CheckPresetInForce(pin.rfind("PAIR", 0) == 0 ? UINT32{TARN_DEPTH_PRESET_FACE_LOGIN} : server->Preset());
         CollectFrames();
     }
 
     std::mt19937 random;
-    Watchdog &watchdog;
     Pacing pacing;
     Meanwhile meanwhile;
     ComPtr<SimulatedCamera> camera;
@@ -347,6 +293,7 @@ class Sequence
     DepthModel model;
     std::array<std::int64_t, 2> lastNumber{-1, -1};
     bool isSettled = false; // the application has ended
+    std::string steps;
 };
 
 TEST(DepthStressTest, RandomSequencesFollowTheModelAndLeaveNothingBehind)
@@ -354,15 +301,16 @@ TEST(DepthStressTest, RandomSequencesFollowTheModelAndLeaveNothingBehind)
     const char *const chosen = std::getenv("TARN_STRESS_SEED");
     const unsigned first = chosen != nullptr ? static_cast<unsigned>(std::atoi(chosen)) : 1;
     const unsigned last = chosen != nullptr ? first : kSequences;
-    Watchdog watchdog;
     const std::size_t objects = user_space_frameworks::Object::LiveCount();
     int handles = 0;
     for (unsigned seed = first; seed <= last && !HasFailure(); ++seed)
     {
-        watchdog.Begin(seed);
-        Sequence(seed, watchdog).Play();
+        std::printf("%u ", seed); // the last one is the one that hangs
+        std::fflush(stdout);
+        Sequence sequence(seed);
+        sequence.Play();
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
-        EXPECT_FALSE(HasFailure()) << watchdog.Steps();
+        EXPECT_FALSE(HasFailure()) << "TARN_STRESS_SEED=" << seed << sequence.Steps();
         if (seed == 200) // by then the platform has made its own threads
         {
             handles = tarn_test::CountHandles();

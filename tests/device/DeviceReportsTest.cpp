@@ -11,14 +11,14 @@ using mft_core::TarnFwErrorHandler;
 using tarn_sim::CameraConfiguration;
 using tarn_test::DepthCamera;
 using tarn_test::DepthServer;
-using tarn_test::TraceText;
+using tarn_test::TraceLines;
 
 namespace
 {
 
 TEST(TarnDeviceInfoTest, TheRecordIsDecodedAndTraced)
 {
-    const TraceText trace;
+    const TraceLines trace;
     const DepthCamera device;
     TarnDeviceInfo info(device.pipe, "Tarn Depth device info");
 
@@ -44,17 +44,15 @@ TEST(TarnDeviceInfoTest, ItIsFoundOnTheTransformAndOnBothOfItsOutputs)
     ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(tarn_test::kInfrared, &stores[2]));
     for (const auto &store : stores)
     {
-        TARN_DEVICE_INFO info{};
-        EXPECT_HR(S_OK,
-                  store->GetBlob(TARN_DEVICE_INFO_RECORD, reinterpret_cast<UINT8 *>(&info), sizeof(info), nullptr));
-        EXPECT_EQ(5u, info.hardwareRevision);
-        wchar_t text[32] = L"";
-        EXPECT_HR(S_OK, store->GetString(TARN_DEVICE_SERIAL_NUMBER, text, 32, nullptr));
-        EXPECT_STREQ(L"TRN0000000000042", text); // fills its field
-        EXPECT_HR(S_OK, store->GetString(TARN_DEVICE_FIRMWARE_VERSION, text, 32, nullptr));
-        EXPECT_STREQ(L"3.10.2.17", text);
-        EXPECT_HR(S_OK, store->GetString(TARN_DEVICE_PRODUCT_NAME, text, 32, nullptr));
-        EXPECT_STREQ(L"Tarn simulated", text);
+        EXPECT_EQ(CameraConfiguration::TarnDepth().deviceInfo, tarn_test::BlobOf(store, TARN_DEVICE_INFO_RECORD));
+        for (const auto &[key, expected] : {std::pair{&TARN_DEVICE_SERIAL_NUMBER, L"TRN0000000000042"}, // a full field
+                                            std::pair{&TARN_DEVICE_FIRMWARE_VERSION, L"3.10.2.17"},
+                                            std::pair{&TARN_DEVICE_PRODUCT_NAME, L"Tarn simulated"}})
+        {
+            wchar_t text[32] = L"";
+            EXPECT_HR(S_OK, store->GetString(*key, text, 32, nullptr));
+            EXPECT_STREQ(expected, text);
+        }
     }
 }
 
@@ -64,7 +62,7 @@ TEST(TarnDeviceInfoTest, AnAnswerThatDoesNotCheckLeavesNoRecord)
     {
         auto configuration = CameraConfiguration::TarnDepth();
         configuration.deviceInfo.at(spoilt) ^= 0x10;
-        const TraceText trace;
+        const TraceLines trace;
         const DepthCamera device(configuration);
         TarnDeviceInfo info(device.pipe, "Info");
 
@@ -99,7 +97,7 @@ TEST(TarnFwErrorHandlerTest, AnEventTracesNameAndCode)
     TarnFwErrorHandler handler(device.unit.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, tarn_sim::kControlDepthError,
                                "Test");
     const auto tracedFor = [&](std::uint8_t code, const char *text) {
-        const TraceText trace;
+        const TraceLines trace;
         device.camera->Controls().SetErrorCode(code);
         handler.OnEvent();
         return trace.Contains(text);

@@ -33,11 +33,7 @@ class TarnFrameFormatTopologyNodeTest : public testing::Test
     bool Passes(const std::shared_ptr<TarnFrameFormatTopologyNode> &node, DWORD length,
                 const std::optional<TARN_FRAME_METADATA> &record = std::nullopt)
     {
-        const ComPtr<IMFSample> sample = tarn_test::MakeSample(0);
-        ComPtr<IMFMediaBuffer> buffer;
-        EXPECT_HR(S_OK, MFCreateMemoryBuffer(length, &buffer));
-        EXPECT_HR(S_OK, buffer->SetCurrentLength(length));
-        EXPECT_HR(S_OK, sample->AddBuffer(buffer.Get()));
+        const auto sample = tarn_test::MakeSample(0, tarn_test::Bytes(length));
         if (record)
         {
             tarn_sim::AttachMetadata(sample.Get(), *record, tarn_sim::MetadataFault::None);
@@ -45,6 +41,10 @@ class TarnFrameFormatTopologyNodeTest : public testing::Test
         const std::size_t before = end->Times().size();
         node->Process(sample.Get());
         return end->Times().size() > before;
+    }
+    bool PassesAll(const std::shared_ptr<TarnFrameFormatTopologyNode> &node, std::initializer_list<DWORD> lengths)
+    {
+        return std::all_of(lengths.begin(), lengths.end(), [&](DWORD length) { return Passes(node, length); });
     }
     static TARN_FRAME_METADATA Record(const GUID &subtype, std::uint16_t width, std::uint16_t height)
     {
@@ -69,37 +69,33 @@ class TarnFrameFormatTopologyNodeTest : public testing::Test
 TEST_F(TarnFrameFormatTopologyNodeTest, AFrameWithoutARecordIsRefusedForTheLengthOfAFormerFormatOnly)
 {
     const auto both = NodeFor({CUSTOM_GUID_KELP_ZI}, 320, 240, large);
-    EXPECT_TRUE(Passes(both, 2 * kSmall));
-    EXPECT_TRUE(Passes(both, 2 * kSmall + 1));
-    EXPECT_TRUE(Passes(both, 2 * kLarge + 1));
-    EXPECT_FALSE(Passes(both, 2 * kSmall - 1));
-    EXPECT_FALSE(Passes(both, kLarge));
-    EXPECT_FALSE(Passes(both, 2 * kLarge));
+    EXPECT_TRUE(PassesAll(both, {2 * kSmall, 2 * kSmall + 1, 2 * kLarge + 1}));
+    for (const DWORD refused : {2 * kSmall - 1, kLarge, 2 * kLarge})
+    {
+        EXPECT_FALSE(Passes(both, refused)) << refused;
+    }
     const auto first = NodeFor({CUSTOM_GUID_KELP_ZI}, 320, 240, nullptr); // nothing ran
     EXPECT_TRUE(Passes(first, kLarge));
 
     const auto depth = NodeFor({CUSTOM_GUID_KELP_Z, CUSTOM_GUID_KELP_ZC}, 640, 480, small);
-    const auto passesAll = [&](std::initializer_list<DWORD> lengths) {
-        return std::all_of(lengths.begin(), lengths.end(), [&](DWORD length) { return Passes(depth, length); });
-    };
-    EXPECT_TRUE(passesAll({kLarge, kLarge + 100, 2 * kLarge, 2 * kLarge + 100}));
+    EXPECT_TRUE(PassesAll(depth, {kLarge, kLarge + 100, 2 * kLarge, 2 * kLarge + 100}));
     EXPECT_FALSE(Passes(depth, kLarge - 1));
     mapState->Set(true);
-    EXPECT_TRUE(passesAll({kLarge, 2 * kLarge, 2 * kLarge + 100}));
+    EXPECT_TRUE(PassesAll(depth, {kLarge, 2 * kLarge, 2 * kLarge + 100}));
     EXPECT_FALSE(Passes(depth, 2 * kLarge - 1)) << "its confidence would be taken for depth";
 }
 
 TEST_F(TarnFrameFormatTopologyNodeTest, ARecordTellsTheFormatAndRefusalsAreSaidAsAnError)
 {
     const auto node = NodeFor({CUSTOM_GUID_KELP_ZI}, 320, 240, large);
-    const tarn_test::TraceText errors(mft_utils::TraceLevel::Error);
+    const tarn_test::TraceLines errors(mft_utils::TraceLevel::Error);
     const TARN_FRAME_METADATA ours = Record(CUSTOM_GUID_KELP_ZI, 320, 240);
     EXPECT_TRUE(Passes(node, 2 * kSmall, ours));
     EXPECT_TRUE(Passes(node, kLarge, ours)); // padded to the length of a former format
-    EXPECT_EQ("", errors.Text());
+    EXPECT_TRUE(errors.lines.empty());
 
     EXPECT_FALSE(Passes(node, 2 * kSmall - 1, ours));
-    EXPECT_TRUE(errors.Contains("0 of another format, 1 too short")) << errors.Text();
+    EXPECT_TRUE(errors.Contains("0 of another format, 1 too short"));
     EXPECT_FALSE(Passes(node, 2 * kSmall, Record(CUSTOM_GUID_KELP_ZC, 320, 240)));
     EXPECT_FALSE(Passes(node, 2 * kSmall, Record(CUSTOM_GUID_KELP_ZI, 240, 320)));
 }

@@ -10,6 +10,7 @@
 #include "tarn/sample_attributes.h"
 #include "tests/device/DepthServer.h"
 #include "tests/device/FlatScene.h"
+#include "tools/frameserver/SampleDetails.h"
 
 using tarn_test::DepthServer;
 using tarn_test::FlatScene;
@@ -94,7 +95,7 @@ class Consumer
 
     void Frame()
     {
-        EXPECT_HR(S_OK, server.camera->Step(0, 1));
+        EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
         if (scenario.depth)
         {
             Receive(kDepth);
@@ -120,7 +121,7 @@ class Consumer
     {
         const auto sample = server.WaitForSamples(output, 1).at(0);
         TARN_FRAME_METADATA record{};
-        EXPECT_TRUE(tarn_test::HasBlob(sample, TARN_SAMPLE_FRAME_METADATA, record));
+        record = tarn_host::SampleDetails::Of(*sample.Get()).record.value_or(record);
         const HeldFrame frame{sample, output == kDepth ? FlatScene::DepthByte(record.frameCounter)
                                                        : FlatScene::InfraredPixel(record.frameCounter)};
         frame.Check(kCheckedBytes);
@@ -173,7 +174,7 @@ TEST(FrameMemoryTest, FramesStayRightAndMemoryFlatWhileAConsumerKeepsSome)
         server.reset();
         consumer->CheckAll();
         consumer.reset();
-        EXPECT_HR(S_OK, camera->WaitForReturnOfFrames(std::chrono::seconds(5)));
+        EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
     }

@@ -18,26 +18,14 @@
 #include "tests/device/DepthCamera.h"
 
 using namespace mft_core;
+using namespace tarn_test;
 using std::make_shared;
 
 namespace
 {
 
-using Bytes = std::vector<UINT8>;
-
-class EndNode : public ITopologyNode
-{
-  public:
-    EndNode() : ITopologyNode(nullptr, "End node") {}
-    HRESULT ProcessSample(IMFSample *) override
-    {
-        ++samples;
-        return S_OK;
-    }
-    int samples = 0;
-};
-
-TARN_FRAME_METADATA Record(std::uint8_t flags)
+// The driver's record with these flags, as bytes.
+Bytes Record(std::uint8_t flags)
 {
     TARN_FRAME_METADATA record{};
     record.magic = TARN_FRAME_METADATA_MAGIC;
@@ -45,21 +33,9 @@ TARN_FRAME_METADATA Record(std::uint8_t flags)
     record.size = sizeof(record);
     record.flags = flags;
     record.frameCounter = 77;
-    return record;
-}
-
-ComPtr<IMFMediaBuffer> Buffer(const Bytes &bytes, DWORD unusedBytes = 0)
-{
-    ComPtr<IMFMediaBuffer> buffer;
-    const auto size = static_cast<DWORD>(bytes.size());
-    EXPECT_HR(S_OK, MFCreateMemoryBuffer(size + unusedBytes, &buffer));
-    BYTE *data = nullptr;
-    EXPECT_HR(S_OK, buffer->Lock(&data, nullptr, nullptr));
-    std::memset(data, 0xAA, size + unusedBytes);
-    std::memcpy(data, bytes.data(), size);
-    EXPECT_HR(S_OK, buffer->Unlock());
-    EXPECT_HR(S_OK, buffer->SetCurrentLength(size));
-    return buffer;
+    Bytes bytes(sizeof(record));
+    std::memcpy(bytes.data(), &record, sizeof(record));
+    return bytes;
 }
 
 void Attach(IMFSample *sample, const Bytes &payload)
@@ -71,22 +47,8 @@ void Attach(IMFSample *sample, const Bytes &payload)
     item.insert(item.end(), payload.begin(), payload.end());
     ComPtr<IMFAttributes> store;
     EXPECT_HR(S_OK, MFCreateAttributes(&store, 1));
-    EXPECT_HR(S_OK, store->SetUnknown(MF_CAPTURE_METADATA_FRAME_RAWSTREAM, Buffer(item).Get()));
+    EXPECT_HR(S_OK, store->SetUnknown(MF_CAPTURE_METADATA_FRAME_RAWSTREAM, MakeBuffer(item).Get()));
     EXPECT_HR(S_OK, sample->SetUnknown(MFSampleExtension_CaptureMetadata, store.Get()));
-}
-
-Bytes BytesOf(const TARN_FRAME_METADATA &record)
-{
-    Bytes bytes(sizeof(record));
-    std::memcpy(bytes.data(), &record, sizeof(record));
-    return bytes;
-}
-
-ComPtr<IMFSample> Picture(const Bytes &pixels, DWORD unusedBytes = 0)
-{
-    ComPtr<IMFSample> sample = tarn_test::MakeSample(0);
-    EXPECT_HR(S_OK, sample->AddBuffer(Buffer(pixels, unusedBytes).Get()));
-    return sample;
 }
 
 // All that the buffer can hold, beyond its current length too.
@@ -102,32 +64,13 @@ Bytes Contents(const ComPtr<IMFSample> &sample, DWORD index = 0)
     return bytes;
 }
 
-Bytes BlobOf(const ComPtr<IMFSample> &sample, const GUID &key)
-{
-    UINT32 size = 0;
-    if (FAILED(sample->GetBlobSize(key, &size)))
-    {
-        return {};
-    }
-    Bytes blob(size);
-    EXPECT_HR(S_OK, sample->GetBlob(key, blob.data(), size, nullptr));
-    return blob;
-}
-
-// The bytes of our item.
-Bytes PayloadOf(const ComPtr<IMFSample> &sample)
-{
-    const UvcMetaDataWrapper metaData(sample.Get());
-    return {metaData.Payload(), metaData.Payload() + metaData.PayloadSize()};
-}
-
 TEST(TarnCalibrationTopologyNodeTest, SamplesCarryTheirOwnIntrinsicsAndTheStreamsExtrinsics)
 {
-    tarn_test::TestEventGenerator generator;
+    TestEventGenerator generator;
     OutputStreamConfiguration configuration;
-    configuration.mtList->push_back(tarn_test::MakeType(64, 48, 30));
-    const auto end = make_shared<EndNode>();
-    const ComPtr<IMFSample> plain = Picture({1});
+    configuration.mtList->push_back(MakeType(64, 48, 30));
+    const auto end = make_shared<RecordingNode>();
+    const auto plain = MakeSample(0);
     TarnCalibrationTopologyNode(end, OutputStream(0, &generator, configuration), {}).Process(plain.Get());
     EXPECT_TRUE(BlobOf(plain, MFSampleExtension_PinholeCameraIntrinsics).empty());
     EXPECT_TRUE(BlobOf(plain, MFSampleExtension_CameraExtrinsics).empty());
@@ -136,24 +79,27 @@ TEST(TarnCalibrationTopologyNodeTest, SamplesCarryTheirOwnIntrinsicsAndTheStream
     const std::shared_ptr<UINT8[]> two(new UINT8[2]{4, 5});
     configuration.intrinsics = {two, 2}; // of the whole stream: not for samples
     configuration.extrinsics = {two, 2};
-    const ComPtr<IMFSample> calibrated = Picture({1});
+    const auto calibrated = MakeSample(0);
     TarnCalibrationTopologyNode(end, OutputStream(0, &generator, configuration), {three, 3}).Process(calibrated.Get());
     EXPECT_EQ((Bytes{1, 2, 3}), BlobOf(calibrated, MFSampleExtension_PinholeCameraIntrinsics));
     EXPECT_EQ((Bytes{4, 5}), BlobOf(calibrated, MFSampleExtension_CameraExtrinsics));
-    EXPECT_EQ(2, end->samples);
+    EXPECT_EQ(2u, end->Times().size());
 }
 
 TEST(TarnDepthMetadataTopologyNodeTest, ARecordThatHoldsBecomesABlobAndOthersDoNot)
 {
-    const auto end = make_shared<EndNode>();
+    const auto end = make_shared<RecordingNode>();
     TarnDepthMetadataTopologyNode node(end);
-    const auto blobFor = [&](const Bytes &payload) {
-        const ComPtr<IMFSample> sample = Picture({1});
-        Attach(sample.Get(), payload);
+    const auto blobFor = [&](const std::optional<Bytes> &payload) {
+        const auto sample = MakeSample(0);
+        if (payload)
+        {
+            Attach(sample.Get(), *payload);
+        }
         node.Process(sample.Get());
         return BlobOf(sample, TARN_SAMPLE_FRAME_METADATA);
     };
-    const Bytes good = BytesOf(Record(TARN_FRAME_FLAG_HDR));
+    const Bytes good = Record(TARN_FRAME_FLAG_HDR);
     EXPECT_EQ(good, blobFor(good));
 
     Bytes longer = good; // a later version that appends 8 bytes, and 8 bytes that are none of it
@@ -162,67 +108,72 @@ TEST(TarnDepthMetadataTopologyNodeTest, ARecordThatHoldsBecomesABlobAndOthersDoN
     longer[6] = 72;
     EXPECT_EQ(Bytes(longer.begin(), longer.begin() + 72), blobFor(longer));
 
-    Bytes cut(good.begin(), good.begin() + 40);
-    EXPECT_TRUE(blobFor(cut).empty());
+    EXPECT_TRUE(blobFor(Bytes(good.begin(), good.begin() + 40)).empty());
     for (const auto &[at, value] : {std::pair{0, 0}, std::pair{4, 0}, std::pair{6, 63}, std::pair{6, 72}})
     {
         Bytes bad = good; // magic, version, size below and above what is there
         bad[static_cast<std::size_t>(at)] = static_cast<UINT8>(value);
         EXPECT_TRUE(blobFor(bad).empty()) << at << " " << value;
     }
-    const ComPtr<IMFSample> bare = Picture({1});
-    node.Process(bare.Get());
-    EXPECT_TRUE(BlobOf(bare, TARN_SAMPLE_FRAME_METADATA).empty());
-    EXPECT_EQ(8, end->samples) << "every frame goes on";
+    EXPECT_TRUE(blobFor(std::nullopt).empty());
+    EXPECT_EQ(8u, end->Times().size()) << "every frame goes on";
 }
 
 class TarnDepthPrivacyTopologyNodeTest : public testing::Test
 {
   protected:
-    ComPtr<IMFSample> Process(std::optional<std::uint8_t> flags, DWORD unusedBytes = 0)
+    // Two buffers, the first with unused bytes, and a confidence map.
+    ComPtr<IMFSample> Process(const std::optional<Bytes> &record)
     {
-        const ComPtr<IMFSample> sample = Picture({1, 2, 3, 4}, unusedBytes);
-        EXPECT_HR(S_OK, sample->AddBuffer(Buffer({5, 6}).Get()));
+        const auto sample = MakeSample(0, {1, 2, 3, 4}, 2);
+        EXPECT_HR(S_OK, sample->AddBuffer(MakeBuffer({5, 6}).Get()));
         EXPECT_HR(S_OK, sample->SetBlob(ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, Bytes{9, 9}.data(), 2));
-        if (flags)
+        if (record)
         {
-            Attach(sample.Get(), BytesOf(Record(*flags)));
+            Attach(sample.Get(), *record);
         }
         TarnDepthPrivacyTopologyNode(end, privacy).Process(sample.Get());
+        if (record)
+        {
+            const UvcMetaDataWrapper metaData(sample.Get());
+            EXPECT_EQ(*record, Bytes(metaData.Payload(), metaData.Payload() + metaData.PayloadSize()));
+        }
         return sample;
     }
-    bool BlanksFrameWith(const Bytes &payload)
+    bool Blanks(const std::optional<Bytes> &record)
     {
-        const ComPtr<IMFSample> sample = Picture({1, 2});
-        Attach(sample.Get(), payload);
-        TarnDepthPrivacyTopologyNode(end, privacy).Process(sample.Get());
-        EXPECT_EQ(payload, PayloadOf(sample)) << "the driver's bytes stay";
-        return Contents(sample) == Bytes(2);
-    }
-    static bool IsBlank(const ComPtr<IMFSample> &sample)
-    {
-        const Bytes first = Contents(sample);
-        return first == Bytes(first.size()) && Contents(sample, 1) == Bytes(2) &&
-               BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP).empty();
+        const auto sample = Process(record);
+        const bool isBlank = Contents(sample) == Bytes(6) && Contents(sample, 1) == Bytes(2) &&
+                             BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP).empty();
+        const bool isWhole = Contents(sample) == Bytes{1, 2, 3, 4, 0xAA, 0xAA} && Contents(sample, 1) == Bytes{5, 6} &&
+                             BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP) == Bytes{9, 9};
+        EXPECT_NE(isBlank, isWhole);
+        return isBlank;
     }
 
-    std::shared_ptr<EndNode> end = make_shared<EndNode>();
+    const Bytes isOn = Record(TARN_FRAME_FLAG_PRIVACY);
+    const Bytes isOff = Record(TARN_FRAME_FLAG_HDR);
+    std::shared_ptr<RecordingNode> end = make_shared<RecordingNode>();
     std::shared_ptr<FramePrivacy> privacy = make_shared<FramePrivacy>("Test"); // a new node for each frame shares it
 };
 
-TEST_F(TarnDepthPrivacyTopologyNodeTest, AFrameWithoutPrivacyIsUntouched)
+TEST_F(TarnDepthPrivacyTopologyNodeTest, NothingOfAPrivateFrameIsLeftAndWhatOneTellsHoldsForTheNext)
 {
-    const ComPtr<IMFSample> sample = Process(std::uint8_t{TARN_FRAME_FLAG_HDR});
-
-    EXPECT_EQ((Bytes{1, 2, 3, 4}), Contents(sample));
-    EXPECT_EQ((Bytes{5, 6}), Contents(sample, 1));
-    EXPECT_EQ((Bytes{9, 9}), BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP));
-}
-
-TEST_F(TarnDepthPrivacyTopologyNodeTest, NothingOfAPrivateFrameIsLeft)
-{
-    EXPECT_TRUE(IsBlank(Process(std::uint8_t{TARN_FRAME_FLAG_PRIVACY}, 32)));
-    EXPECT_EQ(1, end->samples);
+    EXPECT_FALSE(Blanks(std::nullopt));
+    EXPECT_TRUE(Blanks(isOn));
+    EXPECT_TRUE(Blanks(std::nullopt));
+    EXPECT_FALSE(Blanks(isOff));
+    EXPECT_FALSE(Blanks(std::nullopt));
+    for (const bool known : {false, true})
+    {
+        privacy->Tell(known);
+        Bytes bad = known ? isOff : isOn; // tells nothing: its size is below what is read, or more than is there
+        bad[6] = 7;
+        EXPECT_EQ(known, Blanks(bad));
+        bad[6] = 65;
+        EXPECT_EQ(known, Blanks(bad));
+    }
+    EXPECT_EQ(9u, end->Times().size());
 }
 
 TEST_F(TarnDepthPrivacyTopologyNodeTest, NoPictureStaysInAPoolOnceAPrivateFrameHasCome)
@@ -234,40 +185,10 @@ TEST_F(TarnDepthPrivacyTopologyNodeTest, NoPictureStaysInAPoolOnceAPrivateFrameH
     node.UseBuffers(pool);
     for (const bool isPrivate : {false, true})
     {
-        const ComPtr<IMFSample> sample = Picture({1, 2});
-        Attach(sample.Get(), BytesOf(Record(isPrivate ? TARN_FRAME_FLAG_PRIVACY : 0)));
+        const auto sample = MakeSample(0, {1, 2});
+        Attach(sample.Get(), isPrivate ? isOn : isOff);
         node.Process(sample.Get());
         EXPECT_REFS(picture, isPrivate ? 1 : 2);
-    }
-}
-
-TEST_F(TarnDepthPrivacyTopologyNodeTest, AFrameThatDoesNotTellIsTreatedByWhatIsKnown)
-{
-    EXPECT_FALSE(IsBlank(Process(std::nullopt)));
-    EXPECT_TRUE(IsBlank(Process(std::uint8_t{TARN_FRAME_FLAG_PRIVACY})));
-    EXPECT_TRUE(IsBlank(Process(std::nullopt)));
-    EXPECT_FALSE(IsBlank(Process(std::uint8_t{0})));
-    EXPECT_FALSE(IsBlank(Process(std::nullopt)));
-}
-
-TEST_F(TarnDepthPrivacyTopologyNodeTest, OnlyARecordThatHoldsDecides)
-{
-    const Bytes isOn = BytesOf(Record(TARN_FRAME_FLAG_PRIVACY));
-    const Bytes isOff = BytesOf(Record(0));
-    EXPECT_TRUE(BlanksFrameWith(isOn));
-    EXPECT_FALSE(BlanksFrameWith(isOff));
-    for (const bool known : {false, true})
-    {
-        privacy->Tell(known);
-        Bytes cut = known ? isOff : isOn;
-        cut.resize(16); // shorter than its size says
-        EXPECT_EQ(known, BlanksFrameWith(cut));
-        for (const auto &[at, value] : {std::pair{0, 0}, std::pair{4, 0}, std::pair{6, 7}, std::pair{6, 65}})
-        {
-            Bytes bad = known ? isOff : isOn; // magic, version, size below what is read and above what is there
-            bad[static_cast<std::size_t>(at)] = static_cast<UINT8>(value);
-            EXPECT_EQ(known, BlanksFrameWith(bad)) << at << " " << value;
-        }
     }
 }
 
@@ -276,12 +197,12 @@ TEST_F(TarnDepthPrivacyTopologyNodeTest, AConfidenceMapThatIsMadeBehindItShowsNo
     const auto mapState = make_shared<ConfidenceMapState>();
     mapState->Set(true);
     TarnDepthPrivacyTopologyNode before(make_shared<TarnConfidenceMapTopologyNode>(end, 2, 1, mapState), privacy);
-    for (const std::uint8_t flags : {std::uint8_t{0}, std::uint8_t{TARN_FRAME_FLAG_PRIVACY}})
+    for (const Bytes &record : {isOff, isOn})
     {
-        const ComPtr<IMFSample> sample = Picture({200, 200, 0, 0, 7, 7, 7, 7}); // confidence, then depth
-        Attach(sample.Get(), BytesOf(Record(flags)));
+        const auto sample = MakeSample(0, {200, 200, 0, 0, 7, 7, 7, 7}); // confidence, then depth
+        Attach(sample.Get(), record);
         before.Process(sample.Get());
-        EXPECT_EQ(flags != 0, BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP) == Bytes(4));
+        EXPECT_EQ(record == isOn, BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP) == Bytes(4));
     }
 }
 
@@ -292,24 +213,23 @@ TEST(FramePrivacyTest, TheCameraIsAskedWhenItAnnouncesThePrivacyControl)
     {
         auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
         configuration.privacyControl = announced;
-        const tarn_test::DepthCamera device(configuration);
+        const DepthCamera device(configuration);
         FramePrivacy privacy("Test");
+        const auto ask = [&] {
+            privacy.AskCamera(device.camera.Get());
+            return privacy.Now();
+        };
         device.camera->Controls().privacy = true;
         device.FailKsCall(1, true);
-        privacy.AskCamera(device.camera.Get());
-        EXPECT_EQ(State::Unknown, privacy.Now());
+        EXPECT_EQ(State::Unknown, ask());
         device.camera->Faults().SetPlan({});
-        privacy.AskCamera(device.camera.Get());
-        EXPECT_EQ(announced ? State::On : State::Unknown, privacy.Now());
-
+        EXPECT_EQ(announced ? State::On : State::Unknown, ask());
         device.camera->Controls().privacy = false;
         privacy.Tell(true);
         device.FailKsCall(2); // announced, but not answered
-        privacy.AskCamera(device.camera.Get());
-        EXPECT_EQ(State::On, privacy.Now());
+        EXPECT_EQ(State::On, ask());
         device.camera->Faults().SetPlan({});
-        privacy.AskCamera(device.camera.Get());
-        EXPECT_EQ(announced ? State::Off : State::On, privacy.Now());
+        EXPECT_EQ(announced ? State::Off : State::On, ask());
     }
 }
 
@@ -317,10 +237,7 @@ TEST(FramePrivacyTest, TheCameraIsAskedWhenItAnnouncesThePrivacyControl)
 class BusyCamera final : public user_space_frameworks::ComObject<IKsControl>
 {
   public:
-    BusyCamera(ComPtr<IKsControl> busyControl, FramePrivacy &framePrivacy)
-        : control(std::move(busyControl)), privacy(framePrivacy)
-    {
-    }
+    BusyCamera(IKsControl *busyControl, FramePrivacy &framePrivacy) : control(busyControl), privacy(framePrivacy) {}
     HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY property, ULONG length, void *data, ULONG dataLength,
                                          ULONG *returned) noexcept override
     {
@@ -331,14 +248,10 @@ class BusyCamera final : public user_space_frameworks::ComObject<IKsControl>
         }
         return result;
     }
-    HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, void *, ULONG, ULONG *) noexcept override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, void *, ULONG, ULONG *) noexcept override
-    {
-        return E_NOTIMPL;
-    }
+    // clang-format off
+    HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, void *, ULONG, ULONG *) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, void *, ULONG, ULONG *) noexcept override { return E_NOTIMPL; }
+    // clang-format on
 
   private:
     const ComPtr<IKsControl> control;
@@ -347,9 +260,9 @@ class BusyCamera final : public user_space_frameworks::ComObject<IKsControl>
 
 TEST(FramePrivacyTest, AnAnswerDoesNotOpenWhatAFrameHasClosedMeanwhile)
 {
-    const tarn_test::DepthCamera device;
+    const DepthCamera device;
     FramePrivacy privacy("Test");
-    const auto busy = user_space_frameworks::MakeCom<BusyCamera>(ComPtr<IKsControl>(device.camera.Get()), privacy);
+    const auto busy = user_space_frameworks::MakeCom<BusyCamera>(device.camera.Get(), privacy);
     privacy.AskCamera(busy.Get());
     EXPECT_EQ(FramePrivacy::State::On, privacy.Now());
 }

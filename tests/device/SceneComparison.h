@@ -1,65 +1,77 @@
-// Samples against the rendered scene, pixel by pixel.
+// What the transform must make of the generated scene.
 #pragma once
 
+#include <array>
 #include <cmath>
 #include <cstring>
 
 #include "sim/GeneratedScene.h"
-#include "tarn/frame_metadata.h"
-#include "tarn/sample_attributes.h"
 #include "tests/device/DepthFrameServer.h"
+#include "tools/frameserver/LockedFrame.h"
+#include "tools/frameserver/SampleDetails.h"
 
 namespace tarn_test
 {
 
+// Keeps its backgrounds from one picture to the next.
+inline tarn_sim::GeneratedScene &Scene()
+{
+    static tarn_sim::GeneratedScene scene;
+    return scene;
+}
+
 // What the camera saw in this frame.
 inline tarn_sim::FrameRequest RequestOf(const ComPtr<IMFSample> &sample)
 {
-    TARN_FRAME_METADATA record{};
-    EXPECT_TRUE(HasBlob(sample, TARN_SAMPLE_FRAME_METADATA, record));
-    return {record.frameCounter, record.width, record.height, record.illumination != 0};
+    const auto record = tarn_host::SampleDetails::Of(*sample.Get()).record;
+    EXPECT_TRUE(record);
+    return record
+               ? tarn_sim::FrameRequest{record->frameCounter, record->width, record->height, record->illumination != 0}
+               : tarn_sim::FrameRequest{};
 }
 
-// Number of pixels that differ from the scene, the output being the centre of what the camera saw. The first
-// width * height values of the buffer count.
-inline std::size_t WrongDepths(const ComPtr<IMFSample> &sample, UINT32 width, UINT32 height)
+// Whether every pixel is the scene's: the output shows the centre of what the camera saw, depth as it is, infrared in
+// 8 bits. The first width * height pixels of the buffer count.
+inline bool ShowsScene(DWORD output, const ComPtr<IMFSample> &sample, UINT32 width, UINT32 height)
 {
-    const tarn_sim::FrameRequest request = RequestOf(sample);
-    const std::vector<BYTE> pixels = PixelsOf(sample);
-    EXPECT_GE(pixels.size(), std::size_t{width} * height * 2);
-    std::size_t wrong = 0;
-    for (UINT32 y = 0; y < height; ++y)
-    {
-        for (UINT32 x = 0; x < width; ++x)
+    static const std::array<BYTE, 1024> kEightBits = [] {
+        std::array<BYTE, 1024> table{};
+        for (std::size_t tenBits = 0; tenBits < table.size(); ++tenBits)
         {
-            std::uint16_t depth = 0;
-            std::memcpy(&depth, pixels.data() + (std::size_t{y} * width + x) * 2, sizeof(depth));
-            wrong += depth != tarn_sim::GeneratedScene::DepthEighthMm(request, x + (request.width - width) / 2,
-                                                                      y + (request.height - height) / 2)
-                         ? 1
-                         : 0;
+            table[tenBits] = static_cast<BYTE>(std::lround(static_cast<double>(tenBits * 64) * 255.0 / 65535));
         }
+        return table;
+    }();
+    const tarn_sim::FrameRequest request = RequestOf(sample);
+    std::vector<std::uint16_t> plane(std::size_t{request.width} * request.height);
+    Scene().Render(request, output == kDepth ? tarn_sim::Plane::DepthEighthMm : tarn_sim::Plane::Infrared,
+                   reinterpret_cast<std::uint8_t *>(plane.data()));
+    const tarn_host::LockedFrame frame(*sample.Get());
+    const std::size_t rowBytes = std::size_t{width} * (output == kDepth ? 2 : 1);
+    bool isEqual = frame.Bytes().size() >= rowBytes * height;
+    for (UINT32 y = 0; isEqual && y < height; ++y)
+    {
+        const auto *const shown = reinterpret_cast<const BYTE *>(frame.Bytes().data()) + y * rowBytes;
+        const std::uint16_t *const seen =
+            &plane.at(std::size_t{y + (request.height - height) / 2} * request.width + (request.width - width) / 2);
+        isEqual = output == kDepth ? std::memcmp(seen, shown, rowBytes) == 0
+                                   : std::equal(seen, seen + width, shown, [](std::uint16_t tenBits, BYTE pixel) {
+                                         return kEightBits[tenBits % kEightBits.size()] == pixel;
+                                     });
     }
-    return wrong;
+    return isEqual;
 }
 
-inline std::size_t WrongInfrared(const ComPtr<IMFSample> &sample, UINT32 width, UINT32 height)
+// Whether the sample carries the scene's confidence in 16 levels.
+inline bool HasConfidenceOfScene(const ComPtr<IMFSample> &sample)
 {
     const tarn_sim::FrameRequest request = RequestOf(sample);
-    const std::vector<BYTE> pixels = PixelsOf(sample);
-    EXPECT_EQ(std::size_t{width} * height, pixels.size());
-    std::size_t wrong = 0;
-    for (UINT32 y = 0; y < height; ++y)
-    {
-        for (UINT32 x = 0; x < width; ++x)
-        {
-            const int tenBits = tarn_sim::GeneratedScene::Infrared(request, x + (request.width - width) / 2,
-                                                                   y + (request.height - height) / 2);
-            const auto expected = std::lround(tenBits * 64 * 255.0 / 65535);
-            wrong += pixels[std::size_t{y} * width + x] != expected ? 1 : 0;
-        }
-    }
-    return wrong;
+    Bytes expected(std::size_t{request.width} * request.height);
+    Scene().Render(request, tarn_sim::Plane::Confidence, expected.data());
+    std::transform(expected.begin(), expected.end(), expected.begin(),
+                   [](BYTE raw) { return static_cast<BYTE>(std::clamp(raw - 15, 0, 127) / 8); });
+    const Bytes map = tarn_host::SampleDetails::Of(*sample.Get()).confidence;
+    return map.size() >= expected.size() && std::equal(expected.begin(), expected.end(), map.begin());
 }
 
 } // namespace tarn_test

@@ -2,53 +2,37 @@
 #include "device/TarnDepthDeviceMft.h"
 
 #include <cstring>
-#include <vector>
+#include <functional>
+#include <thread>
 
 #include "device/DepthPresetTable.h"
 #include "tarn/firmware_errors.h"
-#include "tests/device/DepthCamera.h"
 #include "tests/device/DepthServer.h"
 #include "tests/trace/TraceLines.h"
 
-using tarn_sim::CameraConfiguration;
 using tarn_sim::SimulatedCamera;
 using tarn_test::DepthServer;
 using tarn_test::kDepth;
 using tarn_test::kInfrared;
-using tarn_test::TestFrameServer;
 using user_space_frameworks::MakeCom;
 
 namespace
 {
 
-struct Model
-{
-    UINT32 width;
-    UINT32 height;
-    bool operator==(const Model &) const = default;
-};
-
-std::vector<Model> IntrinsicsOf(const DepthServer &server, DWORD output)
+// Sizes of the camera models that a stream offers, as "640x480 ".
+std::string ModelsOf(const DepthServer &server, DWORD output)
 {
     ComPtr<IMFAttributes> attributes;
     EXPECT_HR(S_OK, server.transform->GetOutputStreamAttributes(output, &attributes));
-    UINT32 size = 0;
-    if (FAILED(attributes->GetBlobSize(MFStreamExtension_PinholeCameraIntrinsics, &size)))
+    const tarn_test::Bytes blob = tarn_test::BlobOf(attributes, MFStreamExtension_PinholeCameraIntrinsics);
+    std::string sizes;
+    for (std::size_t at = 4; at < blob.size(); at += sizeof(MFPinholeCameraIntrinsic_IntrinsicModel))
     {
-        return {};
+        UINT32 size[2] = {};
+        std::memcpy(size, &blob.at(at), sizeof(size));
+        sizes += std::to_string(size[0]) + 'x' + std::to_string(size[1]) + ' ';
     }
-    std::vector<UINT8> blob(size);
-    EXPECT_HR(S_OK, attributes->GetBlob(MFStreamExtension_PinholeCameraIntrinsics, blob.data(), size, nullptr));
-    UINT32 count = 0;
-    std::memcpy(&count, blob.data(), sizeof(count));
-    EXPECT_EQ(size, sizeof(count) + count * sizeof(MFPinholeCameraIntrinsic_IntrinsicModel));
-    std::vector<Model> models(count);
-    for (UINT32 i = 0; i < count; ++i)
-    {
-        std::memcpy(&models[i], blob.data() + sizeof(count) + i * sizeof(MFPinholeCameraIntrinsic_IntrinsicModel),
-                    sizeof(Model));
-    }
-    return models;
+    return sizes;
 }
 
 int LaserPowerOf(std::uint32_t preset)
@@ -67,44 +51,31 @@ DWORD TypeCount(const DepthServer &server, DWORD output)
     return count;
 }
 
-TEST(TarnDepthDeviceMftTest, DepthComesFirstInEighthsOfAMillimetre)
+TEST(TarnDepthDeviceMftTest, DepthComesFirstInEighthsOfAMillimetreAndInfraredWithItsFaceLoginType)
 {
     DepthServer server;
     ASSERT_HR(S_OK, server.initialized);
     EXPECT_EQ(15u, TypeCount(server, kDepth));
-    const ComPtr<IMFMediaType> type = server.OutputType(kDepth);
-    GUID subtype{};
-    EXPECT_HR(S_OK, type->GetGUID(MF_MT_SUBTYPE, &subtype));
-    EXPECT_TRUE(IsEqualGUID(MFVideoFormat_D16, subtype));
-    UINT64 unit = 0;
-    EXPECT_HR(S_OK, type->GetUINT64(MF_MT_DEPTH_VALUE_UNIT, &unit));
-    EXPECT_EQ(125000u, unit);
-    EXPECT_EQ((std::vector<Model>{{640, 480}, {1280, 720}, {320, 240}}), IntrinsicsOf(server, kDepth));
+    const ComPtr<IMFMediaType> depth = server.OutputType(kDepth);
+    EXPECT_EQ("D16 640x480@30", tarn_host::FrameFormat::Of(*depth.Get()).ToText());
+    EXPECT_EQ(125000u, MFGetAttributeUINT64(depth.Get(), MF_MT_DEPTH_VALUE_UNIT, 0));
+    EXPECT_EQ("640x480 1280x720 320x240 ", ModelsOf(server, kDepth));
     ComPtr<IMFAttributes> attributes;
     EXPECT_HR(S_OK, server.transform->GetOutputStreamAttributes(kDepth, &attributes));
-    UINT32 size = 0;
-    EXPECT_HR(S_OK, attributes->GetBlobSize(MFStreamExtension_CameraExtrinsics, &size));
-    EXPECT_EQ(sizeof(MFCameraExtrinsics), size);
-}
+    EXPECT_EQ(sizeof(MFCameraExtrinsics), tarn_test::BlobOf(attributes, MFStreamExtension_CameraExtrinsics).size());
 
-TEST(TarnDepthDeviceMftTest, TheFaceLoginTypeIsTheFirstOfTheInfraredOutput)
-{
-    DepthServer server;
-    ASSERT_HR(S_OK, server.initialized);
     EXPECT_EQ(6u, TypeCount(server, kInfrared));
-    const ComPtr<IMFMediaType> type = server.OutputType(kInfrared);
-    mft_utils::MediaTypeData data;
-    EXPECT_HR(S_OK, mft_utils::MediaTypeParser::GetMediaTypeData(data, type.Get()));
-    EXPECT_EQ(360u, data.width);
-    EXPECT_EQ(360u, data.height);
-    EXPECT_EQ(60u, data.FPS());
-    UINT32 stride = 0;
-    UINT32 sampleSize = 0;
-    EXPECT_HR(S_OK, type->GetUINT32(MF_MT_DEFAULT_STRIDE, &stride));
-    EXPECT_HR(S_OK, type->GetUINT32(MF_MT_SAMPLE_SIZE, &sampleSize));
-    EXPECT_EQ(360u, stride);
-    EXPECT_EQ(360u * 360u, sampleSize);
+    const ComPtr<IMFMediaType> faceLogin = server.OutputType(kInfrared);
+    EXPECT_EQ("L8 360x360@60", tarn_host::FrameFormat::Of(*faceLogin.Get()).ToText());
+    EXPECT_EQ(360u, MFGetAttributeUINT32(faceLogin.Get(), MF_MT_DEFAULT_STRIDE, 0));
+    EXPECT_EQ(360u * 360u, MFGetAttributeUINT32(faceLogin.Get(), MF_MT_SAMPLE_SIZE, 0));
     EXPECT_HR(S_OK, server.SetFaceLogin(true));
+
+    KSPROPERTY_TARN_API_VERSION version{9, 9};
+    EXPECT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_API_VERSION,
+                                        KSPROPERTY_TYPE_GET, &version, sizeof(version)));
+    EXPECT_EQ(7u, version.second);
+    EXPECT_EQ(0u, server.Preset());
 }
 
 TEST(TarnDepthDeviceMftTest, ACameraWithoutFaceLoginFormatOffersNeitherTypeNorMode)
@@ -112,7 +83,7 @@ TEST(TarnDepthDeviceMftTest, ACameraWithoutFaceLoginFormatOffersNeitherTypeNorMo
     DepthServer server(DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_FACE_LOGIN));
     ASSERT_HR(S_OK, server.initialized);
     EXPECT_EQ(5u, TypeCount(server, kInfrared));
-    EXPECT_EQ(nullptr, server.FindType(kInfrared, 360, 360, 60));
+    EXPECT_EQ(nullptr, server.FindType(kInfrared, {360, 360, 60}));
     EXPECT_HR(ERROR_SET_NOT_FOUND, server.SetFaceLogin(true));
 }
 
@@ -121,8 +92,7 @@ TEST(TarnDepthDeviceMftTest, ACameraWithoutCalibrationWorksWithoutRecords)
     auto configuration = DepthServer::SteppedTarnDepth();
     configuration.calibrationTable.clear();
     DepthServer server(configuration);
-    ASSERT_HR(S_OK, server.initialized);
-    EXPECT_TRUE(IntrinsicsOf(server, kDepth).empty());
+    EXPECT_EQ("", ModelsOf(server, kDepth));
     ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
     EXPECT_EQ(1u, server.StepAndCollect(kDepth, 1).size());
 }
@@ -132,36 +102,13 @@ TEST(TarnDepthDeviceMftTest, AFilterWithTwoPinsIsRefused)
     auto configuration = DepthServer::SteppedTarnDepth();
     configuration.pins.push_back(configuration.pins.front());
     configuration.pins.back().streamId = 1;
-    const TestFrameServer server(MakeCom<mft_core::TarnDepthDeviceMft>(), MakeCom<SimulatedCamera>(configuration));
+    const DepthServer server(configuration);
     EXPECT_HR(E_FAIL, server.initialized);
-}
-
-TEST(TarnDepthDeviceMftTest, PrivatePropertiesAreServedAndOthersReachTheCamera)
-{
-    DepthServer server;
-    ASSERT_HR(S_OK, server.initialized);
-    KSPROPERTY_TARN_API_VERSION version{9, 9};
-    EXPECT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_API_VERSION,
-                                        KSPROPERTY_TYPE_GET, &version, sizeof(version)));
-    EXPECT_EQ(7u, version.second);
-    EXPECT_EQ(0u, server.Preset());
-    struct
-    {
-        KSPROPERTY_TARN_HW_COMMAND command;
-        UINT32 answer[2];
-    } echo{{tarn_sim::kOpcodeEcho, 8, 11, 22, 33, 44}, {}};
-    EXPECT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND,
-                                        KSPROPERTY_TYPE_GET, &echo, sizeof(echo)));
-    EXPECT_EQ(22u, echo.answer[1]);
-    BYTE laser = 7;
-    EXPECT_HR(S_OK, server.SendProperty(KSPROPERTYSETID_TARN_DEPTH_CONTROL, tarn_sim::kControlLaserPower,
-                                        KSPROPERTY_TYPE_SET, &laser, sizeof(laser)));
-    EXPECT_EQ(7, server.camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
 }
 
 TEST(TarnDepthDeviceMftTest, AFirmwareErrorIsTracedWhenTheCameraSignalsIt)
 {
-    const tarn_test::TraceText trace;
+    const tarn_test::TraceLines trace;
     DepthServer server;
     ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
     server.camera->Controls().SetErrorCode(TARN_FIRMWARE_ERROR_LASER_CURRENT);
@@ -174,7 +121,7 @@ TEST(TarnDepthDeviceMftTest, AHealthySessionTracesNoError)
     const tarn_test::TraceLines errors(mft_utils::TraceLevel::Error);
     {
         DepthServer server;
-        EXPECT_EQ(nullptr, server.FindType(kInfrared, 1, 1, 1)); // looked at every type
+        EXPECT_EQ(nullptr, server.FindType(kInfrared, {1, 1, 1})); // looked at every type
         ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
         ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 30));
         server.StepAndCollect(kInfrared, 3);
@@ -192,25 +139,59 @@ TEST(TarnDepthDeviceMftTest, AHealthySessionTracesNoError)
     EXPECT_EQ(std::vector<std::string>{}, errors.Texts());
 }
 
+TEST(TarnDepthDeviceMftTest, ShutdownComesWhileTheCameraStillAnswersAnApplication)
+{
+    struct
+    {
+        KSPROPERTY_TARN_HW_COMMAND command;
+        UINT32 answer[2];
+    } echo{{tarn_sim::kOpcodeEcho, 8, 11, 22, 33, 44}, {}};
+    BYTE laser = 7;
+    UINT32 preset = TARN_DEPTH_PRESET_CLOSE_UP; // takes many calls of the camera
+    const std::function<HRESULT(DepthServer &)> calls[] = {
+        [&](DepthServer &server) {
+            return server.SendProperty(KSPROPERTYSETID_TARN_DEPTH_CONTROL, tarn_sim::kControlLaserPower,
+                                       KSPROPERTY_TYPE_SET, &laser, sizeof(laser));
+        },
+        [&](DepthServer &server) {
+            return server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND,
+                                       KSPROPERTY_TYPE_GET, &echo, sizeof(echo));
+        },
+        [&](DepthServer &server) { return server.SetProperty(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS, preset); }};
+    for (const auto &call : calls)
+    {
+        SCOPED_TRACE(testing::Message() << "call " << &call - calls);
+        DepthServer server;
+        ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+        tarn_sim::FaultPlan plan;
+        plan.ksDelay = std::chrono::milliseconds(200);
+        plan.ksDelayedCall = 1;
+        server.camera->Faults().SetPlan(plan);
+        const auto arrived = [&] { return server.camera->Calls(tarn_sim::Method::KsProperty); };
+        const std::uint64_t before = arrived();
+        std::thread application([&] { EXPECT_HR(S_OK, call(server)); });
+        EXPECT_TRUE(tarn_test::WaitUntil([&] { return arrived() > before; }));
+        EXPECT_HR(S_OK, server.ShutDown());
+        application.join();
+        EXPECT_EQ(0u, server.camera->Ks().EventListenerCount());
+        EXPECT_EQ(&call != &calls[0], server.camera->Controls().ValueOf(tarn_sim::kControlLaserPower) != laser);
+    }
+    EXPECT_EQ(22u, echo.answer[1]);
+}
+
 TEST(TarnDepthDeviceMftTest, ATransformReleasedWithoutShutdownLeavesNothing)
 {
     for (const DWORD output : {kDepth, kInfrared}) // infrared for face login
     {
-        auto camera = MakeCom<SimulatedCamera>(DepthServer::SteppedTarnDepth());
+        const auto camera = MakeCom<SimulatedCamera>(DepthServer::SteppedTarnDepth());
         {
-            const ComPtr<IMFDeviceTransform> transform = MakeCom<mft_core::TarnDepthDeviceMft>();
-            ComPtr<IMFAttributes> filter;
-            ASSERT_HR(S_OK, MFCreateAttributes(&filter, 1));
-            ASSERT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
-                                               static_cast<IMFTransform *>(camera.Get())));
-            ASSERT_HR(S_OK, transform->InitializeTransform(filter.Get()));
-            ASSERT_HR(S_OK, tarn_test::DepthFrameServer::SetFaceLogin(transform, true));
-            ComPtr<IMFMediaType> type;
-            ASSERT_HR(S_OK, transform->GetOutputAvailableType(output, 0, &type));
-            ASSERT_HR(S_OK, transform->SetOutputStreamState(output, type.Get(), DeviceStreamState_Run, 0));
+            DepthServer server(camera);
+            ASSERT_HR(S_OK, server.SetFaceLogin(true));
+            ASSERT_HR(S_OK, server.Start(output));
             EXPECT_EQ(1u, camera->Ks().EventListenerCount());
             EXPECT_EQ(output == kDepth, LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT) ==
                                             camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
+            server.isShutDown = true; // as far as the server cares
         }
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
         EXPECT_EQ(0u, camera->Ks().EventListenerCount());

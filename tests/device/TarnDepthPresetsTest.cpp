@@ -9,7 +9,7 @@
 using mft_core::DepthPreset;
 using mft_core::TarnDepthPresets;
 using tarn_test::DepthCamera;
-using tarn_test::TraceText;
+using tarn_test::TraceLines;
 using Types = TarnDepthPresets::PresetTypes;
 
 namespace
@@ -104,7 +104,7 @@ TEST_F(TarnDepthPresetsTest, AFailureAtAnyStepLeavesTheFormerPresetInForce)
         std::uint32_t failing = 1;
         for (;; ++failing)
         {
-            const TraceText trace;
+            const TraceLines trace;
             device.FailKsCall(failing);
             const HRESULT result = presets->ApplyPreset(next);
             if (SUCCEEDED(result))
@@ -126,7 +126,7 @@ TEST_F(TarnDepthPresetsTest, AFailureAtAnyStepLeavesTheFormerPresetInForce)
 TEST_F(TarnDepthPresetsTest, ACameraThatTakesNothingAnyMoreIsReported)
 {
     ASSERT_HR(S_OK, presets->Init());
-    const TraceText trace;
+    const TraceLines trace;
     device.FailKsCall(3, true);
 
     EXPECT_HR(E_ABORT, presets->ApplyPreset(Types::LOW_POWER));

@@ -1,9 +1,10 @@
 // Differential fuzzing of the kernels: bytes become one call, which every instruction set must answer alike.
-#include "tests/fuzz/KernelFuzz.h"
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 #include "kernels/InstructionSet.h"
-
-#include <cstring>
+#include "tests/kernels/KernelCase.h"
 
 namespace mft_kernels
 {
@@ -37,8 +38,8 @@ class Reader
     const std::uint8_t *next;
     std::size_t left;
 };
-} // namespace
 
+// Any bytes make a valid call.
 KernelCase DecodeKernelCase(const std::uint8_t *bytes, std::size_t count)
 {
     Reader reader(bytes, count);
@@ -62,17 +63,22 @@ KernelCase DecodeKernelCase(const std::uint8_t *bytes, std::size_t count)
     return c;
 }
 
-std::string FuzzKernels(const std::uint8_t *bytes, std::size_t count)
+} // namespace
+} // namespace mft_kernels
+
+// Entry point of the seeded driver and of the coverage-guided fuzzer.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t count)
 {
+    using namespace mft_kernels;
     const KernelCase c = DecodeKernelCase(bytes, count);
     for (const std::string_view name : SupportedInstructionSets())
     {
-        std::string difference = name == "scalar" ? std::string() : CompareWithScalar(c, name);
+        const std::string difference = name == "scalar" ? std::string() : CompareWithScalar(c, name);
         if (!difference.empty())
         {
-            return std::string(name) + ": " + difference;
+            std::fprintf(stderr, "%s: %s\n", std::string(name).c_str(), difference.c_str());
+            std::abort();
         }
     }
-    return {};
+    return 0;
 }
-} // namespace mft_kernels

@@ -9,6 +9,7 @@
 #include <memory>
 #include <random>
 
+#include "core/PassThroughDeviceMft.h"
 #include "device/properties/FaceAuthKsPropertyHandler.h"
 #include "device/properties/TarnApiVersion.h"
 #include "device/properties/TarnConfidenceMapConfig.h"
@@ -24,7 +25,6 @@
 #include "tarn/tarn_dmft.h"
 #include "tests/kernels/GuardedMemory.h"
 #include "tests/ks/FakeFilter.h"
-#include "tests/ks/TestDevice.h"
 #include "trace/DebugTraceSink.h"
 #include "base/UniqueHandle.h"
 
@@ -221,7 +221,7 @@ class Fuzzer
     mft_kernels::GuardedMemory returnedPage{sizeof(ULONG)};
     user_space_frameworks::UniqueHandle event{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
     ComPtr<tarn_test::FakeFilter> filter = MakeCom<tarn_test::FakeFilter>();
-    ComPtr<tarn_test::TestDevice> device = MakeCom<tarn_test::TestDevice>();
+    ComPtr<PassThroughDeviceMft> device = MakeCom<PassThroughDeviceMft>("Test device");
     std::shared_ptr<FaceAuthState> faceAuth = std::make_shared<FaceAuthState>();
     std::shared_ptr<OneShotKsEventHandler> oneShot =
         std::make_shared<OneShotKsEventHandler>(kEventSet, 0, "one shot", nullptr);

@@ -1,13 +1,17 @@
 #include "ks/KsControlsDispatcher.h"
 
+#include <atomic>
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
+#include "core/PassThroughDeviceMft.h"
 #include "ks/CompleteSetPropsHandler.h"
+#include "ks/KsControlsProxy.h"
 #include "ks/PassthroughKsHandlers.h"
 #include "tests/ks/FakeFilter.h"
-#include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"
 #include "base/ComObject.h"
 
@@ -62,6 +66,25 @@ class Journal : public IKsControlsObserver
     }
 };
 
+// Checks that every entry it hears has its exit.
+class PairingObserver : public IKsControlsObserver
+{
+  public:
+    void OnKsControlEntry(KsControlType, const KSIDENTIFIER *, ULONG, const void *, ULONG, const ULONG *) override
+    {
+        ++open;
+    }
+    void OnKsControlExit(KsControlType, const KSIDENTIFIER *, ULONG, const void *, ULONG, const ULONG *,
+                         HRESULT) override
+    {
+        --open;
+        ++calls;
+    }
+
+    std::atomic<int> open{0};
+    std::atomic<int> calls{0};
+};
+
 class ThrowingObserver : public IKsControlsObserver
 {
     void OnKsControlEntry(KsControlType, const KSIDENTIFIER *, ULONG, const void *, ULONG, const ULONG *) override
@@ -83,7 +106,7 @@ class KsControlsDispatcherTest : public testing::Test
         return device->RegisterKsPropertyHandler(std::make_shared<NumberHandler>(set, id, answer));
     }
 
-    ComPtr<TestDevice> device = MakeCom<TestDevice>();
+    ComPtr<PassThroughDeviceMft> device = MakeCom<PassThroughDeviceMft>("Test device");
     ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
 };
 
@@ -118,11 +141,12 @@ TEST_F(KsControlsDispatcherTest, FirstMatchServesWhateverTheFlags)
     EXPECT_HR(11, Property(kTestSet, 1));
 }
 
-TEST_F(KsControlsDispatcherTest, DefaultHandlersPassEverythingOnUnchanged)
+TEST_F(KsControlsDispatcherTest, DefaultHandlersAndTheProxyPassEverythingOnUnchanged)
 {
     ASSERT_HR(S_OK, device->RegisterKsPropertyDefaultHandler(std::make_shared<PassthroughKsPropsHandler>(filter)));
     ASSERT_HR(S_OK, device->RegisterKsMethodDefaultHandler(std::make_shared<PassthroughKsMethodsHandler>(filter)));
     ASSERT_HR(S_OK, device->RegisterKsEventDefaultHandler(std::make_shared<PassthroughKsEventsHandler>(filter)));
+    const auto proxy = MakeCom<KsControlsProxy>(filter); // passes all calls on without a handler
     KSP_NODE request{};
     request.Property = MakeRequest(kTestSet, 5, KSPROPERTY_TYPE_GET | KSPROPERTY_TYPE_TOPOLOGY);
     request.NodeId = 9;
@@ -131,25 +155,32 @@ TEST_F(KsControlsDispatcherTest, DefaultHandlersPassEverythingOnUnchanged)
 
     for (const HRESULT result : {S_OK, S_FALSE, E_ACCESSDENIED, kBareSetNotFound})
     {
-        filter->Forget();
         filter->answer = [&](const FilterCall &) { return result; };
-        EXPECT_HR(result, device->KsProperty(&request.Property, sizeof(request), data, 3, &returned));
-        EXPECT_HR(result, device->KsMethod(&request.Property, sizeof(request), data, 3, nullptr));
-        EXPECT_HR(result, device->KsEvent(&request.Property, sizeof(request), nullptr, 0, &returned));
+        for (IKsControl *const face : {static_cast<IKsControl *>(device.Get()), static_cast<IKsControl *>(proxy.Get())})
+        {
+            filter->Forget();
+            EXPECT_HR(result, face->KsProperty(&request.Property, sizeof(request), data, 3, &returned));
+            EXPECT_HR(result, face->KsMethod(&request.Property, sizeof(request), data, 3, nullptr));
+            EXPECT_HR(result, face->KsEvent(&request.Property, sizeof(request), nullptr, 0, &returned));
+            const auto calls = filter->Calls();
+            ASSERT_EQ(3u, calls.size());
+            for (const FilterCall &call : calls)
+            {
+                EXPECT_EQ(&call - calls.data(), static_cast<int>(call.kind));
+                EXPECT_EQ(0, std::memcmp(&request, &call.request, sizeof(request)));
+                EXPECT_EQ(sizeof(request), call.requestLength);
+            }
+            EXPECT_EQ(data, calls[0].data);
+            EXPECT_EQ(3u, calls[1].dataLength);
+            EXPECT_EQ(nullptr, calls[2].data);
+            EXPECT_EQ(&returned, calls[0].bytesReturned);
+            EXPECT_EQ(nullptr, calls[1].bytesReturned);
+        }
     }
-    const auto calls = filter->Calls();
-    ASSERT_EQ(3u, calls.size());
-    for (const FilterCall &call : calls)
-    {
-        EXPECT_EQ(&call - calls.data(), static_cast<int>(call.kind));
-        EXPECT_EQ(0, std::memcmp(&request, &call.request, sizeof(request)));
-        EXPECT_EQ(sizeof(request), call.requestLength);
-    }
-    EXPECT_EQ(data, calls[0].data);
-    EXPECT_EQ(3u, calls[1].dataLength);
-    EXPECT_EQ(nullptr, calls[2].data);
-    EXPECT_EQ(&returned, calls[0].bytesReturned);
-    EXPECT_EQ(nullptr, calls[1].bytesReturned);
+    filter->Forget();
+    EXPECT_HR(kBareSetNotFound, proxy->KsEvent(nullptr, 0, data, 2, nullptr)); // the last answer
+    EXPECT_FALSE(filter->Calls().front().hasIdentifier);
+    EXPECT_HR(E_POINTER, MakeCom<KsControlsProxy>(nullptr)->KsEvent(nullptr, 0, data, 2, &returned));
 }
 
 TEST_F(KsControlsDispatcherTest, IdentifiersThatCannotBeReadAreRefusedSilently)
@@ -199,4 +230,38 @@ TEST_F(KsControlsDispatcherTest, ObserversHearEntryAndExitInOrder)
     EXPECT_HR(kNotFound, device->UnregisterKsControlsObserver(journal));
     EXPECT_HR(E_FAIL, Property(kTestSet, 2));
     EXPECT_EQ("", journal->text);
+}
+
+TEST_F(KsControlsDispatcherTest, ObserversComeAndGoWhileCallsRun)
+{
+    const auto proxy = MakeCom<KsControlsProxy>(filter);
+    std::atomic<bool> done{false};
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 3; ++caller)
+    {
+        callers.emplace_back([&] {
+            KSIDENTIFIER request = MakeRequest(kTestSet, 1, 2);
+            while (!done)
+            {
+                proxy->KsProperty(&request, sizeof(request), nullptr, 0, nullptr);
+            }
+        });
+    }
+    int heard = 0;
+    for (int round = 0; round < 50; ++round)
+    {
+        const auto observer = std::make_shared<PairingObserver>();
+        EXPECT_HR(S_OK, proxy->RegisterKsControlsObserver(observer));
+        heard += WaitUntil([&] { return observer->calls > 0; });
+        EXPECT_HR(S_OK, proxy->UnregisterKsControlsObserver(observer));
+        WaitUntil([&] { return observer.use_count() == 1; });
+        EXPECT_EQ(0, observer->open); // what was told of an entry was told of the exit
+        filter->Forget();
+    }
+    done = true;
+    for (auto &caller : callers)
+    {
+        caller.join();
+    }
+    EXPECT_EQ(50, heard);
 }

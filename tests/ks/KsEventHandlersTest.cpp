@@ -1,10 +1,10 @@
 #include <memory>
 
+#include "core/PassThroughDeviceMft.h"
 #include "ks/OneShotKsEventHandler.h"
 #include "ks/RegularKsEventHandler.h"
 #include "tests/ks/FakeFilter.h"
 #include "tests/support/HandleCount.h"
-#include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"
 #include "base/ComObject.h"
 #include "base/UniqueHandle.h"
@@ -114,7 +114,7 @@ TEST_F(KsEventHandlersTest, RegularEndsWithItsSignalOrItsReset)
 
 TEST_F(KsEventHandlersTest, NullEventReachesTheFirstHandlerThatKnowsTheAddress)
 {
-    const auto device = MakeCom<TestDevice>();
+    const auto device = MakeCom<PassThroughDeviceMft>("Test device");
     const auto oneShot = std::make_shared<OneShotKsEventHandler>(kTestSet, 1, "one shot", nullptr);
     const auto regular = std::make_shared<ResettableHandler>(kTestSet, 2, "regular", nullptr);
     ASSERT_HR(S_OK, device->RegisterKsEventHandler(oneShot));

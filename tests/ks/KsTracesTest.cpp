@@ -1,11 +1,9 @@
 // Texts of the trace that support tools search for.
-#include <algorithm>
-
+#include "core/PassThroughDeviceMft.h"
 #include "device/properties/TarnHwCommandKsPropertyHandler.h"
 #include "ks/PassthroughKsHandlers.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/ks/FakeFilter.h"
-#include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"
 #include "tests/trace/TraceLines.h"
 
@@ -16,7 +14,7 @@ using user_space_frameworks::MakeCom;
 TEST(KsTracesTest, CallsAreDumpedAndFailedStepsAreNamedAsWritten)
 {
     const TraceLines trace;
-    const auto device = MakeCom<TestDevice>();
+    const auto device = MakeCom<PassThroughDeviceMft>("Test device");
     const auto filter = MakeCom<FakeFilter>();
     ASSERT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<TarnHwCommandKsPropertyHandler>(nullptr)));
     ASSERT_HR(S_OK, device->RegisterKsPropertyDefaultHandler(std::make_shared<PassthroughKsPropsHandler>(filter)));
@@ -45,8 +43,6 @@ TEST(KsTracesTest, CallsAreDumpedAndFailedStepsAreNamedAsWritten)
           "CheckLength(ulDataLength,(headerSize + hwCommand->bufferLength), *pBytesReturned)",
           "hwCommand is nullptr, expected valid pointer"})
     {
-        EXPECT_TRUE(std::any_of(trace.lines.begin(), trace.lines.end(), [&](const std::string &line) {
-            return line.find(part) != std::string::npos;
-        })) << part;
+        EXPECT_TRUE(trace.Contains(part)) << part;
     }
 }

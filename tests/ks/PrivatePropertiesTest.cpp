@@ -5,6 +5,7 @@
 
 #include "platform/ExtendedCameraControl.h"
 
+#include "core/PassThroughDeviceMft.h"
 #include "device/properties/FaceAuthKsPropertyHandler.h"
 #include "device/properties/TarnApiVersion.h"
 #include "device/properties/TarnConfidenceMapConfig.h"
@@ -12,7 +13,6 @@
 #include "ks/FirmwareCommandPipe.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/ks/FakeFilter.h"
-#include "tests/ks/TestDevice.h"
 #include "tests/support/Expect.h"
 #include "base/ComObject.h"
 
@@ -77,7 +77,7 @@ class PrivatePropertiesTest : public testing::Test
         return block;
     }
 
-    ComPtr<TestDevice> device = MakeCom<TestDevice>();
+    ComPtr<PassThroughDeviceMft> device = MakeCom<PassThroughDeviceMft>("Test device");
     ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
     std::shared_ptr<FaceAuthState> faceAuth = std::make_shared<FaceAuthState>();
     std::shared_ptr<FaceAuthKsPropertyHandler> faceAuthHandler = std::make_shared<FaceAuthKsPropertyHandler>(faceAuth);

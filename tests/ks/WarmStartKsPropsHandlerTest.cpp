@@ -1,5 +1,6 @@
 #include "ks/WarmStartKsPropsHandler.h"
 
+#include <algorithm>
 #include <array>
 
 #include "platform/ExtendedCameraControl.h"
@@ -24,9 +25,10 @@ TEST(WarmStartKsPropsHandlerTest, EveryRowOfItsTable)
         HRESULT result;
         ULONG returned;
     } rows[] = {
-        {kGet, true, 0, 0, kMoreData, 40},    {kGet, true, 39, 0, kMoreData, 0}, {kGet, false, 40, 0, S_OK, 0},
-        {kGet, true, 40, 0, S_OK, 40},        {kGet, true, 41, 0, S_OK, 40},     {kSet, true, 0, 0, kMoreData, 40},
-        {kSet, true, 39, 0, kMoreData, 0},    {kSet, false, 40, 0, S_OK, 0},     {kSet, true, 40, 0, S_OK, 16},
+        {kGet, true, 0, 0, kMoreData, 40},    {kGet, true, 39, 0, kMoreData, 0},
+        {kGet, false, 40, 0, S_OK, 0},        {kGet, true, 41, 0, S_OK, 40},
+        {kSet, true, 0, 0, kMoreData, 40},    {kSet, true, 39, 0, kMoreData, 0},
+        {kSet, false, 40, 0, S_OK, 0},        {kSet, true, 40, 0, S_OK, 16},
         {kSet, true, 40, 1, E_INVALIDARG, 0}, // switching it on
         {kSet, true, 40, 2, S_OK, 16},        // only the lowest bit counts
         {kSet | kGet, true, 40, 0, S_OK, 16}, // a set first of all
@@ -55,8 +57,8 @@ TEST(WarmStartKsPropsHandlerTest, GetFillsTheHeaderAndLeavesTheCallersFields)
     ULONG returned = 0;
     ASSERT_HR(S_OK, handler.Run(&request, sizeof(request), data.data(), 41, &returned));
 
-    const std::array<BYTE, 41> expected = {1, 0, 0, 0,    0xEE, 0xEE, 0xEE, 0xEE, 40,   0,    0,    0,    0,   0,
-                                           0, 0, 0, 0,    0,    0,    0,    0,    0,    0,    0,    0,    0,   0,
-                                           0, 0, 0, 0x80, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
+    std::array<BYTE, 41> expected{1, 0, 0, 0, 0xEE, 0xEE, 0xEE, 0xEE, 40};
+    expected[31] = 0x80;
+    std::fill(expected.begin() + 32, expected.end(), BYTE{0xEE});
     EXPECT_EQ(expected, data);
 }

@@ -3,13 +3,17 @@
 
 #include "platform/CameraAttributes.h"
 #include "platform/DeviceTransform.h"
+#include "platform/RealTimeClientEx.h"
 
 #include <map>
 #include <vector>
 
 #include "sim/SimulatedCamera.h"
-#include "tests/support/Expect.h"
 #include "tests/support/GiveInput.h"
+#include "tests/support/OwnWork.h"
+#include "tests/support/Samples.h"
+#include "tools/frameserver/FrameFormat.h"
+#include "tools/frameserver/WorkQueue.h"
 #include "base/TakeReference.h"
 
 namespace tarn_test
@@ -23,29 +27,31 @@ class TestFrameServer : public tarn_sim::IFrameSink
     TestFrameServer(ComPtr<IMFDeviceTransform> deviceTransform, ComPtr<tarn_sim::SimulatedCamera> simulatedCamera)
         : transform(std::move(deviceTransform)), camera(std::move(simulatedCamera))
     {
-        EXPECT_HR(S_OK, transform.As(&events));
         ComPtr<IMFAttributes> filter;
-        EXPECT_HR(S_OK, MFCreateAttributes(&filter, 1));
-        EXPECT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
-                                           static_cast<IMFTransform *>(camera.Get())));
+        {
+            const OwnWork own;
+            ComPtr<IMFRealTimeClientEx> client;
+            EXPECT_HR(S_OK, transform.As(&client));
+            EXPECT_HR(S_OK, client->SetWorkQueueEx(workQueue.Id(), 0));
+            EXPECT_HR(S_OK, transform.As(&events));
+            EXPECT_HR(S_OK, MFCreateAttributes(&filter, 1));
+            EXPECT_HR(S_OK, filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL,
+                                               static_cast<IMFTransform *>(camera.Get())));
+            camera->Pins().SetFrameSink(this);
+        }
         initialized = transform->InitializeTransform(filter.Get());
-        camera->Pins().SetFrameSink(this);
     }
 
     // Shuts down and lets go of both; nobody else may hold the transform then.
     ~TestFrameServer() override
     {
+        const OwnWork own;
         camera->Pins().SetFrameSink(nullptr);
         camera->Pins().StopAll();
-        ComPtr<IMFShutdown> shutdown;
-        EXPECT_HR(S_OK, transform.As(&shutdown));
-        MFSHUTDOWN_STATUS status = MFSHUTDOWN_INITIATED;
-        shutdown->GetShutdownStatus(&status);
-        if (status != MFSHUTDOWN_COMPLETED)
+        if (!isShutDown)
         {
-            EXPECT_HR(S_OK, shutdown->Shutdown());
+            EXPECT_HR(S_OK, ShutDown());
         }
-        shutdown.Reset();
         events.Reset();
         EXPECT_REFS(transform, 1);
     }
@@ -56,6 +62,14 @@ class TestFrameServer : public tarn_sim::IFrameSink
     void OnFrame(DWORD streamId, IMFSample *sample) override
     {
         EXPECT_HR(S_OK, GiveInput(transform, streamId, sample));
+    }
+
+    HRESULT ShutDown()
+    {
+        ComPtr<IMFShutdown> shutdown;
+        EXPECT_HR(S_OK, transform.As(&shutdown));
+        isShutDown = true;
+        return shutdown->Shutdown();
     }
 
     // Answers every event that is queued now.
@@ -80,6 +94,7 @@ class TestFrameServer : public tarn_sim::IFrameSink
             }
             else if (IsEqualGUID(extendedType, MEDeviceStreamCreated))
             {
+                const OwnWork own;
                 ++createdEvents[streamId];
             }
         }
@@ -92,20 +107,44 @@ class TestFrameServer : public tarn_sim::IFrameSink
         return type;
     }
 
-    HRESULT Start(DWORD streamId, DWORD typeIndex = 0)
+    // The output's type of that size and rate; null when it has none.
+    ComPtr<IMFMediaType> FindType(DWORD output, const tarn_host::VideoSize &size)
     {
-        const HRESULT result =
-            transform->SetOutputStreamState(streamId, OutputType(streamId, typeIndex).Get(), DeviceStreamState_Run, 0);
+        const OwnWork own;
+        ComPtr<IMFMediaType> type;
+        for (DWORD index = 0; SUCCEEDED(transform->GetOutputAvailableType(output, index, &type)); ++index)
+        {
+            if (tarn_host::FrameFormat::Of(*type.Get()).size == size)
+            {
+                return type;
+            }
+            type.Reset();
+        }
+        return nullptr;
+    }
+
+    HRESULT Change(DWORD output, const ComPtr<IMFMediaType> &type, DeviceStreamState state)
+    {
+        const HRESULT result = transform->SetOutputStreamState(output, type.Get(), state, 0);
         Pump();
         return result;
     }
-
-    HRESULT Stop(DWORD streamId)
+    HRESULT Start(DWORD output, DWORD typeIndex = 0)
     {
-        const HRESULT result =
-            transform->SetOutputStreamState(streamId, OutputType(streamId).Get(), DeviceStreamState_Stop, 0);
-        Pump();
-        return result;
+        return Change(output, OutputType(output, typeIndex), DeviceStreamState_Run);
+    }
+    HRESULT Run(DWORD output, UINT32 width, UINT32 height, UINT32 fps)
+    {
+        return Change(output, FindType(output, {width, height, fps}), DeviceStreamState_Run);
+    }
+    HRESULT Stop(DWORD output)
+    {
+        ComPtr<IMFMediaType> type;
+        {
+            const OwnWork own;
+            type = OutputType(output);
+        }
+        return Change(output, type, DeviceStreamState_Stop);
     }
 
     // Null when nothing is ready.
@@ -130,14 +169,51 @@ class TestFrameServer : public tarn_sim::IFrameSink
         return samples;
     }
 
+    std::vector<ComPtr<IMFSample>> WaitForSamples(DWORD output, std::size_t count)
+    {
+        std::vector<ComPtr<IMFSample>> samples;
+        EXPECT_TRUE(WaitUntil([&] {
+            for (auto &sample : CollectAll(output))
+            {
+                samples.push_back(sample);
+            }
+            return samples.size() >= count;
+        })) << samples.size()
+            << " of " << count << " samples";
+        Pump();
+        return samples;
+    }
+
+    // Has the camera deliver frames and waits for as many samples of the output.
+    std::vector<ComPtr<IMFSample>> StepAndCollect(DWORD output, std::uint32_t frames)
+    {
+        EXPECT_HR(S_OK, camera->Pins().Step(0, frames));
+        return WaitForSamples(output, frames);
+    }
+
     DeviceStreamState OutputState(DWORD streamId)
     {
+        const OwnWork own;
         DeviceStreamState state = DeviceStreamState_Disabled;
         EXPECT_HR(S_OK, transform->GetOutputStreamState(streamId, &state));
         return state;
     }
 
+    HRESULT SendProperty(const GUID &set, ULONG id, ULONG flags, void *data, ULONG size)
+    {
+        ComPtr<IKsControl> control;
+        EXPECT_HR(S_OK, transform.As(&control));
+        KSPROPERTY property{};
+        property.Set = set;
+        property.Id = id;
+        property.Flags = flags;
+        ULONG returned = 0;
+        return control->KsProperty(&property, sizeof(property), data, size, &returned);
+    }
+
+    tarn_host::WorkQueue workQueue; // goes last: frames may need it until the shutdown
     HRESULT initialized = E_FAIL;
+    bool isShutDown = false;
     ComPtr<IMFDeviceTransform> transform;
     ComPtr<tarn_sim::SimulatedCamera> camera;
     ComPtr<IMFMediaEventGenerator> events;
@@ -145,13 +221,17 @@ class TestFrameServer : public tarn_sim::IFrameSink
     std::map<UINT32, int> createdEvents;
 
   private:
+    // A transform that fails to tell goes on as it is.
     void FollowPreferredState(UINT32 streamId)
     {
         DeviceStreamState state = DeviceStreamState_Stop;
         ComPtr<IMFMediaType> type;
-        EXPECT_HR(S_OK, transform->GetInputStreamPreferredState(streamId, &state, &type));
-        EXPECT_HR(S_OK, transform->SetInputStreamState(streamId, type.Get(), state, 0));
-        EXPECT_HR(S_OK, camera->Pins().SetPinState(streamId, state, type.Get()));
+        if (SUCCEEDED(transform->GetInputStreamPreferredState(streamId, &state, &type)))
+        {
+            EXPECT_HR(S_OK, transform->SetInputStreamState(streamId, type.Get(), state, 0));
+            const OwnWork own;
+            EXPECT_HR(S_OK, camera->Pins().SetPinState(streamId, state, type.Get()));
+        }
     }
 };
 
@@ -168,13 +248,6 @@ inline ComPtr<tarn_sim::SimulatedCamera> SteppedCamera(std::size_t pins = 1)
         configuration.pins.push_back(pin);
     }
     return user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(configuration);
-}
-
-inline LONGLONG TimeOf(const ComPtr<IMFSample> &sample)
-{
-    LONGLONG time = -1;
-    EXPECT_HR(S_OK, sample->GetSampleTime(&time));
-    return time;
 }
 
 } // namespace tarn_test

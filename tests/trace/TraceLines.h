@@ -1,6 +1,7 @@
 // Collects the lines of the debug sink for as long as it lives.
 #pragma once
 
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,9 @@ class TraceLines
     {
         mft_utils::DebugTraceSink::Instance().SetCallback(
             [](void *context, mft_utils::TraceLevel, const char *line) {
-                static_cast<TraceLines *>(context)->lines.emplace_back(line);
+                auto *const self = static_cast<TraceLines *>(context);
+                const std::scoped_lock guard(self->lock);
+                self->lines.emplace_back(line);
             },
             this, level);
     }
@@ -30,6 +33,7 @@ class TraceLines
     // What follows time, thread and level: "function: text" or "event name ...".
     std::vector<std::string> Texts() const
     {
+        const std::scoped_lock guard(lock);
         std::vector<std::string> texts;
         for (const std::string &line : lines)
         {
@@ -40,8 +44,23 @@ class TraceLines
         }
         return texts;
     }
+    bool Contains(const std::string &part) const
+    {
+        const std::scoped_lock guard(lock);
+        for (const std::string &line : lines)
+        {
+            if (line.find(part) != std::string::npos)
+            {
+                return true;
+            }
+        }
+        return false;
+    }
 
-    std::vector<std::string> lines;
+    std::vector<std::string> lines; // of one thread: under no lock
+
+  private:
+    mutable std::mutex lock;
 };
 
 } // namespace tarn_test
