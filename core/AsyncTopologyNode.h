@@ -64,7 +64,7 @@ class AsyncTopologyNode : public ITopologyNode,
     user_space_frameworks::ConditionVariable idle;
     std::uint32_t queuedItems TARN_GUARDED_BY(lock) = 0;
     std::uint32_t flushing TARN_GUARDED_BY(lock) = 0; // flushes under way
-    bool handingOn TARN_GUARDED_BY(lock) = false; // some thread is in HandOnOneMore
+    bool handingOn TARN_GUARDED_BY(lock) = false;     // some thread is in HandOnOneMore
     // In order of arrival; a list: emptying it needs no memory.
     std::list<ComPtr<IMFSample>> pending TARN_GUARDED_BY(lock);
     std::size_t ready TARN_GUARDED_BY(lock) = 0; // of the pending, from the front, those whose item has come

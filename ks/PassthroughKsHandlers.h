@@ -25,7 +25,8 @@ class PassthroughKsHandler : public Call::Base
                 ULONG *bytesReturned) override
     {
         CHECK_POINTER(myKsControl);
-        const HRESULT result = (myKsControl.Get()->*Call::kMethod)(request, requestLength, data, dataLength, bytesReturned);
+        const HRESULT result =
+            (myKsControl.Get()->*Call::kMethod)(request, requestLength, data, dataLength, bytesReturned);
         CHECK_HR_AS(Call::kText, result);
         return result;
     }

@@ -18,11 +18,8 @@ HRESULT PrintRetOnHResultErrorMessage_LM_DMFT_COMMON(const char *prettyFunction,
 
         TraceText text;
         text.AppendFormat("%s failed, hr 0x%08lX", expression, static_cast<unsigned long>(result));
-        WriteToTraceChannels({level,
-                              TraceMessageId::CheckFailure,
-                              function.Text(),
-                              text.Text(),
-                              {function.Text(), expression, result}});
+        WriteToTraceChannels(
+            {level, TraceMessageId::CheckFailure, function.Text(), text.Text(), {function.Text(), expression, result}});
     }
     return result;
 }

@@ -29,7 +29,8 @@ TEST(FirmwareTest, EchoesDataUpToTheBlocksEndAndRefusesWhatIsNoCommand)
     ULONG returned = 0;
     std::uint32_t echo = 0;
     const auto transfer = [&](ULONG flags, void *data, ULONG length = 1024) {
-        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlCommand, flags, data, length, &returned);
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlCommand, flags, data, length,
+                            &returned);
     };
     // The data of the answer behind the echoed opcode, which becomes `echo`.
     const auto execute = [&](Bytes block) -> Bytes {

@@ -78,8 +78,8 @@ TEST_F(KsFilterTest, KeepsAValueOnlyWithinItsRange)
     // Granularity of the color unit goes in steps of two from two.
     camera = MakeCamera(CameraConfiguration::TarnColor());
     const auto setGranularity = [&](std::uint8_t granularity) {
-        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_COLOR_CONTROL, kControlExposureGranularity, kSet, &granularity, 1,
-                            &returned, 2);
+        return NodeProperty(*camera.Get(), KSPROPERTYSETID_TARN_COLOR_CONTROL, kControlExposureGranularity, kSet,
+                            &granularity, 1, &returned, 2);
     };
     EXPECT_HR(S_OK, setGranularity(12));
     EXPECT_HR(E_INVALIDARG, setGranularity(13));

@@ -61,8 +61,8 @@ struct StreamReport
     std::vector<PinReport> pins;
     SessionCounters events;
     std::chrono::microseconds processorTime{}; // of the whole process, camera and frame server too, while it streamed
-    bool stalled = false;     // The run was given up because no frame came any more.
-    bool interrupted = false; // Ctrl-C came before its end.
+    bool stalled = false;                      // The run was given up because no frame came any more.
+    bool interrupted = false;                  // Ctrl-C came before its end.
     Leftovers leftovers;
 
     // Of each frame that the camera delivered; 0 without any.
