@@ -2,6 +2,8 @@
 // some beyond the transform. TARN_SOAK_FRAMES=n makes the runs as long.
 #include <windows.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <deque>
 #include <random>
@@ -63,14 +65,23 @@ struct HeldFrame
     }
 };
 
-SIZE_T PrivateBytes()
+// What blocks of a page and more hold. Committed memory is no measure here: this platform keeps a small block of every
+// work item until its queue is closed, and these scatter the heap.
+SIZE_T HeldBytes()
 {
+    constexpr DWORD kPage = 4096;
     SIZE_T bytes = 0;
-    MEMORY_BASIC_INFORMATION region{};
-    for (const char *at = nullptr; VirtualQuery(at, &region, sizeof(region)) == sizeof(region);
-         at = static_cast<const char *>(region.BaseAddress) + region.RegionSize)
+    std::array<HANDLE, 64> heaps{}; // the C libraries have their own
+    const DWORD count = std::min<DWORD>(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()), 64);
+    for (DWORD i = 0; i < count; ++i)
     {
-        bytes += region.State == MEM_COMMIT && region.Type == MEM_PRIVATE ? region.RegionSize : 0;
+        PROCESS_HEAP_ENTRY block{};
+        HeapLock(heaps.at(i));
+        while (HeapWalk(heaps.at(i), &block))
+        {
+            bytes += (block.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 && block.cbData >= kPage ? block.cbData : 0;
+        }
+        HeapUnlock(heaps.at(i));
     }
     return bytes;
 }
@@ -160,16 +171,21 @@ TEST(FrameMemoryTest, FramesStayRightAndMemoryFlatWhileAConsumerKeepsSome)
         const auto camera = user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(configuration);
         std::optional<DepthServer> server(camera);
         std::optional<Consumer> consumer(std::in_place, *server, scenario);
-        SIZE_T warm = 0;
+        SIZE_T most = 0; // in the first half
+        SIZE_T mostLater = 0;
         for (int i = 0; i < frames && !HasFailure(); ++i)
         {
             consumer->Frame();
-            warm = i == frames / 4 ? PrivateBytes() : warm;
+            SIZE_T &half = i < frames / 2 ? most : mostLater;
+            if (i % 20 == 0)
+            {
+                half = std::max(half, HeldBytes());
+            }
         }
-        constexpr SIZE_T kSlack = std::size_t{16} << 20U; // stacks and heaps of other threads; 30 to 120 frames
-        EXPECT_LT(PrivateBytes(), warm + kSlack);
-        std::printf("%-12s %zu KB of private memory, %zu KB after a quarter of %d frames\n", scenario.name,
-                    PrivateBytes() / 1024, warm / 1024, frames);
+        constexpr SIZE_T kSlack = std::size_t{2} << 20U; // a frame or two more at the worst moment
+        EXPECT_LT(mostLater, most + kSlack);
+        std::printf("%-12s at most %zu KB held, %zu KB in the second half of %d frames\n", scenario.name, most / 1024,
+                    mostLater / 1024, frames);
 
         server.reset();
         consumer->CheckAll();
