@@ -3,6 +3,7 @@
 #include <atomic>
 #include <thread>
 
+#include "tarn/tarn_formats.h"
 #include "tests/conformance/RegisteredModule.h"
 #include "tests/device/SceneComparison.h"
 #include "base/ComObject.h"

@@ -2,6 +2,7 @@
 #include <numeric>
 
 #include "device/DepthPresetTable.h"
+#include "tarn/tarn_formats.h"
 #include "tests/device/DepthServer.h"
 #include "tests/device/SceneComparison.h"
 

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "device/DepthPresetTable.h"
+#include "tarn/tarn_formats.h"
 #include "tests/device/DepthModel.h"
 #include "tests/device/FlatScene.h"
 #include "tests/support/HandleCount.h"

@@ -7,6 +7,7 @@
 
 #include "device/DepthPresetTable.h"
 #include "tarn/firmware_errors.h"
+#include "tarn/tarn_formats.h"
 #include "tests/device/DepthServer.h"
 #include "tests/trace/TraceLines.h"
 

@@ -8,6 +8,7 @@
 
 #include "device/TarnColorDeviceMft.h"
 #include "sim/CameraRecords.h"
+#include "tarn/tarn_formats.h"
 #include "tests/device/DepthServer.h"
 #include "tools/command/CommandLine.h"
 #include "tools/ks/KsText.h"
