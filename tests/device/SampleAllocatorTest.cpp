@@ -179,9 +179,7 @@ TEST(SampleAllocatorTest, EachOutputTellsWhoseSamplesComeOut)
     EXPECT_EQ(MFSampleAllocatorUsage_DoesNotAllocate, usage);
     EXPECT_EQ(5u, input);
     EXPECT_HR(E_POINTER, control->GetAllocatorUsage(0, nullptr, &usage));
-    ComPtr<IMFShutdown> shutdown;
-    ASSERT_HR(S_OK, color.transform.As(&shutdown));
-    ASSERT_HR(S_OK, shutdown->Shutdown());
+    ASSERT_HR(S_OK, color.ShutDown());
     EXPECT_HR(MF_E_SHUTDOWN, control->GetAllocatorUsage(0, &input, &usage));
     EXPECT_HR(MF_E_SHUTDOWN, control->SetDefaultAllocator(0, PlatformAllocator().Get()));
 }

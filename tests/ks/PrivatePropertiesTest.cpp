@@ -148,6 +148,8 @@ TEST_F(PrivatePropertiesTest, ConfidenceMapAsksTheTransformAndAnswersItsState)
     std::uint32_t value = 0x80000000;
     EXPECT_HR(S_OK, Call(2, kSet, &value, 4));
     EXPECT_EQ(4u, returned);
+    confidenceMap->Set(true);
+    EXPECT_HR(S_OK, Call(2, kSet, &value, 4)); // as it is: the transform is not asked
     applyResult = E_UNEXPECTED;
     value = 0;
     EXPECT_HR(E_UNEXPECTED, Call(2, kSet, &value, 4));
