@@ -39,12 +39,12 @@ class BufferPool
         ComPtr<IMFMediaBuffer> buffer;
     };
 
-    // Both under the lock. What becomes `surplus` is for release without it.
-    ComPtr<IMFMediaBuffer> FindFree(DWORD lengthBytes, ComPtr<IMFMediaBuffer> &surplus) noexcept;
-    void Keep(Entry entry, ComPtr<IMFMediaBuffer> &surplus) noexcept;
+    // What becomes `surplus` is for release without the lock.
+    ComPtr<IMFMediaBuffer> FindFree(DWORD lengthBytes, ComPtr<IMFMediaBuffer> &surplus) noexcept TARN_REQUIRES(lock);
+    void Keep(Entry entry, ComPtr<IMFMediaBuffer> &surplus) noexcept TARN_REQUIRES(lock);
 
     user_space_frameworks::CriticalSection lock;
-    std::vector<Entry> entries; // guarded by lock; the last was handed out last; never grows beyond its capacity
+    std::vector<Entry> entries TARN_GUARDED_BY(lock); // the last was handed out last; never grows beyond its capacity
 };
 
 } // namespace mft_utils

@@ -117,8 +117,9 @@ HRESULT SampleAllocator::Allocate(IMFSample *source, IMFSample **sample)
     if (FAILED(taken) && taken != MF_E_NOT_INITIALIZED)
     {
         const std::scoped_lock guard(lock);
-        if (!std::exchange(hasTold, true))
+        if (!hasTold)
         {
+            hasTold = true;
             TRACE_ERROR("%s: no sample of the pipeline's allocator, own memory instead, hr 0x%08lX; said once",
                         name.c_str(), static_cast<unsigned long>(taken));
         }

@@ -35,20 +35,20 @@ class SampleAllocator
     HRESULT Allocate(IMFSample *source, IMFSample **sample);
 
   private:
-    HRESULT Initialize(); // all but Take under `changing`
-    void Prepare();
-    void LetGo();
+    HRESULT Initialize() TARN_REQUIRES(changing);
+    void Prepare() TARN_REQUIRES(changing);
+    void LetGo() TARN_REQUIRES(changing);
     // Makes it the one that frames use, null for none. Returns the former.
-    ComPtr<IMFVideoSampleAllocator> Publish(ComPtr<IMFVideoSampleAllocator> allocator);
+    ComPtr<IMFVideoSampleAllocator> Publish(ComPtr<IMFVideoSampleAllocator> allocator) TARN_REQUIRES(changing);
     HRESULT Take(IMFSample *source, IMFSample **sample) const;
 
     const std::string name;
     user_space_frameworks::CriticalSection changing; // taken before `lock`; no frame takes it
-    ComPtr<IMFVideoSampleAllocator> offered;         // guarded by changing
-    ComPtr<IMFMediaType> runningType;                // guarded by changing; null while the output stands still
+    ComPtr<IMFVideoSampleAllocator> offered TARN_GUARDED_BY(changing);
+    ComPtr<IMFMediaType> runningType TARN_GUARDED_BY(changing); // null while the output stands still
     mutable user_space_frameworks::CriticalSection lock;
-    ComPtr<IMFVideoSampleAllocator> ready; // guarded by lock; initialised for runningType
-    bool hasTold = false;                  // guarded by lock; of a frame without its memory
+    ComPtr<IMFVideoSampleAllocator> ready TARN_GUARDED_BY(lock); // initialised for runningType
+    bool hasTold TARN_GUARDED_BY(lock) = false;                  // of a frame without its memory
 };
 
 } // namespace mft_utils
