@@ -98,7 +98,7 @@ class Session : public tarn_sim::IFrameSink
         auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
         configuration.pacing = tarn_sim::Pacing::Stepped;
         camera = MakeCom<tarn_sim::SimulatedCamera>(configuration);
-        camera->SetFrameSink(this);
+        camera->Pins().SetFrameSink(this);
         ComPtr<IMFAttributes> filter;
         Require(MFCreateAttributes(&filter, 1), "MFCreateAttributes");
         Require(filter->SetUnknown(MF_DEVICEMFT_CONNECTED_FILTER_KSCONTROL, static_cast<IMFTransform *>(camera.Get())),
@@ -110,14 +110,14 @@ class Session : public tarn_sim::IFrameSink
         Require(transform.As(&realTime), "IMFRealTimeClientEx");
         Require(realTime->SetWorkQueueEx(workQueue, 0), "SetWorkQueueEx");
         Start();
-        Require(camera->Step(0, 1), "Step");
+        Require(camera->Pins().Step(0, 1), "Step");
         Require(frame ? S_OK : E_FAIL, "frame of the camera");
     }
     ~Session() override
     {
         held.clear();
-        camera->SetFrameSink(nullptr);
-        camera->StopAll();
+        camera->Pins().SetFrameSink(nullptr);
+        camera->Pins().StopAll();
         ComPtr<IMFShutdown> shutdown;
         transform.As(&shutdown);
         shutdown->Shutdown();
@@ -256,7 +256,7 @@ class Session : public tarn_sim::IFrameSink
             ComPtr<IMFMediaType> wanted;
             Require(transform->GetInputStreamPreferredState(0, &state, &wanted), "GetInputStreamPreferredState");
             Require(transform->SetInputStreamState(0, wanted.Get(), state, 0), "SetInputStreamState");
-            Require(camera->SetPinState(0, state, wanted.Get()), "SetPinState");
+            Require(camera->Pins().SetPinState(0, state, wanted.Get()), "SetPinState");
         }
     }
 

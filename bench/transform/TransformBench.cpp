@@ -10,7 +10,7 @@
 
 #include "core/PassThroughDeviceMft.h"
 #include "sim/SimulatedCamera.h"
-#include "tests/core/AsyncDeviceMft.h"
+#include "bench/transform/AsyncDeviceMft.h"
 #include "tests/support/GiveInput.h"
 #include "trace/Check.h"
 #include "base/ComObject.h"
@@ -149,7 +149,7 @@ int main()
     ThrowIfFailed(MFAllocateWorkQueueEx(MF_MULTITHREADED_WORKQUEUE, &workQueue), "MFAllocateWorkQueueEx");
     {
         BareRound bare(workQueue);
-        TransformRound async(MakeCom<tarn_test::AsyncDeviceMft>(), workQueue);
+        TransformRound async(MakeCom<tarn_bench::AsyncDeviceMft>(), workQueue);
         TransformRound passThrough(MakeCom<PassThroughDeviceMft>("Bench DMFT"), workQueue);
         std::array<double, kRounds> bareTimes{};
         std::array<double, kRounds> asyncTimes{};
