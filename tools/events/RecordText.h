@@ -14,6 +14,8 @@ namespace tarn_host
 std::string RecordText(const RecordedSession &session, const Record &record);
 // The values alone, by name.
 std::string ValuesText(const ValueList &values);
+// The result of a return: "S_OK", "MF_E_SHUTDOWN (0xC00D3E85)".
+std::string EndText(const Record &end);
 // "stream"; of an attribute its key.
 std::string ValueNameText(const Value &value);
 nlohmann::ordered_json RecordJson(const RecordedSession &session, const Record &record);

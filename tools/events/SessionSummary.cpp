@@ -5,7 +5,6 @@
 #include "tools/events/RecordText.h"
 #include "tools/events/SessionProblems.h"
 #include "tools/names/PipelineNames.h"
-#include "tools/names/ResultNames.h"
 #include "tools/recording/RecordingReader.h"
 
 namespace tarn_host
@@ -62,7 +61,7 @@ void CountEnd(const RecordedSession &session, const Record &end, CallBooks &book
     }
     if (end.header.result != 0)
     {
-        ++books.results[ResultText(static_cast<std::uint32_t>(end.header.result))];
+        ++books.results[EndText(end)];
     }
     if (end.Failed() && !IsOrdinaryFailure(session, end))
     {
@@ -88,9 +87,7 @@ std::string ChangeText(const Record &call, const Record *end)
     {
         text += " " + TypeView::Of(type->Items()).ToText();
     }
-    return text + (end == nullptr            ? ", never returned"
-                   : end->header.result != 0 ? ": " + ResultText(static_cast<std::uint32_t>(end->header.result))
-                                             : "");
+    return text + (end == nullptr ? ", never returned" : end->header.result != 0 ? ": " + EndText(*end) : "");
 }
 
 void TakeCall(const RecordedSession &session, const Record &record, SessionSummary &summary)
