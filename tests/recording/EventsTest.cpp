@@ -67,7 +67,7 @@ TEST(SessionSummaryTest, TellsWhatLooksWrong)
         const char *problem;
     } const cases[]{
         {{.lostFrame = 7}, "T1 output 0 (D16 4x2@30): 1 of 20 frames lost"},
-        {{.lostFrame = 20, .hungInput = 20}, "never returned: at 0.7"},
+        {{.lostFrame = 20, .hungInput = 20}, "never returned: at 0.673 s, thread 200, 0.002 s before"},
         {{.controlResult = 0x80070490}, "failed 1 of 1 times, first at 0.0"},
         {{.controlResult = 0x80070490}, "HRESULT_FROM_WIN32(ERROR_NOT_FOUND) (0x80070490)"},
         {{.frames = 0}, "T1 output 0 (D16 4x2@30) was started and delivered nothing; the camera gave no frame"},

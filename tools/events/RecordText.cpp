@@ -311,6 +311,12 @@ std::string SubjectText(const RecordedSession &session, const Record &record)
     }
 }
 
+std::string CallLine(const RecordedSession &session, const Record &call)
+{
+    const std::string values = WithoutRequest(call.Values());
+    return SubjectText(session, call) + (values.empty() ? "" : "  " + values);
+}
+
 std::string RecordText(const RecordedSession &session, const Record &record)
 {
     const std::string subject = SubjectText(session, record);
@@ -320,7 +326,7 @@ std::string RecordText(const RecordedSession &session, const Record &record)
     {
     case TARN_RECORD_CALL:
     case TARN_RECORD_KS_CALL:
-        return subject + behind + (session.EndOf(record) == nullptr ? "  (never returned)" : "");
+        return CallLine(session, record) + (session.EndOf(record) == nullptr ? "  (never returned)" : "");
     case TARN_RECORD_RETURN:
     case TARN_RECORD_KS_RETURN: {
         const Record *const call = session.Find(record.header.entry);

@@ -34,10 +34,10 @@ void ReadFiles(const RecordedSession &session, SessionSummary &summary)
     summary.lacksBeginning = first.part != 0;
     summary.isClosed = (last.flags & TARN_RECORDING_CLOSED) != 0;
     summary.holdsPictures = session.HoldsPictures();
+    summary.droppedRecords = session.DroppedRecords();
     for (const auto &file : session.Files())
     {
-        summary.droppedRecords = std::max(summary.droppedRecords, file.header.droppedRecords);
-        summary.droppedBytes = std::max(summary.droppedBytes, file.header.droppedBytes);
+        summary.droppedBytes += file.header.droppedBytes;
     }
     for (const auto &damage : session.Damages())
     {
@@ -96,7 +96,7 @@ void TakeCall(const RecordedSession &session, const Record &record, SessionSumma
     if (end == nullptr)
     {
         summary.unfinished.push_back({record.header.sequence, record.header.clock, 0, record.header.thread,
-                                      record.header.transform, RecordText(session, record)});
+                                      record.header.transform, CallLine(session, record)});
     }
     switch (record.header.type == TARN_RECORD_CALL ? record.header.subject : 0)
     {
