@@ -12,6 +12,7 @@
 #include "tarn/sample_attributes.h"
 #include "tests/device/DepthServer.h"
 #include "tests/device/FlatScene.h"
+#include "tests/device/PatternedMemory.h"
 #include "tools/frameserver/SampleDetails.h"
 
 using tarn_test::DepthServer;
@@ -86,22 +87,26 @@ SIZE_T HeldBytes()
     return bytes;
 }
 
+void Start(DepthServer &server, const Scenario &scenario)
+{
+    EXPECT_HR(S_OK, server.SetConfidenceMap(scenario.map));
+    EXPECT_HR(S_OK, server.SetFaceLogin(scenario.faceLogin));
+    if (scenario.depth)
+    {
+        EXPECT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+    }
+    if (scenario.infrared)
+    {
+        EXPECT_HR(S_OK, scenario.faceLogin ? server.Run(kInfrared, 360, 360, 60) : server.Run(kInfrared, 320, 240, 30));
+    }
+}
+
 class Consumer
 {
   public:
     Consumer(DepthServer &frameServer, const Scenario &played) : server(frameServer), scenario(played)
     {
-        EXPECT_HR(S_OK, server.SetConfidenceMap(scenario.map));
-        EXPECT_HR(S_OK, server.SetFaceLogin(scenario.faceLogin));
-        if (scenario.depth)
-        {
-            EXPECT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
-        }
-        if (scenario.infrared)
-        {
-            EXPECT_HR(S_OK,
-                      scenario.faceLogin ? server.Run(kInfrared, 360, 360, 60) : server.Run(kInfrared, 320, 240, 30));
-        }
+        Start(server, scenario);
     }
 
     void Frame()
@@ -193,6 +198,56 @@ TEST(FrameMemoryTest, FramesStayRightAndMemoryFlatWhileAConsumerKeepsSome)
         EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
+    }
+}
+
+// One frame into the transform, and the pixels and maps of what comes out.
+void Play(DepthServer &server, const Scenario &scenario, std::vector<tarn_test::Bytes> &outputs)
+{
+    EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
+    for (const auto &[wanted, output] : {std::pair{scenario.depth, kDepth}, {scenario.infrared, kInfrared}})
+    {
+        if (wanted)
+        {
+            const auto sample = server.WaitForSamples(output, 1).at(0);
+            outputs.push_back(tarn_test::PixelsOf(sample));
+            outputs.push_back(tarn_test::BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP));
+        }
+    }
+}
+
+// A few frames, each made in memory that holds nothing but `value`.
+std::vector<tarn_test::Bytes> OutputsOver(BYTE value, const Scenario &scenario)
+{
+    const tarn_test::PatternedMemory memory(value);
+    DepthServer server;
+    Start(server, scenario);
+    std::vector<tarn_test::Bytes> outputs;
+    for (int i = 0; i < 4; ++i)
+    {
+        Play(server, scenario, outputs);
+        EXPECT_EQ(scenario.infrared, memory.FillFree() > 0); // depth alone passes the camera's samples on
+    }
+    if (value == 0)
+    {
+        Play(server, scenario, outputs);
+        EXPECT_EQ(scenario.infrared, tarn_test::PatternedMemory::CountWithout(0) > 0);
+        server.camera->Controls().privacy = true;
+        Play(server, scenario, outputs);
+        EXPECT_EQ(0U, tarn_test::PatternedMemory::CountWithout(0)); // no picture is kept
+        outputs.resize(outputs.size() * 4 / 6);
+    }
+    return outputs;
+}
+
+TEST(FrameMemoryTest, NothingOfWhatTheMemoryHeldIsSeen)
+{
+    for (const Scenario &scenario : kScenarios)
+    {
+        SCOPED_TRACE(scenario.name);
+        const auto fresh = OutputsOver(0, scenario);
+        EXPECT_EQ(fresh, OutputsOver(0xA5, scenario));
+        EXPECT_EQ(fresh, OutputsOver(0xFF, scenario));
     }
 }
 
