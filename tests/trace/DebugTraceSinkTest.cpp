@@ -32,12 +32,13 @@ class DebugTraceSinkTest : public testing::Test
         mft_utils::ShutdownTracing();
         SetEnvironmentVariableA("TARN_TRACE", nullptr);
         std::filesystem::remove(path);
+        std::filesystem::remove(older);
     }
 
-    std::vector<std::string> FileLines() const
+    static std::vector<std::string> LinesOf(const std::filesystem::path &read)
     {
         std::vector<std::string> lines;
-        std::ifstream file(path);
+        std::ifstream file(read);
         for (std::string line; std::getline(file, line);)
         {
             lines.push_back(line);
@@ -47,6 +48,7 @@ class DebugTraceSinkTest : public testing::Test
 
     const std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("tarn trace, " + std::to_string(GetCurrentProcessId()) + ".log");
+    const std::filesystem::path older = path.wstring() + L".old";
 };
 
 TEST_F(DebugTraceSinkTest, UnderstandsLevelsByNumberAndName)
@@ -61,7 +63,7 @@ TEST_F(DebugTraceSinkTest, UnderstandsLevelsByNumberAndName)
         EXPECT_EQ(level >= 4, TraceLoggingEnabled(TraceLevel::Information)) << setting;
     }
     for (const char *setting : {"", "3", "88", "Everything", "8,", "8,colour=red", "-1", "8,file=", ",file=stderr",
-                                "8,file=C:\\no such folder\\x"})
+                                "8,file=C:\\no such folder\\x", "8,limit=1", "8,limit=0,file=x", "8,limit=4097,file=x"})
     {
         EXPECT_FALSE(DebugTraceSink::Instance().Configure(setting)) << setting;
         EXPECT_EQ(0u, DebugTraceSink::Instance().MessageLevel()) << setting;
@@ -84,11 +86,17 @@ TEST_F(DebugTraceSinkTest, EnvironmentVariableTurnsTheFileOn)
     mft_utils::ShutdownTracing();
     TRACE_ERROR("after the end");
 
-    const std::vector<std::string> lines = FileLines();
-    ASSERT_EQ(4u, lines.size());
-    EXPECT_TRUE(std::regex_match(lines[1], std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d{6} +\\d+ info +\\S+: frame 1")))
-        << lines[1];
-    EXPECT_TRUE(lines[2].ends_with(" error   event Demo hr=0x80004005")) << lines[2];
+    const std::vector<std::string> lines = LinesOf(path);
+    ASSERT_EQ(5u, lines.size());
+    const std::string header = "\\d\\d:\\d\\d:\\d\\d\\.\\d{6} +" + std::to_string(GetCurrentProcessId()) + " +\\d+ ";
+    EXPECT_TRUE(std::regex_match(
+        lines[0],
+        std::regex(header + "info    event Module Version=\"\\d+\\.\\d+\\.\\d+\" Date=\"\\d{4}-\\d\\d-\\d\\d\" "
+                            "Machine=\".+\" ProcessId=\\d+ Windows=\"\\d+\\.\\d+\\.\\d+\" "
+                            "Path=\".+tarn_trace_test.exe\" Process=\".+tarn_trace_test.exe\"")))
+        << lines[0];
+    EXPECT_TRUE(std::regex_match(lines[2], std::regex(header + "info +\\S+: frame 1"))) << lines[2];
+    EXPECT_TRUE(lines[3].ends_with(" error   event Demo hr=0x80004005")) << lines[3];
 }
 
 TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCleanly)
@@ -112,8 +120,9 @@ TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCle
     tarn_test::WaitUntil([&] { return written > 800; });
     DebugTraceSink::Instance().Close();
     EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
-    const std::vector<std::string> lines = FileLines();
+    std::vector<std::string> lines = LinesOf(path);
     EXPECT_GT(lines.size(), 700u);
+    lines.erase(lines.begin()); // the module's record
     for (const std::string &line : lines)
     {
         EXPECT_TRUE(line.ends_with(": " + std::string(100, 'x'))) << line;
@@ -128,6 +137,54 @@ TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCle
     {
         thread.join();
     }
+}
+
+// Two writers as two processes are: with a handle each.
+TEST_F(DebugTraceSinkTest, FullFileBecomesTheOlderOneAndNoLineOfEitherWriterIsLost)
+{
+    const std::string setting = "8,limit=1,file=" + path.string();
+    mft_utils::TraceDestination writers[2];
+    for (auto &writer : writers)
+    {
+        ASSERT_TRUE(writer.Open(mft_utils::TraceSetting::Parse(setting)));
+    }
+    constexpr int kLines = 15000;
+    for (int i = 0; i < kLines; ++i)
+    {
+        mft_utils::TraceText line;
+        line.AppendFormat("%s %d", std::string(200, 'x').c_str(), i);
+        writers[i % 2].Write(line);
+    }
+    for (auto &writer : writers)
+    {
+        writer.Close();
+    }
+
+    std::vector<std::string> lines = LinesOf(older);
+    const std::vector<std::string> newest = LinesOf(path);
+    lines.insert(lines.end(), newest.begin(), newest.end());
+    int expected[] = {-1, -1};
+    int records = 0;
+    for (const std::string &line : lines)
+    {
+        if (line.find(" event Module ") != std::string::npos)
+        {
+            ++records;
+            continue;
+        }
+        const int number = std::stoi(line.substr(line.rfind(' ')));
+        int &next = expected[number % 2];
+        EXPECT_TRUE(next == -1 || next == number) << number;
+        next = number + 2;
+    }
+    EXPECT_EQ(kLines, expected[0]);
+    EXPECT_EQ(kLines + 1, expected[1]);
+    EXPECT_EQ(4, records); // of each writer in each file
+    constexpr std::uintmax_t kMiB = 1024 * 1024;
+    EXPECT_GE(std::filesystem::file_size(older), kMiB);
+    EXPECT_LT(std::filesystem::file_size(older), kMiB + 3 * mft_utils::TraceFile::kBytesBetweenLooks);
+    EXPECT_LT(std::filesystem::file_size(path), kMiB);
+    EXPECT_FALSE(std::filesystem::exists(path.wstring() + L".gate"));
 }
 
 TEST_F(DebugTraceSinkTest, DisabledTraceEvaluatesNoArgumentAndOverlongLinesAreMarked)

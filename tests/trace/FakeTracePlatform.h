@@ -59,6 +59,9 @@ struct FakeTracePlatform
     ULONG sessionFlags = 0;
     std::vector<WrittenMessage> messages;
     std::vector<WrittenEvent> events;
+    // The module's own record, which comes before the first of them.
+    std::vector<WrittenMessage> moduleMessages;
+    std::vector<WrittenEvent> moduleEvents;
 };
 
 // Tracing registered with the fake platform, and nothing left of it.

@@ -96,6 +96,15 @@ TEST_F(TraceLoggingTest, ProviderAndEventAreByteForByteAsDocumented)
     EXPECT_EQ(0, event.descriptor.Opcode);
     EXPECT_EQ(0u, event.descriptor.Keyword);
     EXPECT_FALSE(event.hasActivity);
+
+    // Each session gets the module's record once, whatever its level.
+    platform.EnableStructured(1, 2);
+    WriteEvent(TraceLevel::Information, "not wanted");
+    EXPECT_EQ(1u, platform.moduleEvents.size());
+    WriteEvent(TraceLevel::Error, "Demo");
+    WriteEvent(TraceLevel::Error, "Demo");
+    ASSERT_EQ(2u, platform.moduleEvents.size());
+    EXPECT_TRUE(Decode(platform.moduleEvents[1]).starts_with("Module Version="));
 }
 
 TEST_F(TraceLoggingTest, ActivityHasStartAndStopUnderOneId)

@@ -116,6 +116,8 @@ TEST_F(WppTraceTest, EveryMessageDecodesWithTheShippedFormats)
         EXPECT_EQ(7u, platform.messages[i].logger);
         EXPECT_EQ(43u, platform.messages[i].flags);
     }
+    ASSERT_EQ(1u, platform.moduleMessages.size());
+    EXPECT_TRUE(Decode(platform.moduleMessages[0]).starts_with("mft_utils::ModuleRecord [0]: Module Version=\""));
 }
 
 TEST_F(WppTraceTest, FormatFileNamesTheRegisteredGuids)
