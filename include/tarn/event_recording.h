@@ -151,13 +151,14 @@ enum
     TARN_KIND_F64 = 4,
     TARN_KIND_GUID = 5,
     TARN_KIND_TEXT = 6,  /* UTF-8, not terminated */
-    TARN_KIND_BYTES = 7, /* may be cut: then a TARN_VALUE_FULL_LENGTH follows */
+    TARN_KIND_BYTES = 7, /* may be cut, also in an attribute: then a TARN_VALUE_FULL_LENGTH follows */
     TARN_KIND_NULL = 8,  /* a null pointer was given; no bytes */
     TARN_KIND_LIST = 9,  /* values */
     TARN_KIND_ATTRIBUTE =
-        10,               /* key (16 bytes), kind (u16), 6 zero bytes, then its value by that kind; TARN_KIND_NULL for
-                             an object that is not told further, TARN_KIND_LIST for one that is an attribute store */
-    TARN_KIND_OBJECT = 11 /* an interface pointer that is not null and not told further; no bytes */
+        10,                /* key (16 bytes), kind (u16), 6 zero bytes, then its value by that kind; TARN_KIND_NULL for
+                              an object that is not told further, TARN_KIND_LIST for one that is an attribute store */
+    TARN_KIND_OBJECT = 11, /* an interface pointer that is not null and not told further; no bytes */
+    TARN_KIND_BUFFER = 12  /* only as the kind of an attribute's value: the bytes of a media buffer */
 };
 
 enum
@@ -203,7 +204,10 @@ enum
     TARN_VALUE_BYTES = 39,          /* u64, of how many bytes */
     TARN_VALUE_NODE_TYPE = 40,      /* GUID of a topology node */
     TARN_VALUE_OBJECT = 41,         /* an interface argument: object or null */
-    TARN_VALUE_BLANKED = 42         /* u32 1: privacy blanks this frame, its pixels and hash are left out */
+    TARN_VALUE_BLANKED = 42,        /* u32 1: privacy blanks this frame, its pixels and hash are left out */
+    TARN_VALUE_STREAMS = 43, /* list of stream ids: of the inputs, then of the outputs; null where none were asked */
+    TARN_VALUE_NO_OUT = 44,  /* u32: the out-pointer of this number (0 = the call's first) was null */
+    TARN_VALUE_ADDRESS = 45  /* u64 of a KS event's data block, by which its subscription is known */
 };
 
 #endif
