@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/Crc32.h"
-#include "tools/recording/Guid.h"
+#include "tools/names/Guid.h"
 #include "tarn/event_recording.h"
 
 namespace tarn_tests
@@ -46,7 +46,7 @@ class ValueBytes
     {
         return Put(name, TARN_KIND_BYTES, data.data(), data.size());
     }
-    ValueBytes &Guid(std::uint16_t name, const tarn_recording::Guid &guid)
+    ValueBytes &Guid(std::uint16_t name, const tarn_host::Guid &guid)
     {
         return Put(name, TARN_KIND_GUID, guid.bytes.data(), guid.bytes.size());
     }
@@ -54,7 +54,7 @@ class ValueBytes
     {
         return Put(name, TARN_KIND_LIST, items.bytes.data(), items.bytes.size());
     }
-    ValueBytes &Attribute(const tarn_recording::Guid &key, std::uint16_t kind, const void *value, std::size_t size)
+    ValueBytes &Attribute(const tarn_host::Guid &key, std::uint16_t kind, const void *value, std::size_t size)
     {
         std::vector<std::uint8_t> payload(24 + size);
         std::memcpy(payload.data(), key.bytes.data(), 16);
@@ -65,11 +65,11 @@ class ValueBytes
         }
         return Put(0, TARN_KIND_ATTRIBUTE, payload.data(), payload.size());
     }
-    ValueBytes &Attribute(const tarn_recording::Guid &key, std::uint64_t value)
+    ValueBytes &Attribute(const tarn_host::Guid &key, std::uint64_t value)
     {
         return Attribute(key, TARN_KIND_U64, &value, sizeof value);
     }
-    ValueBytes &Attribute(const tarn_recording::Guid &key, const tarn_recording::Guid &value)
+    ValueBytes &Attribute(const tarn_host::Guid &key, const tarn_host::Guid &value)
     {
         return Attribute(key, TARN_KIND_GUID, value.bytes.data(), value.bytes.size());
     }

@@ -8,12 +8,13 @@
 #include <span>
 #include <string_view>
 
-#include "tools/recording/Guid.h"
+#include "tools/names/Guid.h"
 #include "tarn/event_recording.h"
 
 namespace tarn_recording
 {
 
+using tarn_host::Guid;
 using Bytes = std::span<const std::uint8_t>;
 
 struct Attribute;

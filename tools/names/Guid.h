@@ -1,4 +1,4 @@
-// A GUID as recordings hold it: 16 bytes, the first three fields little-endian.
+// A GUID as recordings and the platform hold it: 16 bytes, the first three fields little-endian.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-namespace tarn_recording
+namespace tarn_host
 {
 
 // Value.
@@ -23,4 +23,4 @@ struct Guid
     friend auto operator<=>(const Guid &, const Guid &) = default;
 };
 
-} // namespace tarn_recording
+} // namespace tarn_host

@@ -1,9 +1,9 @@
-#include "tools/recording/Guid.h"
+#include "tools/names/Guid.h"
 
 #include <algorithm>
 #include <cstddef>
 
-namespace tarn_recording
+namespace tarn_host
 {
 
 Guid Guid::Of(std::span<const std::uint8_t> from) noexcept
@@ -27,4 +27,4 @@ std::string Guid::ToText() const
     return text + "}";
 }
 
-} // namespace tarn_recording
+} // namespace tarn_host
