@@ -146,7 +146,7 @@ HRESULT OutputStream::ProcessSample(IMFSample *sample)
         return S_OK;
     }
     samples.emplace_back(sample);
-    const HRESULT announced = eventGenerator->QueueEvent(METransformHaveOutput, GUID{}, S_OK, nullptr);
+    const HRESULT announced = eventGenerator->Raise(METransformHaveOutput);
     if (FAILED(announced))
     {
         samples.pop_back(); // nobody would come for it
@@ -233,7 +233,7 @@ HRESULT OutputStream::AnnounceRun()
                 MFCreateMediaEvent(MEUnknown, MEDeviceStreamCreated, S_OK, nullptr, &event));
     CHECK_HR(event->SetUINT32(MF_EVENT_MFT_INPUT_STREAM_ID, id));
     CHECK_POINTER(eventGenerator);
-    CHECK_HR(eventGenerator->QueueEvent(event.Get()));
+    CHECK_HR_AS("eventGenerator->QueueEvent(event.Get())", eventGenerator->Raise(event.Get()));
     mft_utils::MediaTypeData data;
     if (currentMediaType && SUCCEEDED(mft_utils::MediaTypeParser::GetMediaTypeData(data, currentMediaType.Get())) &&
         data.denominator != 0 && data.numerator != 0)

@@ -120,10 +120,13 @@ HRESULT KsControlsDispatcher::DispatchCall(const CallKind &kind, Dispatcher &dis
     return result;
 }
 
-HRESULT KsControlsDispatcher::EndSubscription(const CallKind &kind, void *eventData)
+HRESULT KsControlsDispatcher::EndSubscription(const CallKind &kind, const KsCallArguments &call)
 {
     mft_utils::TraceLoggingActivity activity(kind.activityName);
-    const HRESULT result = eventsDispathcer.ResetRegularEvent(static_cast<KSEVENTDATA *>(eventData));
+    const HRESULT result = Observed(kind.type, call, [&] {
+        return mft_utils::Guarded(
+            [&] { return eventsDispathcer.ResetRegularEvent(static_cast<KSEVENTDATA *>(call.data)); });
+    });
     kind.Stop(activity, kind.emptyName, result);
     return result;
 }
@@ -157,9 +160,8 @@ HRESULT KsControlsDispatcher::KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID 
     static constexpr CallKind kKind{KsControlType::Event, KsControlKind::Event,
                                     "mft_core::KsControlsDispatcher::KsEvent", "EventSet", "Empty event"};
     return mft_utils::EntryPoint(GetName(), [&] {
-        return Event == nullptr
-                   ? EndSubscription(kKind, EventData)
-                   : DispatchCall(kKind, eventsDispathcer, {Event, EventLength, EventData, DataLength, BytesReturned});
+        const KsCallArguments call{Event, EventLength, EventData, DataLength, BytesReturned};
+        return Event == nullptr ? EndSubscription(kKind, call) : DispatchCall(kKind, eventsDispathcer, call);
     });
 }
 

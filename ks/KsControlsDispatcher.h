@@ -27,7 +27,7 @@ class KsControlsDispatcher : public IKsControl, public virtual user_space_framew
                                          ULONG DataLength, ULONG *BytesReturned) noexcept override;
     HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD Method, ULONG MethodLength, LPVOID MethodData, ULONG DataLength,
                                        ULONG *BytesReturned) noexcept override;
-    // A null event ends the subscription made under the address of `EventData`; observers do not hear of it.
+    // A null event ends the subscription made under the address of `EventData`.
     HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID EventData, ULONG DataLength,
                                       ULONG *BytesReturned) noexcept override;
 
@@ -50,7 +50,7 @@ class KsControlsDispatcher : public IKsControl, public virtual user_space_framew
 
     template <class Dispatcher>
     HRESULT DispatchCall(const CallKind &kind, Dispatcher &dispatcher, const KsCallArguments &call);
-    HRESULT EndSubscription(const CallKind &kind, void *eventData);
+    HRESULT EndSubscription(const CallKind &kind, const KsCallArguments &call);
 };
 
 } // namespace mft_core
