@@ -129,7 +129,8 @@ void CallPlayer::Create(const Record &record)
         session, number, [this](const std::string &difference) { comparison.Tell(nullptr, difference, "", ""); });
     ComPtr<IUnknown> filter;
     tarn_host::ThrowIfFailed(transform.camera.As(&filter), "asking the camera for IUnknown");
-    transform.calls = std::make_shared<ModuleCalls>(module.Create(ClassOf(record)), filter, pixels);
+    transform.calls =
+        std::make_shared<ModuleCalls>(module.Create(ClassOf(record)), filter, pixels, session.HoldsPictures());
     transform.nextRun = transform.gates.end();
 }
 
@@ -223,14 +224,6 @@ void CallPlayer::AfterCall(const RecordedCall &call, const Answer &answer)
         transform.nextRun = transform.nextRun == transform.gates.end() ? frame : transform.nextRun;
     }
     comparison.Compare(call, answer.result, answer.given.Values());
-    for (const ModuleCalls::Output &output : transform.calls->Outputs())
-    {
-        if (call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_OUTPUT) && comparison.HasPicture(call, output.stream))
-        {
-            comparison.ComparePicture(call, output.stream, HashOf(*output.sample.Get()));
-        }
-    }
-    transform.calls->DropOutputs();
 }
 
 void CallPlayer::BeginWait(const RecordedCall &call)

@@ -24,9 +24,9 @@ constexpr DWORD kMostStreams = 1024;
 } // namespace
 
 ModuleCalls::ModuleCalls(ComPtr<IMFDeviceTransform> deviceTransform, ComPtr<IUnknown> cameraFilter,
-                         const FramePixels &framePixels)
+                         const FramePixels &framePixels, bool withHashes)
     : transform(std::move(deviceTransform)), camera(std::move(cameraFilter)), pixels(framePixels),
-      arrival(user_space_frameworks::MakeCom<EventArrival>())
+      hashesWanted(withHashes), arrival(user_space_frameworks::MakeCom<EventArrival>())
 {
 }
 
@@ -101,7 +101,6 @@ void ModuleCalls::End() noexcept
 
 ULONG ModuleCalls::Close()
 {
-    outputs.clear();
     arrival->Clear();
     const ULONG left = transform ? transform.Detach()->Release() : 0;
     workQueues.clear();

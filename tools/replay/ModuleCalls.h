@@ -23,14 +23,9 @@ class EventArrival;
 class ModuleCalls
 {
   public:
-    struct Output
-    {
-        std::uint32_t stream = 0;
-        ComPtr<IMFSample> sample;
-    };
-
+    // `withHashes`: of the pictures that ProcessOutput gives.
     ModuleCalls(ComPtr<IMFDeviceTransform> deviceTransform, ComPtr<IUnknown> cameraFilter,
-                const FramePixels &framePixels);
+                const FramePixels &framePixels, bool withHashes);
     ~ModuleCalls();
     ModuleCalls(const ModuleCalls &) = delete;
     ModuleCalls &operator=(const ModuleCalls &) = delete;
@@ -39,15 +34,6 @@ class ModuleCalls
     // made, or the recording does not tell what it needs.
     HRESULT Make(const tarn_recording::Record &call, ValueWriter &given);
 
-    // The samples of the last ProcessOutput.
-    const std::vector<Output> &Outputs() const noexcept
-    {
-        return outputs;
-    }
-    void DropOutputs() noexcept
-    {
-        outputs.clear();
-    }
     // Null before the pipeline gave the transform a queue.
     HeldWorkQueue *WorkQueue() const noexcept
     {
@@ -112,7 +98,7 @@ class ModuleCalls
     const FramePixels &pixels;
     std::vector<std::unique_ptr<HeldWorkQueue>> workQueues; // the last one is in use
     const ComPtr<EventArrival> arrival;
-    std::vector<Output> outputs;
+    const bool hashesWanted;
     std::map<std::uint32_t, std::uint64_t> outputNumbers; // of the last sample, by stream
     std::map<std::uint64_t, KSEVENTDATA> eventData;       // of applications, by the address in the recording
     bool hasChangedState = false;                         // before, a frame is dropped at once

@@ -106,7 +106,6 @@ HRESULT ModuleCalls::ProcessInput(const tarn_recording::Record &call)
 
 HRESULT ModuleCalls::ProcessOutput(Values in, ValueWriter &given)
 {
-    outputs.clear();
     std::vector<MFT_OUTPUT_DATA_BUFFER> buffers;
     bool hasBuffers = true;
     for (const auto &value : in)
@@ -133,11 +132,11 @@ HRESULT ModuleCalls::ProcessOutput(Values in, ValueWriter &given)
         given.U32(TARN_VALUE_STREAM, buffer.dwStreamID);
         given.U32(TARN_VALUE_STATUS, buffer.dwStatus);
         Put(given, TARN_VALUE_SAMPLE, sample.Get(), sample ? ++outputNumbers[buffer.dwStreamID] : 0);
-        given.End(begun);
-        if (sample)
+        if (sample && hashesWanted)
         {
-            outputs.push_back({buffer.dwStreamID, std::move(sample)});
+            given.U64(TARN_VALUE_HASH, HashOf(*sample.Get()));
         }
+        given.End(begun);
     }
     given.U32(TARN_VALUE_STATUS, status);
     return result;

@@ -6,7 +6,6 @@
 
 #include "tools/names/PipelineNames.h"
 #include "tools/names/ResultNames.h"
-#include "tools/replay/ValueDifference.h"
 
 namespace tarn_replay
 {
@@ -45,7 +44,6 @@ bool AsksForState(const Record &entry)
     case TARN_CALL_GET_OUTPUT_STREAM_STATE:
     case TARN_CALL_GET_INPUT_STREAM_PREFERRED_STATE:
     case TARN_CALL_GET_SHUTDOWN_STATUS:
-    case TARN_CALL_PROCESS_OUTPUT:
         return true;
     default:
         return false;
@@ -53,7 +51,10 @@ bool AsksForState(const Record &entry)
 }
 } // namespace
 
-ReplayComparison::ReplayComparison(const RecordedSession &recordedSession) : session(recordedSession) {}
+ReplayComparison::ReplayComparison(const RecordedSession &recordedSession)
+    : session(recordedSession), outputs(recordedSession)
+{
+}
 
 void ReplayComparison::Compare(const RecordedCall &call, std::int32_t result, tarn_recording::ValueList given)
 {
@@ -68,9 +69,8 @@ void ReplayComparison::Compare(const RecordedCall &call, std::int32_t result, ta
     {
         return;
     }
-    const bool isSame = result == call.exit->header.result;
-    const auto values = isSame ? FindDifference(call.exit->Values(), given) : std::nullopt;
-    if (isSame && !values)
+    const auto difference = FindDifferenceOf(call, result, given);
+    if (!difference)
     {
         return;
     }
@@ -80,56 +80,24 @@ void ReplayComparison::Compare(const RecordedCall &call, std::int32_t result, ta
         ++counts.undecided;
         return;
     }
-    if (values)
-    {
-        Tell(&entry, values->what, values->expected, values->got);
-    }
-    else
-    {
-        Tell(&entry, "result", tarn_host::ResultText(static_cast<std::uint32_t>(call.exit->header.result)),
-             tarn_host::ResultText(static_cast<std::uint32_t>(result)));
-    }
+    Tell(&entry, difference->what, difference->expected, difference->got);
 }
 
-const Record *ReplayComparison::PictureOf(const RecordedCall &call, std::uint32_t stream) const
+std::optional<ValueDifference> ReplayComparison::FindDifferenceOf(const RecordedCall &call, std::int32_t result,
+                                                                  tarn_recording::ValueList given)
 {
-    // The hashes stand between the call and its return.
-    const auto &records = session.Records();
-    auto at = std::ranges::lower_bound(records, call.Sequence(), {},
-                                       [](const Record &record) { return record.header.sequence; });
-    for (; at != records.end() && call.exit != nullptr && at->header.sequence <= call.exit->header.sequence + 16; ++at)
-    {
-        if (at->header.type == TARN_RECORD_OUTPUT_HASH && at->header.entry == call.Sequence() &&
-            at->Values().Unsigned(TARN_VALUE_STREAM) == stream)
-        {
-            return &*at;
-        }
-    }
-    return nullptr;
-}
-
-bool ReplayComparison::HasPicture(const RecordedCall &call, std::uint32_t stream) const
-{
-    return PictureOf(call, stream) != nullptr;
-}
-
-void ReplayComparison::ComparePicture(const RecordedCall &call, std::uint32_t stream, std::uint64_t hash)
-{
-    const Record *const picture = PictureOf(call, stream);
-    if (picture == nullptr)
-    {
-        return;
-    }
+    if (call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_OUTPUT))
     {
         const std::scoped_lock hold(lock);
-        ++counts.pictures;
+        return outputs.Compare(call, result, given);
     }
-    const std::uint64_t expected = picture->Values().Unsigned(TARN_VALUE_HASH).value_or(0);
-    if (hash != expected)
+    const std::int32_t recorded = call.exit->header.result;
+    if (result != recorded)
     {
-        Tell(call.entry, "picture of output " + std::to_string(stream), "hash " + std::to_string(expected),
-             "hash " + std::to_string(hash));
+        return ValueDifference{"result", tarn_host::ResultText(static_cast<std::uint32_t>(recorded)),
+                               tarn_host::ResultText(static_cast<std::uint32_t>(result))};
     }
+    return FindDifference(call.exit->Values(), given);
 }
 
 void ReplayComparison::Tell(const Record *at, std::string what, std::string expected, std::string got)
@@ -162,7 +130,9 @@ std::optional<ReplayDifference> ReplayComparison::First() const
 ReplayCounts ReplayComparison::Counts() const
 {
     const std::scoped_lock hold(lock);
-    return counts;
+    ReplayCounts now = counts;
+    now.pictures = outputs.Pictures();
+    return now;
 }
 
 std::string ReplayComparison::LineOf(const Record &record) const
@@ -207,7 +177,7 @@ std::string ReplayComparison::ToText() const
 {
     const std::scoped_lock hold(lock);
     std::string text = std::to_string(counts.calls) + " calls, " + std::to_string(counts.frames) + " frames, " +
-                       std::to_string(counts.events) + " events and " + std::to_string(counts.pictures) +
+                       std::to_string(counts.events) + " events and " + std::to_string(outputs.Pictures()) +
                        " pictures compared: ";
     if (first)
     {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tools/recording/RecordedSession.h"
+#include "tools/replay/OutputComparison.h"
 #include "tools/replay/ReplayScript.h"
 
 namespace tarn_replay
@@ -37,9 +38,6 @@ class ReplayComparison
 
     // Result and values of a call that the recording saw return.
     void Compare(const RecordedCall &call, std::int32_t result, tarn_recording::ValueList given);
-    // Hash of one of its output samples, where the recording has one.
-    void ComparePicture(const RecordedCall &call, std::uint32_t stream, std::uint64_t hash);
-    bool HasPicture(const RecordedCall &call, std::uint32_t stream) const;
     // The first is kept. `at` null: the record at which the replay is.
     void Tell(const Record *at, std::string what, std::string expected, std::string got);
     void GoTo(const Record *record);
@@ -51,7 +49,8 @@ class ReplayComparison
     std::string ToText() const;
 
   private:
-    const Record *PictureOf(const RecordedCall &call, std::uint32_t stream) const;
+    std::optional<ValueDifference> FindDifferenceOf(const RecordedCall &call, std::int32_t result,
+                                                    tarn_recording::ValueList given);
     std::string Before(const Record &record) const;
     std::string LineOf(const Record &record) const;
 
@@ -59,6 +58,7 @@ class ReplayComparison
     mutable std::mutex lock;
     std::optional<ReplayDifference> first; // guarded by lock, as the others
     ReplayCounts counts;
+    OutputComparison outputs;
     const Record *current = nullptr;
 };
 
