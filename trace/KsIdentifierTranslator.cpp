@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/GuidLess.h"
+#include "base/KsIdNames.h"
 #include "trace/GuidTranslator.h"
 #include "trace/NameTable.h"
 
@@ -38,37 +39,6 @@ struct Identity
 };
 
 constinit NameTable<Identity> table;
-
-// clang-format off
-// Ids count up from 0 ("KSPROPERTY_CAMERACONTROL_EXTENDED_PROPERTY enumeration (ksmedia.h)").
-constexpr auto kExtendedCameraControls = std::to_array<const char *>({
-    "PHOTOMODE", "PHOTOFRAMERATE", "PHOTOMAXFRAMERATE", "PHOTOTRIGGERTIME", "WARMSTART", "MAXVIDFPS_PHOTORES",
-    "PHOTOTHUMBNAIL", "SCENEMODE", "TORCHMODE", "FLASHMODE", "OPTIMIZATIONHINT", "WHITEBALANCEMODE", "EXPOSUREMODE",
-    "FOCUSMODE", "ISO", "FIELDOFVIEW", "EVCOMPENSATION", "CAMERAANGLEOFFSET", "METADATA", "FOCUSPRIORITY", "FOCUSSTATE",
-    "ROI_CONFIGCAPS", "ROI_ISPCONTROL", "PHOTOCONFIRMATION", "ZOOM", "MCC", "ISO_ADVANCED", "VIDEOSTABILIZATION", "VFR",
-    "FACEDETECTION", "VIDEOHDR", "HISTOGRAM", "OIS", "ADVANCEDPHOTO", "PROFILE", "FACEAUTH_MODE", "SECURE_MODE",
-    "VIDEOTEMPORALDENOISING", "IRTORCHMODE", "RELATIVEPANELOPTIMIZATION", "EYEGAZECORRECTION", "BACKGROUNDSEGMENTATION",
-    "DIGITALWINDOW_CONFIGCAPS", "DIGITALWINDOW",
-});
-static_assert(kExtendedCameraControls.size() == 44);
-
-// "KSPROPERTY_VIDCAP_CAMERACONTROL enumeration (ksmedia.h)".
-constexpr auto kCameraControls = std::to_array<const char *>({
-    "PAN", "TILT", "ROLL", "ZOOM", "EXPOSURE", "IRIS", "FOCUS", "SCANMODE", "PRIVACY", "PANTILT", "PAN_RELATIVE",
-    "TILT_RELATIVE", "ROLL_RELATIVE", "ZOOM_RELATIVE", "EXPOSURE_RELATIVE", "IRIS_RELATIVE", "FOCUS_RELATIVE",
-    "PANTILT_RELATIVE", "FOCAL_LENGTH", "AUTO_EXPOSURE_PRIORITY",
-});
-
-// "KSPROPERTY_VIDCAP_VIDEOPROCAMP enumeration (ksmedia.h)".
-constexpr auto kVideoProcAmps = std::to_array<const char *>({
-    "BRIGHTNESS", "CONTRAST", "HUE", "SATURATION", "SHARPNESS", "GAMMA", "COLORENABLE", "WHITEBALANCE",
-    "BACKLIGHT_COMPENSATION", "GAIN", "DIGITAL_MULTIPLIER", "DIGITAL_MULTIPLIER_LIMIT", "WHITEBALANCE_COMPONENT",
-    "POWERLINE_FREQUENCY",
-});
-
-// "KSEVENT_VIDCAPTOSTI enumeration (ksmedia.h)".
-constexpr auto kVideoCaptureEvents = std::to_array<const char *>({"EXT_TRIGGER", "AUTO_UPDATE", "SEARCH"});
-// clang-format on
 
 void AddAll(NameTable<Identity>::Map &names, KsIdentifierKind kind, const GUID &set,
             std::span<const char *const> idNames)
@@ -177,10 +147,14 @@ const char *KindName(KsIdentifierKind kind) noexcept
 HRESULT KsIdentifierTranslator::Create() noexcept
 {
     return table.Create([](auto &names) {
-        AddAll(names, KsIdentifierKind::Property, KSPROPERTYSETID_ExtendedCameraControl, kExtendedCameraControls);
-        AddAll(names, KsIdentifierKind::Property, PROPSETID_VIDCAP_CAMERACONTROL, kCameraControls);
-        AddAll(names, KsIdentifierKind::Property, PROPSETID_VIDCAP_VIDEOPROCAMP, kVideoProcAmps);
-        AddAll(names, KsIdentifierKind::Event, KSEVENTSETID_VIDCAPTOSTI, kVideoCaptureEvents);
+        AddAll(names, KsIdentifierKind::Property, KSPROPERTYSETID_ExtendedCameraControl,
+               user_space_frameworks::kExtendedCameraControlNames);
+        AddAll(names, KsIdentifierKind::Property, PROPSETID_VIDCAP_CAMERACONTROL,
+               user_space_frameworks::kCameraControlNames);
+        AddAll(names, KsIdentifierKind::Property, PROPSETID_VIDCAP_VIDEOPROCAMP,
+               user_space_frameworks::kVideoProcAmpNames);
+        AddAll(names, KsIdentifierKind::Event, KSEVENTSETID_VIDCAPTOSTI,
+               user_space_frameworks::kVideoCaptureEventNames);
     });
 }
 

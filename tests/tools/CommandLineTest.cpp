@@ -122,11 +122,11 @@ TEST_F(CommandLineTest, BrokenModulesEndWithTheFailureCodeAndAreLetGo)
     const std::string faulty = ToText(DefaultModulePath().replace_filename("tarn_faulty_dmft.dll"));
 
     EXPECT_EQ(Run({"stream", "--quiet", "--dll", noModule}), ExitCode::Failure);
-    ExpectOneErrorLineWith("none.dll failed with 0x800700C1");
+    ExpectOneErrorLineWith("none.dll failed with HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT) (0x800700C1)");
     EXPECT_EQ(Run({"stream", "--quiet", "--dll", noExports}), ExitCode::Failure);
     ExpectOneErrorLineWith("no DllGetClassObject in");
     EXPECT_EQ(Run({"stream", "--quiet", "--dll", faulty}), ExitCode::Failure) << "a refused start";
-    ExpectOneErrorLineWith("SetOutputStreamState failed with 0xC00D36B4");
+    ExpectOneErrorLineWith("SetOutputStreamState failed with MF_E_INVALIDMEDIATYPE (0xC00D36B4)");
     EXPECT_EQ(GetModuleHandleW(L"tarn_faulty_dmft.dll"), nullptr);
 
     testing::internal::CaptureStdout();

@@ -124,18 +124,18 @@ TEST_F(KsCommandTest, DeviceInformationIsDecodedWhateverTheCameraSends)
 TEST_F(KsCommandTest, RefusalsEndWithTheFailureCodeAndNameTheStep)
 {
     EXPECT_EQ(Run({"set", "laser-power", "17"}), ExitCode::Failure);
-    ExpectOneErrorLineWith("setting LASER_POWER to 17 failed with 0x80070057 (E_INVALIDARG)");
+    ExpectOneErrorLineWith("setting LASER_POWER to 17 failed with E_INVALIDARG (0x80070057)");
     EXPECT_EQ(Run({"command", "0xEE"}), ExitCode::Failure);
-    ExpectOneErrorLineWith("firmware command 0xEE failed with 0x80004005 (E_FAIL)");
+    ExpectOneErrorLineWith("firmware command 0xEE failed with E_FAIL (0x80004005)");
 
     depthCamera = tarn_test::DepthServer::WithoutSubtype(CUSTOM_GUID_KELP_FACE_LOGIN);
     EXPECT_EQ(Run({"get", "face-login"}), ExitCode::Failure) << "a positive result is no success";
-    ExpectOneErrorLineWith("0x00000492 (ERROR_SET_NOT_FOUND");
+    ExpectOneErrorLineWith("ERROR_SET_NOT_FOUND (0x00000492)");
 
     // Each call of the list in turn.
     for (faults.ksCall = {1, HRESULT_FROM_WIN32(ERROR_GEN_FAILURE)}; Run({"list"}) != ExitCode::Success;)
     {
-        ExpectOneErrorLineWith("failed with 0x8007001F (ERROR_GEN_FAILURE)");
+        ExpectOneErrorLineWith("failed with HRESULT_FROM_WIN32(ERROR_GEN_FAILURE) (0x8007001F)");
         ASSERT_LT(++faults.ksCall.number, 100U);
     }
     EXPECT_GT(faults.ksCall.number, 20U);

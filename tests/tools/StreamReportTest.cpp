@@ -87,7 +87,7 @@ TEST(StreamReportTest, JsonCarriesTheNumbersAndSurvivesAnOddPath)
     EXPECT_EQ(output["lost"], 2);
     EXPECT_EQ(output["p99Ms"], 1.25);
     EXPECT_EQ(json["processorMicrosecondsPerFrame"], 10000.0 / 58);
-    EXPECT_EQ(json["leftBehind"]["dllCanUnloadNow"], "S_OK");
+    EXPECT_EQ(json["leftBehind"]["dllCanUnloadNow"], "S_OK (0x00000000)");
     EXPECT_EQ(json["problems"].size(), 1U);
 }
 

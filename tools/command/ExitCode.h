@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/ThrowIfFailed.h"
+#include "tools/names/ResultNames.h"
 
 namespace tarn_host
 {
@@ -33,7 +34,10 @@ class HostError : public std::runtime_error
   public:
     using std::runtime_error::runtime_error;
     // Names the step and the result.
-    HostError(HRESULT result, const std::string &step) : std::runtime_error(mft_utils::FailureText(step, result)) {}
+    HostError(HRESULT result, const std::string &step)
+        : std::runtime_error(step + " failed with " + ResultText(static_cast<std::uint32_t>(result)))
+    {
+    }
 };
 
 // Throws HostError naming the step when `result` is a failure.

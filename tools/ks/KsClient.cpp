@@ -8,7 +8,6 @@
 
 #include "tarn/depth_presets.h"
 #include "tools/command/ExitCode.h"
-#include "tools/ks/KsResultText.h"
 #include "tools/command/Text.h"
 
 namespace tarn_host
@@ -33,11 +32,6 @@ constexpr ULONG kRangeSize = kFirstValue + 3; // minimum, maximum, step
 constexpr ULONG kDefaultSize = kFirstValue + 1;
 constexpr ULONG kDefaultCapacity = kDefaultSize + 1; // what drivers expect for this request
 static_assert(kRangeSize == 59 && kDefaultCapacity == 58);
-
-[[noreturn]] void ThrowRefusal(const std::string &step, HRESULT result)
-{
-    throw HostError(step + " failed with " + DescribeResult(result));
-}
 
 KSPROPERTY_TARN_HW_COMMAND HeaderOf(const FirmwareCommand &command, std::size_t bufferLength)
 {
@@ -99,7 +93,7 @@ void KsClient::Get(const Request &request, void *data, ULONG capacity, ULONG nee
     // A call that nothing serves ends with a positive number.
     if (reply.result != S_OK)
     {
-        ThrowRefusal(request.step, reply.result);
+        throw HostError(reply.result, request.step);
     }
     if (reply.size < needed || reply.size > capacity)
     {
@@ -114,7 +108,7 @@ void KsClient::Set(const Request &request, const void *data, ULONG size) const
     const Reply reply = Ask(request, const_cast<void *>(data), size);
     if (reply.result != S_OK)
     {
-        ThrowRefusal(request.step, reply.result);
+        throw HostError(reply.result, request.step);
     }
 }
 
@@ -206,7 +200,7 @@ std::uint32_t KsClient::Size(const ExtensionControl &control) const
     const Reply reply = Ask(request, nullptr, 0);
     if (reply.result != HRESULT_FROM_WIN32(ERROR_MORE_DATA))
     {
-        ThrowRefusal(request.step, reply.result);
+        throw HostError(reply.result, request.step);
     }
     return reply.size;
 }

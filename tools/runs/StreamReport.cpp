@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "base/HexText.h"
 #include "tools/command/Text.h"
+#include "tools/names/ResultNames.h"
 
 namespace tarn_host
 {
@@ -18,13 +18,6 @@ using Json = nlohmann::ordered_json;
 unsigned long long Wide(std::uint64_t value)
 {
     return value;
-}
-
-std::string ResultText(HRESULT result)
-{
-    return result == S_OK      ? "S_OK"
-           : result == S_FALSE ? "S_FALSE"
-                               : mft_utils::HexText(static_cast<unsigned long>(result));
 }
 
 Json JsonOf(const OutputReport &output)
@@ -129,7 +122,8 @@ std::vector<std::string> StreamReport::Problems() const
     }
     if (leftovers.canUnload != S_OK || !leftovers.unloaded)
     {
-        problems.push_back("the module cannot be unloaded, DllCanUnloadNow gives " + ResultText(leftovers.canUnload));
+        problems.push_back("the module cannot be unloaded, DllCanUnloadNow gives " +
+                           ResultText(static_cast<std::uint32_t>(leftovers.canUnload)));
     }
     return problems;
 }
@@ -171,7 +165,7 @@ void StreamReport::WriteTable(std::ostream &output) const
                      Wide(events.otherEvents))
            << Format("left behind    %lu references on the transform, %lu on the camera, %u frames\n",
                      leftovers.transformReferences, leftovers.cameraReferences, static_cast<unsigned>(leftovers.frames))
-           << "unloading      DllCanUnloadNow " << ResultText(leftovers.canUnload)
+           << "unloading      DllCanUnloadNow " << ResultText(static_cast<std::uint32_t>(leftovers.canUnload))
            << (leftovers.unloaded ? ", module unloaded\n" : ", module still loaded\n") << '\n';
     const std::vector<std::string> problems = Problems();
     if (interrupted)
@@ -233,7 +227,7 @@ std::string StreamReport::ToJson() const
     report["leftBehind"] = {{"transformReferences", leftovers.transformReferences},
                             {"cameraReferences", leftovers.cameraReferences},
                             {"frames", leftovers.frames},
-                            {"dllCanUnloadNow", ResultText(leftovers.canUnload)},
+                            {"dllCanUnloadNow", ResultText(static_cast<std::uint32_t>(leftovers.canUnload))},
                             {"unloaded", leftovers.unloaded}};
     report["interrupted"] = interrupted;
     report["problems"] = Problems();
