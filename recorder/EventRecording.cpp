@@ -1,6 +1,5 @@
 #include "recorder/EventRecording.h"
 
-#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <utility>
@@ -20,8 +19,6 @@ namespace
 {
 constexpr std::uint64_t kAlignment = 8;
 constexpr std::size_t kChecksumEnd = offsetof(tarn_record_header, type);
-constexpr DWORD kLookMs = 1000;    // for the wish for pixels, and for room after a failure
-constexpr DWORD kClosePollMs = 10; // while a full file is still written to
 
 std::uint64_t Padded(std::uint64_t length)
 {
@@ -131,51 +128,6 @@ std::uint32_t EventRecording::NewTransform() noexcept
 {
     const std::scoped_lock guard(lock);
     return ++session.lastTransform;
-}
-
-std::unique_ptr<RecordingFile> EventRecording::ReopenFile(std::uint64_t &fileUsed)
-{
-    UniqueHandle handle = folder.SameFile();
-    if (!handle)
-    {
-        return nullptr;
-    }
-    auto file = std::make_unique<RecordingFile>(std::move(handle), limits.stepBytes, limits.fileBytes);
-    const std::scoped_lock guard(lock);
-    if (!file->GoOn() || file->Header().sessionId != session.id)
-    {
-        return nullptr;
-    }
-    fileUsed = file->Header().usedBytes;
-    file->Header().flags &= ~TARN_RECORDING_CLOSED;
-    return file;
-}
-
-std::unique_ptr<RecordingFile> EventRecording::OpenNextFile(std::uint64_t &fileUsed)
-{
-    UniqueHandle handle = folder.NewFile();
-    if (!handle)
-    {
-        return nullptr;
-    }
-    auto file = std::make_unique<RecordingFile>(std::move(handle), limits.stepBytes, limits.fileBytes);
-    if (!file->Begin())
-    {
-        return nullptr;
-    }
-    tarn_recording_header header = MakeHeader();
-    {
-        const std::scoped_lock guard(lock);
-        if (session.id == 0)
-        {
-            session.id = header.startTime ^ std::uint64_t{header.processId} << 48U;
-        }
-        header.sessionId = session.id;
-        header.part = session.parts++;
-    }
-    file->Header() = header;
-    fileUsed = WriteSession(*file);
-    return file;
 }
 
 std::uint64_t EventRecording::WriteSession(RecordingFile &file)
@@ -321,110 +273,9 @@ void EventRecording::Put(RecordingFile &file, std::uint64_t offset, std::span<st
                {reinterpret_cast<const std::uint8_t *>(&checksum), sizeof(checksum)});
 }
 
-DWORD WINAPI EventRecording::RunThread(void *recording) noexcept
-{
-    static_cast<EventRecording *>(recording)->KeepRoom();
-    return 0;
-}
-
-void EventRecording::KeepRoom() noexcept
-{
-    DWORD patience = kLookMs;
-    while (WaitForSingleObject(wake.Get(), patience) != WAIT_FAILED && !ends)
-    {
-        picturesWanted = folder.WantsPictures();
-        bool hasRoom = false;
-        mft_utils::Guarded([&] {
-            hasRoom = MakeRoom();
-            return S_OK;
-        });
-        if (!hasRoom && !std::exchange(roomFailed, true))
-        {
-            TRACE_ERROR("no room to record, error %lu; what does not fit is dropped and counted", GetLastError());
-        }
-        if (hasRoom)
-        {
-            roomFailed = false;
-            isWoken = false; // else the next look comes with the time
-        }
-        const std::scoped_lock guard(lock);
-        patience = former ? kClosePollMs : kLookMs;
-    }
-}
-
 std::uint64_t EventRecording::AheadBytes() const noexcept
 {
     return TakesPictures() ? limits.aheadOfPicturesBytes : limits.aheadBytes;
-}
-
-bool EventRecording::MakeRoom()
-{
-    CloseFormerFile();
-    return GrowAhead() && PrepareNextFile();
-}
-
-bool EventRecording::GrowAhead()
-{
-    for (;;)
-    {
-        RecordingFile *file = nullptr;
-        std::uint64_t fileUsed = 0;
-        {
-            const std::scoped_lock guard(lock);
-            file = current.get(); // only this thread ends it
-            fileUsed = used;
-            file->Header().usedBytes = used;
-        }
-        file->Release(fileUsed);
-        if (file->MappedBytes() >= std::min(fileUsed + AheadBytes(), limits.fileBytes))
-        {
-            return true;
-        }
-        if (!file->Grow())
-        {
-            return false;
-        }
-    }
-}
-
-bool EventRecording::PrepareNextFile()
-{
-    {
-        const std::scoped_lock guard(lock);
-        if (next || limits.fileBytes - used > AheadBytes())
-        {
-            return true;
-        }
-    }
-    std::uint64_t fileUsed = 0;
-    auto file = OpenNextFile(fileUsed);
-    while (file && file->MappedBytes() < std::min(AheadBytes(), limits.fileBytes))
-    {
-        if (!file->Grow())
-        {
-            return false;
-        }
-    }
-    const std::scoped_lock guard(lock);
-    next = std::move(file);
-    nextUsed = fileUsed;
-    return next != nullptr;
-}
-
-void EventRecording::CloseFormerFile() noexcept
-{
-    std::unique_ptr<RecordingFile> file;
-    std::uint64_t fileUsed = 0;
-    {
-        const std::scoped_lock guard(lock);
-        if (!former || !former->IsAtRest())
-        {
-            return;
-        }
-        file = std::move(former);
-        fileUsed = formerUsed;
-    }
-    file->Close(fileUsed, TARN_RECORDING_FULL);
 }
 
 } // namespace mft_der

@@ -11,6 +11,7 @@
 #include "tools/command/CommandLine.h"
 #include "tools/runs/DemoCommand.h"
 #include "tools/command/Interruption.h"
+#include "tools/events/EventsCommand.h"
 #include "tools/ks/KsCommand.h"
 #include "tools/nodes/NodeCommand.h"
 #include "tools/replay/ReplayCommand.h"
@@ -32,6 +33,7 @@ tarn_host::ExitCode Run(int argumentCount, wchar_t **arguments)
     commands.push_back(std::make_unique<tarn_host::DemoCommand>());
     commands.push_back(std::make_unique<tarn_host::KsCommand>());
     commands.push_back(std::make_unique<tarn_host::NodeCommand>());
+    commands.push_back(std::make_unique<tarn_host::EventsCommand>());
     commands.push_back(std::make_unique<tarn_host::ReplayCommand>());
     return tarn_host::CommandLine(std::move(commands)).Run(std::move(texts), std::cout, std::cerr);
 }

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <stdexcept>
 #include <string_view>
 
 #include "base/KsIdNames.h"
 #include "tarn/event_recording.h"
-#include "tools/names/Guid.h"
 
 namespace tarn_host
 {
@@ -156,6 +156,17 @@ std::string GuidText(GuidBytes guid)
 {
     const char *const name = GuidName(guid);
     return name != nullptr ? name : Guid::Of(guid).ToText();
+}
+
+Guid GuidNamed(std::string_view name)
+{
+    const auto found =
+        std::ranges::find(kGuids, name, [](const NamedBytes &one) { return std::string_view(one.name); });
+    if (found == kGuids.end())
+    {
+        throw std::logic_error("no GUID is named " + std::string(name));
+    }
+    return {found->key};
 }
 
 std::string SubtypeText(GuidBytes guid)

@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
+
+#include "tools/names/Guid.h"
 
 namespace tarn_host
 {
@@ -13,6 +16,8 @@ using GuidBytes = std::span<const std::uint8_t, 16>;
 
 // "MF_MT_FRAME_SIZE", "KSPROPERTYSETID_TARN_DEPTH_CONTROL"; otherwise {...}.
 std::string GuidText(GuidBytes guid);
+// The GUID of a name that the headers define. Throws std::logic_error for any other.
+Guid GuidNamed(std::string_view name);
 // Of a media subtype: "D16", "YUY2"; of formats of our own the four characters, "INVZ".
 std::string SubtypeText(GuidBytes guid);
 

@@ -79,7 +79,7 @@ std::optional<std::string_view> Value::Text() const noexcept
 
 std::optional<Attribute> Value::AsAttribute() const noexcept
 {
-    if (kind != TARN_KIND_ATTRIBUTE || payload.size() < kAttributeHead)
+    if (kind != TARN_KIND_ATTRIBUTE || payload.size() < kAttributeHead || depth >= kDeepest)
     {
         return std::nullopt;
     }

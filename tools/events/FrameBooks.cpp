@@ -1,0 +1,264 @@
+#include "tools/events/FrameBooks.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "tools/names/PipelineNames.h"
+
+namespace tarn_host
+{
+
+namespace
+{
+constexpr std::uint32_t kRun = 2;          // DeviceStreamState_Run
+constexpr std::size_t kMostAnnounced = 64; // further ones have lost their samples
+constexpr std::size_t kFewFrames = 8;      // that may be on their way when an output stops
+
+std::uint32_t StreamOf(const Record &call)
+{
+    return static_cast<std::uint32_t>(call.Values().Unsigned(TARN_VALUE_STREAM).value_or(0));
+}
+
+std::optional<std::int64_t> TimeOf(const Record &processInput)
+{
+    return SampleView::Of(processInput.Values().Items(TARN_VALUE_SAMPLE)).time;
+}
+} // namespace
+
+double OutputBooks::FramesPerSecond() const noexcept
+{
+    return runningTicks == 0 ? 0 : static_cast<double>(intervals) * 1e7 / static_cast<double>(runningTicks);
+}
+
+std::uint64_t Percentile(std::vector<std::uint64_t> values, double share)
+{
+    const auto rank = static_cast<std::size_t>(std::ceil(share * static_cast<double>(values.size())));
+    const auto nth = values.begin() + static_cast<std::ptrdiff_t>(std::max<std::size_t>(rank, 1) - 1);
+    std::nth_element(values.begin(), nth, values.end());
+    return *nth;
+}
+
+void FrameBooks::Take(const Record &record)
+{
+    if (record.header.transform == 0)
+    {
+        return;
+    }
+    Transform &transform = transforms[record.header.transform];
+    if (record.Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) ||
+        record.Is(TARN_RECORD_CALL, TARN_CALL_SHUTDOWN))
+    {
+        transform.isChanging = true;
+    }
+    else if (record.Is(TARN_RECORD_RETURN, TARN_CALL_SET_OUTPUT_STREAM_STATE))
+    {
+        TakeStateChange(transform, record);
+    }
+    else if (record.Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT))
+    {
+        TakeInput(transform, record);
+    }
+    else if (record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_INPUT) && record.Failed())
+    {
+        TakeRefusal(transform, record);
+    }
+    else if (record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT))
+    {
+        TakeOutput(transform, record);
+    }
+    else if (record.header.type == TARN_RECORD_EVENT)
+    {
+        static const std::string haveOutput = "METransformHaveOutput";
+        const auto type = record.Values().Unsigned(TARN_VALUE_EVENT_TYPE);
+        if (type && EventTypeText(static_cast<std::uint32_t>(*type)) == haveOutput)
+        {
+            transform.announced.push_back(record.header.clock);
+            if (transform.announced.size() > kMostAnnounced)
+            {
+                transform.announced.pop_front();
+            }
+        }
+    }
+}
+
+// Every output of the transform begins anew: they may share what processes their frames.
+void FrameBooks::TakeStateChange(Transform &transform, const Record &end)
+{
+    transform.isChanging = false;
+    const Record *const call = session.Find(end.header.entry);
+    if (call != nullptr && !end.Failed())
+    {
+        const ValueList arguments = call->Values();
+        const std::uint32_t stream = StreamOf(*call);
+        const TypeView type = TypeView::Of(arguments.Items(TARN_VALUE_MEDIA_TYPE));
+        Output &output = transform.outputs[stream];
+        output.books.transform = end.header.transform;
+        output.books.stream = stream;
+        output.isRunning = arguments.Unsigned(TARN_VALUE_STATE) == kRun;
+        if (output.isRunning && type.width != 0)
+        {
+            if (output.books.type.width != 0 && output.books.type.ToText() != type.ToText())
+            {
+                ended.push_back(Finished(output));
+                output = Output{};
+                output.books.transform = end.header.transform;
+                output.books.stream = stream;
+                output.isRunning = true;
+            }
+            output.books.type = type;
+        }
+        output.books.starts += output.isRunning ? 1 : 0;
+    }
+    for (auto &[stream, output] : transform.outputs)
+    {
+        if (output.isRunning)
+        {
+            output.intervals.emplace_back();
+        }
+    }
+}
+
+void FrameBooks::TakeInput(Transform &transform, const Record &call)
+{
+    const auto time = TimeOf(call);
+    if (!time)
+    {
+        return;
+    }
+    transform.inputs[*time] = {call.header.clock, call.header.sequence};
+    for (auto &[stream, output] : transform.outputs)
+    {
+        if (!output.isRunning)
+        {
+            continue;
+        }
+        Interval &interval = output.intervals.back();
+        // What comes while the outputs change counts as refused.
+        interval.frames.push_back({StreamOf(call), false, transform.isChanging});
+        output.byTime[*time] = {output.intervals.size() - 1, interval.frames.size() - 1};
+    }
+}
+
+void FrameBooks::TakeRefusal(Transform &transform, const Record &end)
+{
+    const Record *const call = session.Find(end.header.entry);
+    const auto time = call != nullptr ? TimeOf(*call) : std::nullopt;
+    for (auto &[stream, output] : transform.outputs)
+    {
+        const auto found = time ? output.byTime.find(*time) : output.byTime.end();
+        if (found != output.byTime.end())
+        {
+            output.intervals[found->second.interval].frames[found->second.frame].isRefused = true;
+        }
+    }
+}
+
+void FrameBooks::TakeOutput(Transform &transform, const Record &end)
+{
+    for (const OutputView &view : OutputsOf(end))
+    {
+        TakeSample(transform, end, view);
+    }
+}
+
+void FrameBooks::TakeSample(Transform &transform, const Record &end, const OutputView &view)
+{
+    Output &output = transform.outputs[view.stream];
+    OutputBooks &books = output.books;
+    books.transform = end.header.transform;
+    books.stream = view.stream;
+    ++books.framesOut;
+    books.blanked += view.sample.isBlanked ? 1 : 0;
+    if (!output.intervals.empty())
+    {
+        Interval &interval = output.intervals.back();
+        if (interval.lastOutAt != 0)
+        {
+            const std::uint64_t gap = Between(interval.lastOutAt, end.header.clock);
+            books.runningTicks += gap;
+            ++books.intervals;
+            if (gap > books.longestGapTicks)
+            {
+                books.longestGapTicks = gap;
+                books.longestGapAt = interval.lastOutAt;
+            }
+        }
+        interval.lastOutAt = end.header.clock;
+    }
+    const auto input = view.sample.time ? transform.inputs.find(*view.sample.time) : transform.inputs.end();
+    if (input == transform.inputs.end())
+    {
+        ++books.unexpected;
+        return;
+    }
+    links.push_back({input->second.sequence, end.header.sequence});
+    books.times.total.push_back(Between(input->second.clock, end.header.clock));
+    // The events do not name their stream; each announces one sample, so the oldest that fits is this one's.
+    const auto event = std::ranges::find_if(transform.announced, [&](std::uint64_t clock) {
+        return clock >= input->second.clock && clock <= end.header.clock;
+    });
+    if (event != transform.announced.end())
+    {
+        books.times.toAnnounced.push_back(Between(input->second.clock, *event));
+        books.times.toFetched.push_back(Between(*event, end.header.clock));
+        transform.announced.erase(event);
+    }
+    if (const auto place = output.byTime.find(*view.sample.time); place != output.byTime.end())
+    {
+        Frame &frame = output.intervals[place->second.interval].frames[place->second.frame];
+        frame.isOut = true;
+        output.feeders.insert(frame.inputStream);
+    }
+}
+
+OutputBooks FrameBooks::Finished(const Output &output)
+{
+    OutputBooks books = output.books;
+    for (const Interval &interval : output.intervals)
+    {
+        std::vector<Frame> frames;
+        std::ranges::copy_if(interval.frames, std::back_inserter(frames), [&](const Frame &frame) {
+            return output.feeders.empty() || output.feeders.contains(frame.inputStream);
+        });
+        books.framesIn += frames.size();
+        std::size_t first = frames.size();
+        std::size_t last = 0;
+        for (std::size_t i = 0; i < frames.size(); ++i)
+        {
+            if (frames[i].isOut)
+            {
+                first = std::min(first, i);
+                last = i;
+            }
+        }
+        const bool nothingCame = first == frames.size();
+        for (std::size_t i = 0; i < frames.size(); ++i)
+        {
+            const bool isBefore = frames[i].isRefused || (!nothingCame && i < first);
+            const bool isAfter = nothingCame ? frames.size() <= kFewFrames : i > last;
+            std::uint64_t &count = isBefore ? books.between : isAfter ? books.cutOff : books.lost;
+            count += frames[i].isOut ? 0 : 1;
+        }
+    }
+    return books;
+}
+
+std::vector<OutputBooks> FrameBooks::Outputs() const
+{
+    std::vector<OutputBooks> all = ended;
+    for (const auto &[number, transform] : transforms)
+    {
+        for (const auto &[stream, output] : transform.outputs)
+        {
+            if (output.books.starts != 0 || output.books.framesOut != 0)
+            {
+                all.push_back(Finished(output));
+            }
+        }
+    }
+    std::ranges::stable_sort(all, {},
+                             [](const OutputBooks &books) { return std::pair(books.transform, books.stream); });
+    return all;
+}
+
+} // namespace tarn_host

@@ -1,0 +1,19 @@
+// Short texts with numbers in them.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace tarn_host
+{
+
+// As std::snprintf; cut after 255 bytes.
+template <class... Values>
+std::string Format(const char *format, Values... values)
+{
+    char text[256];
+    std::snprintf(text, sizeof text, format, values...);
+    return text;
+}
+
+} // namespace tarn_host
