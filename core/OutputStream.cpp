@@ -146,7 +146,7 @@ HRESULT OutputStream::ProcessSample(IMFSample *sample)
         return S_OK;
     }
     samples.emplace_back(sample);
-    const HRESULT announced = eventGenerator->Raise(METransformHaveOutput);
+    const HRESULT announced = eventGenerator->RaiseHaveOutput(id, sample);
     if (FAILED(announced))
     {
         samples.pop_back(); // nobody would come for it
