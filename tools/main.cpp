@@ -14,6 +14,7 @@
 #include "tools/ks/KsCommand.h"
 #include "tools/nodes/NodeCommand.h"
 #include "tools/runs/StreamCommand.h"
+#include "tools/support/CheckInstallCommand.h"
 #include "tools/support/TraceCommand.h"
 #include "base/WideString.h"
 
@@ -33,6 +34,7 @@ tarn_host::ExitCode Run(int argumentCount, wchar_t **arguments)
     commands.push_back(std::make_unique<tarn_host::KsCommand>());
     commands.push_back(std::make_unique<tarn_host::NodeCommand>());
     commands.push_back(std::make_unique<tarn_host::TraceCommand>());
+    commands.push_back(std::make_unique<tarn_host::CheckInstallCommand>());
     return tarn_host::CommandLine(std::move(commands)).Run(std::move(texts), std::cout, std::cerr);
 }
 
