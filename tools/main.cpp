@@ -16,6 +16,7 @@
 #include "tools/nodes/NodeCommand.h"
 #include "tools/replay/ReplayCommand.h"
 #include "tools/runs/StreamCommand.h"
+#include "tools/support/CheckInstallCommand.h"
 #include "tools/support/TraceCommand.h"
 #include "base/WideString.h"
 
@@ -37,6 +38,7 @@ tarn_host::ExitCode Run(int argumentCount, wchar_t **arguments)
     commands.push_back(std::make_unique<tarn_host::EventsCommand>());
     commands.push_back(std::make_unique<tarn_host::TraceCommand>());
     commands.push_back(std::make_unique<tarn_host::ReplayCommand>());
+    commands.push_back(std::make_unique<tarn_host::CheckInstallCommand>());
     return tarn_host::CommandLine(std::move(commands)).Run(std::move(texts), std::cout, std::cerr);
 }
 

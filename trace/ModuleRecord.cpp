@@ -35,12 +35,9 @@ void ReadWindowsVersion(char *text, std::size_t size) noexcept
 }
 } // namespace
 
-ModuleRecord::ModuleRecord() noexcept : processId(GetCurrentProcessId())
+const ModuleRecord &ModuleRecord::Read() noexcept
 {
-    SYSTEMTIME now;
-    GetSystemTime(&now);
-    std::snprintf(date.data(), date.size(), "%04u-%02u-%02u", now.wYear % 10000u, now.wMonth % 100u, now.wDay % 100u);
-
+    processId = GetCurrentProcessId();
     std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> name{};
     DWORD length = static_cast<DWORD>(name.size());
     if (GetComputerNameW(name.data(), &length) != 0)
@@ -56,6 +53,16 @@ ModuleRecord::ModuleRecord() noexcept : processId(GetCurrentProcessId())
         ReadPath(own, modulePath);
     }
     ReadPath(nullptr, processPath);
+    return *this;
+}
+
+std::array<char, ModuleRecord::kDateSize> ModuleRecord::Today() noexcept
+{
+    SYSTEMTIME now;
+    GetSystemTime(&now);
+    std::array<char, kDateSize> date{};
+    std::snprintf(date.data(), date.size(), "%04u-%02u-%02u", now.wYear % 10000u, now.wMonth % 100u, now.wDay % 100u);
+    return date;
 }
 
 const char *ModuleRecord::Version() noexcept

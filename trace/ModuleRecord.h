@@ -10,14 +10,17 @@
 namespace mft_utils
 {
 
-// Written just before the first other record, and not before: what is healthy leaves an error log empty. Borrows
-// nothing. Confined.
+// Written just before the first other record, and not before: what is healthy leaves an error log empty. Empty until
+// it is read. Confined.
 class ModuleRecord
 {
   public:
-    ModuleRecord() noexcept;
+    constexpr ModuleRecord() noexcept = default;
     ModuleRecord(const ModuleRecord &) = delete;
     ModuleRecord &operator=(const ModuleRecord &) = delete;
+
+    // Takes too long for a thread that has a frame.
+    const ModuleRecord &Read() noexcept;
 
     // Below every level, so that each session and each log takes it.
     static constexpr TraceLevel kLevel{0};
@@ -26,6 +29,7 @@ class ModuleRecord
     template <class Use>
     void AsEvent(Use use) const noexcept
     {
+        const std::array<char, kDateSize> date = Today();
         use(TraceEvent{kLevel,
                        TraceOpcode::Info,
                        nullptr,
@@ -38,15 +42,17 @@ class ModuleRecord
     }
 
   private:
+    static constexpr std::size_t kDateSize = 16;
+
     static const char *Version() noexcept;
+    static std::array<char, kDateSize> Today() noexcept; // UTC, as in 2026-11-21
 
     using Path = std::array<char, 3 * MAX_PATH>; // UTF-8
     static void ReadPath(HMODULE module, Path &path) noexcept;
 
-    std::array<char, 16> date{}; // UTC, as in 2026-11-21
     std::array<char, 3 * MAX_COMPUTERNAME_LENGTH + 1> machine{};
     std::array<char, 24> windowsVersion{};
-    DWORD processId;
+    DWORD processId = 0;
     Path modulePath{};
     Path processPath{};
 };

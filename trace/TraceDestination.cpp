@@ -3,7 +3,6 @@
 #include <array>
 #include <cstring>
 
-#include "trace/ModuleRecord.h"
 #include "trace/TraceLine.h"
 
 namespace mft_utils
@@ -12,6 +11,7 @@ namespace mft_utils
 bool TraceDestination::Open(const TraceSetting &setting) noexcept
 {
     Close();
+    moduleRecord.Read();
     moduleRecordDue = true;
     switch (setting.destination)
     {
@@ -38,7 +38,7 @@ void TraceDestination::Write(const TraceText &line) noexcept
     if (file.Renew() || moduleRecordDue)
     {
         moduleRecordDue = false;
-        ModuleRecord().AsEvent([this](const TraceEvent &record) { WriteLine(TraceLine(record)); });
+        moduleRecord.AsEvent([this](const TraceEvent &record) { WriteLine(TraceLine(record)); });
     }
     WriteLine(line);
 }

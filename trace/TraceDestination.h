@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include "trace/ModuleRecord.h"
 #include "trace/TraceFile.h"
 #include "trace/TraceSetting.h"
 #include "trace/TraceText.h"
@@ -25,6 +26,7 @@ class TraceDestination
 
     TraceFile file;
     HANDLE standardError = nullptr; // null, and no file: lines go to the debugger
+    ModuleRecord moduleRecord;
     bool moduleRecordDue = false;
 };
 

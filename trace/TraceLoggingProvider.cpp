@@ -231,7 +231,7 @@ class StructuredChannel final : public ITraceChannel
         if (moduleRecordDue.load(std::memory_order_relaxed) &&
             moduleRecordDue.exchange(false, std::memory_order_relaxed))
         {
-            ModuleRecord().AsEvent([handle](const TraceEvent &record) { Send(handle, record); });
+            ModuleRecord().Read().AsEvent([handle](const TraceEvent &record) { Send(handle, record); });
         }
         Send(handle, event);
     }

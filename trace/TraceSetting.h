@@ -23,7 +23,7 @@ struct TraceSetting
     std::uint64_t limitBytes = kDefaultLimit;
     std::string_view path; // of the file, UTF-8; borrows the setting's text
 
-    // With the older file twice as much: some minutes at the verbose level, hours at the others.
+    // With the older file twice as much: ten minutes of frames at the level of information, less at the verbose one.
     static constexpr std::uint64_t kDefaultLimit = 32 * 1024 * 1024;
 
     static TraceSetting Parse(std::string_view setting) noexcept;

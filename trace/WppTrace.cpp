@@ -156,7 +156,7 @@ class WppChannel final : public ITraceChannel
         if (moduleRecordDue.load(std::memory_order_relaxed) &&
             moduleRecordDue.exchange(false, std::memory_order_relaxed))
         {
-            ModuleRecord().AsEvent([](const TraceEvent &record) {
+            ModuleRecord().Read().AsEvent([](const TraceEvent &record) {
                 TraceText text(record.name);
                 AppendFields(text, record);
                 Send({ModuleRecord::kLevel,

@@ -152,7 +152,7 @@ bool ReadXmlEvent(std::string_view xml, LogRecord &record)
     }
     if (const auto debug = Find(xml, "DebugData")) // a classic message, whose text was made with the format file
     {
-        ReadMessageText(ContentOf(debug->content, "Message"), record);
+        ReadClassicMessage(ContentOf(debug->content, "Message"), record);
         return true;
     }
     if (const auto rendering = Find(xml, "RenderingInfo"))

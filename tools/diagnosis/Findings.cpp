@@ -50,15 +50,31 @@ void AddSymptoms(const SessionFacts &facts, std::vector<Finding> &findings)
     }
 }
 
+// Calls below the module's own properties carry the name of an object only: they show that the camera refused.
+bool IsNamed(std::string_view control) noexcept
+{
+    return Contains(control, " property ") || Contains(control, " event ") || Contains(control, " for preset ");
+}
+
 void AddControls(const SessionFacts &facts, std::vector<Finding> &findings)
 {
-    for (const auto &[control, counted] : facts.ksFailures.empty() ? facts.ksFailuresFromEvents : facts.ksFailures)
+    const Counts &failures = facts.ksFailures.empty() ? facts.ksFailuresFromEvents : facts.ksFailures;
+    const auto isNamed = [](const auto &one) { return IsNamed(one.first); };
+    const bool hasNamed = std::any_of(failures.begin(), failures.end(), isNamed);
+    const bool isOfCamera = !std::all_of(failures.begin(), failures.end(), isNamed);
+    for (const auto &[control, counted] : failures)
     {
-        const bool isNotThere = IsNotThere(control);
-        findings.push_back({isNotThere ? Advice : Wrong, counted.firstUs, counted.count,
-                            (isNotThere ? "a control is not there: " : "the camera refuses a control: ") + control,
-                            isNotThere ? "an application asks for what this camera does not have"
-                                       : "docs/ks-reference.md: what it may answer; is the firmware the right one"});
+        if (IsNotThere(control))
+        {
+            findings.push_back({Advice, counted.firstUs, counted.count, "a control is not there: " + control,
+                                "an application asks for what this camera does not have"});
+        }
+        else if (!hasNamed || IsNamed(control))
+        {
+            findings.push_back({Wrong, counted.firstUs, counted.count,
+                                (isOfCamera ? "the camera refuses a control: " : "a call is refused: ") + control,
+                                "docs/ks-reference.md: what may be asked, and the results"});
+        }
     }
 }
 

@@ -9,7 +9,8 @@
 namespace tarn_host
 {
 
-LogFile::LogFile(std::istream &stream) : input(stream)
+LogFile::LogFile(std::istream &stream, std::int64_t formerUs)
+    : input(stream), dayUs(formerUs - formerUs % kUsPerDay), lastTimeOfDayUs(formerUs % kUsPerDay)
 {
     if (input.peek() == 0xFF)
     {

@@ -15,7 +15,8 @@ namespace tarn_host
 class LogFile
 {
   public:
-    explicit LogFile(std::istream &stream);
+    // `formerUs` is the time of the last record of the file that was read before, which belongs to the same log.
+    explicit LogFile(std::istream &stream, std::int64_t formerUs = 0);
 
     // False at the end.
     bool Next(LogRecord &record);
@@ -46,8 +47,8 @@ class LogFile
     std::string piece;
     std::string waiting; // bytes of a character that came from UTF-16
     std::uint64_t skipped = 0;
-    std::int64_t dayUs = 0;
-    std::int64_t lastTimeOfDayUs = 0;
+    std::int64_t dayUs;
+    std::int64_t lastTimeOfDayUs;
 };
 
 } // namespace tarn_host

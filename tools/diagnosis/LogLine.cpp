@@ -28,14 +28,6 @@ bool TakeLevel(TextScanner &scanner, std::uint32_t &level) noexcept
     return level != 0;
 }
 
-// The classic channel's level is part of the text for plain messages only.
-std::uint32_t LevelOfMessage(const LogRecord &record) noexcept
-{
-    return record.text.find(" failed, hr ") != std::string::npos || record.text.find(", expected ") != std::string::npos
-               ? LogRecord::kErrorLevel
-               : record.level;
-}
-
 // Some converters put marks of the writing direction into the date.
 std::string WithoutForeignBytes(std::string_view text)
 {
@@ -119,8 +111,7 @@ bool ReadConvertedLine(std::string_view line, LogRecord &record)
     }
     else
     {
-        ReadMessageText(scanner.Rest(), record);
-        record.level = LevelOfMessage(record);
+        ReadClassicMessage(scanner.Rest(), record);
     }
     return true;
 }

@@ -1,7 +1,11 @@
 #include "tools/diagnosis/MessageText.h"
 
+#include <algorithm>
+#include <array>
+
 #include <nlohmann/json.hpp>
 
+#include "tools/diagnosis/ResultsInText.h"
 #include "tools/diagnosis/TextScanner.h"
 
 namespace tarn_host
@@ -143,6 +147,22 @@ void ReadMessageText(std::string_view text, LogRecord &record)
         return;
     }
     record.text = scanner.Rest();
+}
+
+void ReadClassicMessage(std::string_view text, LogRecord &record)
+{
+    ReadMessageText(text, record);
+    const std::size_t hr = record.text.rfind(", hr ");
+    if (record.kind != LogRecord::Kind::Message || hr == std::string::npos ||
+        (record.text.find(" failed, hr ") == std::string::npos && record.text.find(", expected ") == std::string::npos))
+    {
+        return;
+    }
+    // Answers of a caller's question for more, which the module takes for information.
+    static constexpr std::array<std::uint32_t, 3> kEndOfSupply{0xC00D3E80, 0xC00D6D72, 0xC00D36B9};
+    const std::uint32_t result = ResultOf(std::string_view(record.text).substr(hr + 5)).value_or(0);
+    const bool isEnd = std::find(kEndOfSupply.begin(), kEndOfSupply.end(), result) != kEndOfSupply.end();
+    record.level = isEnd ? LogRecord::kInfoLevel : LogRecord::kErrorLevel;
 }
 
 void ReadEventText(std::string_view text, LogRecord &record)

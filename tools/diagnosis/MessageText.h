@@ -12,6 +12,9 @@ namespace tarn_host
 // of another form is a message without a function.
 void ReadMessageText(std::string_view text, LogRecord &record);
 
+// The same, as the classic channel records it: without a level where a step failed.
+void ReadClassicMessage(std::string_view text, LogRecord &record);
+
 // "name start #12 Field=value Other="a text"": an event, with or without start, stop and activity.
 void ReadEventText(std::string_view text, LogRecord &record);
 

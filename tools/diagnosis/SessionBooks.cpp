@@ -292,6 +292,18 @@ void SessionBooks::TakeKsResult(const LogRecord &record)
         }
         return;
     }
+    std::string_view preset;
+    std::string_view control;
+    TextScanner scanner(SplitAtColon(record.text).second);
+    if (Contains(record.source, "TarnDepthPresets") && scanner.TakeUntil(" failed at ", preset) &&
+        scanner.TakeUntil(", hr ", control))
+    {
+        const auto result = ResultOf(scanner.Rest());
+        Count(facts.ksFailures,
+              std::string(control) + " for preset " + std::string(preset) + ": " + ResultText(result.value_or(0)),
+              record.timeUs);
+        return;
+    }
     const std::size_t hr = record.text.find(": hr ");
     if (record.kind == LogRecord::Kind::Message && hr != std::string::npos && Contains(record.text, ", bytes returned"))
     {

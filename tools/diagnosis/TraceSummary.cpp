@@ -24,11 +24,12 @@ bool IsWrong(const std::vector<Finding> &findings)
 
 void TraceSummary::Read(std::istream &stream)
 {
-    LogFile file(stream);
+    LogFile file(stream, lastUs);
     std::uint32_t process = 0;
     for (LogRecord record; file.Next(record);)
     {
         ++records;
+        lastUs = record.timeUs;
         process = record.process == 0 ? process : record.process; // a note on lost lines has none
         if (!open.contains(process) && open.size() >= kMostProcessesAtOnce)
         {

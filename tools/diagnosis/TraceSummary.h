@@ -30,6 +30,7 @@ class TraceSummary
   private:
     std::map<std::uint32_t, SessionBooks> open; // by process
     std::vector<SessionFacts> closed;
+    std::int64_t lastUs = 0; // of the last file
     std::uint64_t records = 0;
     std::uint64_t skipped = 0;
 };
