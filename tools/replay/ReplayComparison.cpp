@@ -129,10 +129,7 @@ std::string ReplayComparison::LineOf(const Record &record) const
     std::array<char, 96> head{};
     std::snprintf(head.data(), head.size(), "#%llu  %.3f ms  thread %u  ",
                   static_cast<unsigned long long>(record.header.sequence), milliseconds, record.header.thread);
-    std::string text =
-        head.data() + tarn_host::RecordTypeText(record.header.type) + "  " + tarn_host::RecordText(session, record);
-    const bool isEnd = record.header.type == TARN_RECORD_RETURN || record.header.type == TARN_RECORD_KS_RETURN;
-    return isEnd ? text + " = " + tarn_host::ResultText(static_cast<std::uint32_t>(record.header.result)) : text;
+    return head.data() + tarn_host::RecordTypeText(record.header.type) + "  " + tarn_host::RecordText(session, record);
 }
 
 // The last records of its thread.
