@@ -74,11 +74,24 @@ const std::vector<DamageCase> kDamageCases{
     {"ClosedAndCut",
      [](File &file, const auto &at) {
          file[16] |= TARN_RECORDING_CLOSED;
-         file[57] = 0x10; // usedBytes
          file.resize(at[5]);
      },
      {1, 2, 3, 4, 5},
      {DamageKind::MissingEnd}},
+    {"ClosedAndBlankAtTheEnd",
+     [](File &file, const auto &at) {
+         file[16] |= TARN_RECORDING_CLOSED;
+         Fill(file, at[5], file.size(), 0);
+     },
+     {1, 2, 3, 4, 5},
+     {DamageKind::MissingEnd}},
+    {"TwoRecordsTakenOut",
+     [](File &file, const auto &at) {
+         file.erase(file.begin() + static_cast<std::ptrdiff_t>(at[2]),
+                    file.begin() + static_cast<std::ptrdiff_t>(at[4]));
+     },
+     {1, 2, 5, 6},
+     {DamageKind::MissingRecords}},
     {"Magic", [](File &file, const auto &) { file[0] = 0; }, {1, 2, 3, 4, 5, 6}, {DamageKind::Header}},
     {"FirstRecordsPlace", [](File &file, const auto &) { file[12] = 3; }, {1, 2, 3, 4, 5, 6}, {DamageKind::Header}},
     {"Version", [](File &file, const auto &) { file[8] = 9; }, {1, 2, 3, 4, 5, 6}, {DamageKind::Version}},

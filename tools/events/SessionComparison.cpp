@@ -7,7 +7,6 @@
 #include "tools/events/RecordText.h"
 #include "tools/names/Format.h"
 #include "tools/names/PipelineNames.h"
-#include "tools/names/ResultNames.h"
 
 namespace tarn_host
 {
@@ -166,7 +165,7 @@ std::string TextOf(const RecordedSession &session, const Record *record)
     if (end != nullptr)
     {
         const std::string gave = ValuesText(end->Values());
-        text += " = " + ResultText(static_cast<std::uint32_t>(end->header.result)) + (gave.empty() ? "" : "  " + gave);
+        text += " = " + EndText(*end) + (gave.empty() ? "" : "  " + gave);
     }
     return text;
 }
@@ -229,12 +228,6 @@ std::string DifferentValue(const RecordedSession &expected, const Record &one, c
                                                           : DifferentValue(oneEnd->Values(), twoEnd->Values());
 }
 
-// Where the session with the difference stands: a record that is not there counts behind the last one of the lane.
-std::uint64_t PlaceOf(const std::vector<const Record *> &lane, std::size_t index)
-{
-    return index < lane.size() ? lane[index]->header.sequence : lane.empty() ? 0 : lane.back()->header.sequence + 1;
-}
-
 } // namespace
 
 ComparisonResult CompareSessions(const RecordedSession &expected, const RecordedSession &got)
@@ -262,11 +255,12 @@ ComparisonResult CompareSessions(const RecordedSession &expected, const Recorded
             continue;
         }
         ++result.differences;
-        const std::uint64_t place = PlaceOf(lane, at);
+        const Record *const one = at < lane.size() ? lane[at] : nullptr;
+        const Record *const two = at < other.size() ? other[at] : nullptr;
+        // Where only the other session has something, its place there is the best guess.
+        const std::uint64_t place = (one != nullptr ? one : two)->header.sequence;
         if (!result.first || place < firstAt)
         {
-            const Record *const one = at < lane.size() ? lane[at] : nullptr;
-            const Record *const two = at < other.size() ? other[at] : nullptr;
             firstAt = place;
             result.first = {name,
                             at + 1,

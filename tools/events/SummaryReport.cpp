@@ -1,5 +1,6 @@
 #include "tools/events/SummaryReport.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include <nlohmann/json.hpp>
@@ -29,6 +30,7 @@ void WriteHead(const SessionSummary &summary, std::ostream &output)
 {
     output << "Session of " << TimeText(summary.startTime) << ", "
            << Format("%.3f s", static_cast<double>(summary.ticks) / 1e7) << ", " << summary.records << " records"
+           << (summary.droppedRecords == 0 ? ", none dropped" : Format(", %llu dropped", Wide(summary.droppedRecords)))
            << (summary.isClosed ? "" : ", without an orderly end") << '\n'
            << "  module " << summary.module << " on " << summary.machine << ", process " << summary.processId
            << (summary.process.empty() ? "" : " " + summary.process) << '\n'
@@ -98,7 +100,15 @@ void WriteCalls(const char *title, const std::map<std::string, CallBooks> &calls
     {
         return;
     }
-    output << '\n' << Format("%-60s", title) << "  count  failed   p50 ms   p99 ms   max ms\n";
+    std::size_t width = 0;
+    for (const auto &[name, books] : calls)
+    {
+        width = std::max(width, name.size());
+    }
+    const auto padded = [width](const std::string &text, std::size_t more) {
+        return text + std::string(width + more - std::min(width + more, text.size()), ' ');
+    };
+    output << '\n' << padded(title, 2) << "   count  failed    p50 ms    p99 ms    max ms\n";
     for (const auto &[name, books] : calls)
     {
         output << Format("  %-58s %6llu  %6llu %8.3f %8.3f %8.3f\n", name.c_str(), Wide(books.count),

@@ -171,6 +171,7 @@ RecordedSession RecordedSession::Of(std::vector<Part> parts)
     }
     session.NameMissingParts();
     session.Join();
+    session.NameMissingRecords();
     return session;
 }
 
@@ -209,6 +210,38 @@ void RecordedSession::Join()
             ends[static_cast<std::size_t>(call - records.data())] = static_cast<std::uint32_t>(i);
         }
     }
+}
+
+// Where the numbers have a gap without any other damage. A file that was prepared and not needed takes one number.
+void RecordedSession::NameMissingRecords()
+{
+    if (records.empty() || !damages.empty())
+    {
+        return;
+    }
+    const std::uint64_t first = records.front().header.sequence;
+    const std::uint64_t missing = records.back().header.sequence - first + 1 - records.size();
+    if (missing <= DroppedRecords() + 1)
+    {
+        return;
+    }
+    std::size_t before = 0;
+    while (records[before + 1].header.sequence == first + before + 1)
+    {
+        ++before;
+    }
+    damages.push_back(
+        {DamageKind::MissingRecords, records[before].header.sequence, missing, PathText(files.front().path)});
+}
+
+std::uint64_t RecordedSession::DroppedRecords() const noexcept
+{
+    std::uint64_t dropped = 0;
+    for (const File &file : files)
+    {
+        dropped += file.header.droppedRecords;
+    }
+    return dropped;
 }
 
 std::uint64_t RecordedSession::Id() const noexcept
