@@ -16,7 +16,6 @@ using Clock = std::chrono::steady_clock;
 namespace
 {
 constexpr auto kCallLimit = 30s;
-constexpr auto kEventLimit = 5s;
 constexpr auto kPoll = 2ms;
 // A change has closed its outputs by then; what waits for frames in flight can be let through.
 constexpr auto kChangeBegun = 50ms;
@@ -52,6 +51,7 @@ CallPlayer::~CallPlayer() = default;
 
 void CallPlayer::Play(const PlayOptions &options)
 {
+    eventLimit = options.eventLimit;
     const ReplayScript script(session);
     const auto startedAt = Clock::now();
     const std::uint64_t startClock = session.Records().empty() ? 0 : session.Records().front().header.clock;
@@ -252,9 +252,9 @@ void CallPlayer::EndWait(const RecordedCall &call)
     while (!waiting.thread.Wait(kPoll))
     {
         const auto elapsed = Clock::now() - begun;
-        if (elapsed >= kEventLimit)
+        if (elapsed >= eventLimit)
         {
-            comparison.Tell(call.entry, "the event did not come in 5 s", EventText(call), "none");
+            comparison.Tell(call.entry, "the event did not come in time", EventText(call), "none");
             return;
         }
         if (elapsed >= kEventUnderWay)
@@ -278,9 +278,10 @@ bool CallPlayer::RunNextFrame(Transform &transform)
         return false;
     }
     const auto frame = transform.nextRun++;
-    if (!transform.calls->WorkQueue()->RunUpTo(frame->second, kEventLimit))
+    if (!transform.calls->WorkQueue()->RunUpTo(frame->second, eventLimit))
     {
-        comparison.Tell(session.Find(frame->first), "the frame was not processed in 5 s", "processed", "not processed");
+        comparison.Tell(session.Find(frame->first), "the frame was not processed in time", "processed",
+                        "not processed");
     }
     return true;
 }
@@ -303,7 +304,7 @@ void CallPlayer::SignalEvent(const Record &record)
         return;
     }
     transform->camera->SignalEvent();
-    const auto end = Clock::now() + kEventLimit;
+    const auto end = Clock::now() + eventLimit;
     const auto &records = session.Records();
     for (auto at = records.begin() + (&record - records.data()) + 1; at != records.end(); ++at)
     {
@@ -320,7 +321,7 @@ void CallPlayer::SignalEvent(const Record &record)
         {
             if (Clock::now() >= end)
             {
-                comparison.Tell(&*at, "the camera's event led to no question in 5 s", "a question", "none");
+                comparison.Tell(&*at, "the camera's event led to no question in time", "a question", "none");
                 return;
             }
             std::this_thread::sleep_for(kPoll);
@@ -345,7 +346,7 @@ void CallPlayer::ReleaseAll()
         caller.Wait(kCallLimit);
         for (auto &[thread, waiting] : transform.waits)
         {
-            waiting.thread.Wait(kEventLimit);
+            waiting.thread.Wait(eventLimit);
         }
         transform.calls->Close();
         transform.calls.reset();

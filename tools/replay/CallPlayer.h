@@ -22,8 +22,9 @@ namespace tarn_replay
 
 struct PlayOptions
 {
-    bool recordedSpeed = false;         // otherwise as fast as it goes
-    std::optional<std::uint64_t> until; // the last record's number
+    bool recordedSpeed = false;                 // otherwise as fast as it goes
+    std::optional<std::uint64_t> until;         // the last record's number
+    std::chrono::milliseconds eventLimit{5000}; // after which an event does not come any more
 };
 
 // Makes the calls one after the other, each on its own time limit, and has the module's frames processed where the
@@ -86,6 +87,7 @@ class CallPlayer
     const tarn_host::LoadedModule &module;
     ReplayComparison &comparison;
     const FramePixels pixels;
+    std::chrono::milliseconds eventLimit{};
     CallThread caller;
     std::map<std::uint32_t, Transform> transforms;
 };

@@ -96,9 +96,9 @@ class ModuleCalls
     ComPtr<IMFDeviceTransform> transform;
     ComPtr<IUnknown> camera;
     const FramePixels &pixels;
+    const bool hashesWanted;
     std::vector<std::unique_ptr<HeldWorkQueue>> workQueues; // the last one is in use
     const ComPtr<EventArrival> arrival;
-    const bool hashesWanted;
     std::map<std::uint32_t, std::uint64_t> outputNumbers; // of the last sample, by stream
     std::map<std::uint64_t, KSEVENTDATA> eventData;       // of applications, by the address in the recording
     bool hasChangedState = false;                         // before, a frame is dropped at once

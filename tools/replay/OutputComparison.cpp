@@ -42,14 +42,26 @@ std::int64_t OutputComparison::Sample::Time() const noexcept
 
 OutputComparison::OutputComparison(const RecordedSession &recordedSession) : session(recordedSession)
 {
-    for (const Record &record : session.Records())
-    {
-        const auto time =
-            record.header.type == TARN_RECORD_EVENT ? record.Values().Signed(TARN_VALUE_TIME) : std::nullopt;
-        const auto stream = record.Values().Unsigned(TARN_VALUE_STREAM);
+    const auto announce = [this](const Record &record, ValueList values, ValueList sample) {
+        const auto time = sample.Signed(TARN_VALUE_TIME);
+        const auto stream = values.Unsigned(TARN_VALUE_STREAM);
         if (time && stream)
         {
             announced.insert({{record.header.transform, static_cast<std::uint32_t>(*stream)}, *time});
+        }
+    };
+    for (const Record &record : session.Records())
+    {
+        if (record.header.type == TARN_RECORD_EVENT)
+        {
+            announce(record, record.Values(), record.Values());
+        }
+        else if (record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT))
+        {
+            for (const Value &buffer : record.Values())
+            {
+                announce(record, buffer.Items(), buffer.Items().Items(TARN_VALUE_SAMPLE));
+            }
         }
     }
 }

@@ -59,7 +59,10 @@ ExitCode ReplayCommand::Run()
     tarn_replay::ReplayComparison comparison(session);
     {
         tarn_replay::CallPlayer player(session, module, comparison);
-        player.Play({recordedSpeed, until});
+        tarn_replay::PlayOptions options;
+        options.recordedSpeed = recordedSpeed;
+        options.until = until;
+        player.Play(options);
     }
     std::cout << comparison.ToText();
     return comparison.IsDifferent() ? ExitCode::Failure : ExitCode::Success;

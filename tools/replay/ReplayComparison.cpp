@@ -1,9 +1,11 @@
 #include "tools/replay/ReplayComparison.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <vector>
 
+#include "tools/events/RecordText.h"
 #include "tools/names/PipelineNames.h"
 #include "tools/names/ResultNames.h"
 
@@ -13,21 +15,6 @@ namespace tarn_replay
 namespace
 {
 constexpr std::size_t kRecordsBefore = 10;
-
-std::string NameOf(const Record &record)
-{
-    switch (record.header.type)
-    {
-    case TARN_RECORD_CALL:
-    case TARN_RECORD_RETURN:
-        return tarn_host::CallText(record.header.subject);
-    case TARN_RECORD_EVENT:
-        return tarn_host::EventTypeText(
-            static_cast<std::uint32_t>(record.Values().Unsigned(TARN_VALUE_EVENT_TYPE).value_or(0)));
-    default:
-        return "";
-    }
-}
 
 // Questions whose answer depends on which of two threads came first.
 bool AsksForState(const Record &entry)
@@ -139,15 +126,10 @@ std::string ReplayComparison::LineOf(const Record &record) const
 {
     const double milliseconds =
         static_cast<double>(record.header.clock - session.Files().front().header.startClock) / 1e4;
-    std::vector<char> head(96);
+    std::array<char, 96> head{};
     std::snprintf(head.data(), head.size(), "#%llu  %.3f ms  thread %u  ",
                   static_cast<unsigned long long>(record.header.sequence), milliseconds, record.header.thread);
-    std::string text = head.data() + tarn_host::RecordTypeText(record.header.type) + " " + NameOf(record);
-    if (record.header.type == TARN_RECORD_RETURN || record.header.type == TARN_RECORD_KS_RETURN)
-    {
-        text += " " + tarn_host::ResultText(static_cast<std::uint32_t>(record.header.result));
-    }
-    return text;
+    return head.data() + tarn_host::RecordTypeText(record.header.type) + "  " + tarn_host::RecordText(session, record);
 }
 
 // The last records of its thread.
