@@ -6,12 +6,13 @@
 #include <string>
 
 #include "base/UniqueHandle.h"
+#include "tarn/event_recording.h"
 
 namespace mft_der
 {
 
 // Where the module records when the folder is there. It is never created.
-inline constexpr wchar_t kRecordingFolder[] = L"c:\\OrrinLogs\\";
+inline constexpr wchar_t kRecordingFolder[] = TARN_RECORDING_FOLDER;
 
 // "events.bin" is the newest recording; earlier ones are "events.1.bin" and so on. A process that finds it in use takes
 // "events-<process id>.bin". Confined.
