@@ -88,6 +88,11 @@ UniqueHandle RecordingFolder::NewFile()
     return file;
 }
 
+void RecordingFolder::RemoveNewest() const
+{
+    DeleteFileW(NameOf(0).c_str());
+}
+
 UniqueHandle RecordingFolder::SameFile() const
 {
     return stem.empty() ? UniqueHandle() : Open(NameOf(0), GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);

@@ -29,6 +29,8 @@ class RecordingFolder
     // Makes an empty newest file; earlier ones move up. On failure the result is null and GetLastError() tells why;
     // where a file could not be moved, some may have been already.
     user_space_frameworks::UniqueHandle NewFile();
+    // One that turned out to be of no use.
+    void RemoveNewest() const;
     // The newest file again, once it was closed.
     user_space_frameworks::UniqueHandle SameFile() const;
 
