@@ -101,26 +101,29 @@ bool RecordingFile::Lengthen(std::uint64_t bytes)
         return false;
     }
     auto length = static_cast<std::uint64_t>(size.QuadPart);
-    if (length < bytes && SetFilePointerEx(file.Get(), size, nullptr, FILE_BEGIN) == FALSE)
-    {
-        return false;
-    }
-    while (length < bytes)
+    bool canWrite = length >= bytes || SetFilePointerEx(file.Get(), size, nullptr, FILE_BEGIN) != FALSE;
+    while (canWrite && length < bytes)
     {
         DWORD written = 0;
         const auto count = static_cast<DWORD>(std::min<std::uint64_t>(bytes - length, zeros.size()));
-        if (WriteFile(file.Get(), zeros.data(), count, &written, nullptr) == FALSE)
-        {
-            return false;
-        }
-        if (written == 0)
-        {
-            SetLastError(ERROR_DISK_FULL);
-            return false;
-        }
+        canWrite = WriteFile(file.Get(), zeros.data(), count, &written, nullptr) != FALSE && written != 0;
         length += written;
     }
-    return true;
+    if (!canWrite)
+    {
+        const DWORD error = GetLastError();
+        CutTo(size); // what is left of the disk is not ours to take
+        SetLastError(error == ERROR_SUCCESS ? ERROR_DISK_FULL : error);
+    }
+    return canWrite;
+}
+
+void RecordingFile::CutTo(const LARGE_INTEGER &length) const noexcept
+{
+    if (SetFilePointerEx(file.Get(), length, nullptr, FILE_BEGIN) != FALSE)
+    {
+        SetEndOfFile(file.Get()); // where it cannot, zeros are left at the end
+    }
 }
 
 void RecordingFile::Enter(std::uint64_t offset, std::uint64_t bytes) noexcept
@@ -184,10 +187,7 @@ void RecordingFile::Close(std::uint64_t usedBytes, std::uint32_t flags) noexcept
     }
     LARGE_INTEGER end{};
     end.QuadPart = static_cast<LONGLONG>(usedBytes);
-    if (SetFilePointerEx(file.Get(), end, nullptr, FILE_BEGIN) != FALSE)
-    {
-        SetEndOfFile(file.Get()); // where it cannot, zeros are left at the end
-    }
+    CutTo(end);
 }
 
 } // namespace mft_der

@@ -67,6 +67,7 @@ class RecordingFile
 
     bool Map(std::size_t index);
     bool Lengthen(std::uint64_t bytes);
+    void CutTo(const LARGE_INTEGER &length) const noexcept;
 
     const user_space_frameworks::UniqueHandle file;
     const std::uint32_t step;

@@ -44,12 +44,17 @@ bool RecordingFolder::Exists(const std::wstring &path) noexcept
 
 bool RecordingFolder::WantsPictures() const
 {
-    return GetFileAttributesW((folder + L"frames").c_str()) != INVALID_FILE_ATTRIBUTES;
+    return GetFileAttributesW((folder + TARN_RECORDING_WISH_FOR_PICTURES).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 std::wstring RecordingFolder::NameOf(unsigned number) const
 {
-    return folder + stem + (number == 0 ? L"" : L"." + std::to_wstring(number)) + L".bin";
+    std::wstring name = folder + stem;
+    if (number != 0)
+    {
+        name.append(L".").append(std::to_wstring(number));
+    }
+    return name.append(L".bin");
 }
 
 bool RecordingFolder::ChooseName()
@@ -81,6 +86,11 @@ UniqueHandle RecordingFolder::NewFile()
         file = Open(NameOf(0), access, CREATE_NEW);
     }
     return file;
+}
+
+void RecordingFolder::RemoveNewest() const
+{
+    DeleteFileW(NameOf(0).c_str());
 }
 
 UniqueHandle RecordingFolder::SameFile() const

@@ -15,6 +15,10 @@
 #define TARN_RECORDING_MAGIC 0x535456454E524154ull /* "TARNEVTS" in memory */
 #define TARN_RECORDING_VERSION 1u
 
+/* Where the module records when this folder is there, and the file in it by which pixels are asked for. */
+#define TARN_RECORDING_FOLDER L"c:\\OrrinLogs\\"
+#define TARN_RECORDING_WISH_FOR_PICTURES L"frames"
+
 /* Bits of tarn_recording_header::flags. */
 #define TARN_RECORDING_HOLDS_PICTURES 0x1u /* pixels of input frames; set before the first of them is written */
 #define TARN_RECORDING_CLOSED 0x2u         /* `usedBytes` is final; a process that ended abruptly never sets it */
