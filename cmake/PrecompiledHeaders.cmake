@@ -20,7 +20,7 @@ function(tarn_share_precompiled_headers)
       get_target_property(type ${target} TYPE)
       get_target_property(sources ${target} SOURCES)
       get_target_property(definitions ${target} COMPILE_DEFINITIONS) # other macros, another precompiled copy
-      if((type MATCHES "STATIC_LIBRARY|EXECUTABLE" OR target MATCHES "_headers$") AND NOT target MATCHES "^tarn_(base|checksum)$" AND NOT sources MATCHES "\\.c(;|$)" AND NOT definitions)
+      if(type MATCHES "STATIC_LIBRARY|EXECUTABLE" AND NOT target MATCHES "^tarn_(base|checksum)$" AND NOT sources MATCHES "\\.c(;|$)" AND NOT definitions)
         target_precompile_headers(${target} REUSE_FROM tarn_base)
       endif()
     endforeach()

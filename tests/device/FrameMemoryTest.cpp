@@ -2,8 +2,6 @@
 // some beyond the transform. TARN_SOAK_FRAMES=n makes the runs as long.
 #include <windows.h>
 
-#include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <deque>
 #include <random>
@@ -15,10 +13,7 @@
 #include "tests/device/PatternedMemory.h"
 #include "tools/frameserver/SampleDetails.h"
 
-using tarn_test::DepthServer;
-using tarn_test::FlatScene;
-using tarn_test::kDepth;
-using tarn_test::kInfrared;
+using namespace tarn_test;
 
 namespace
 {
@@ -48,7 +43,7 @@ struct HeldFrame
 
     void Check(std::size_t pixels) const
     {
-        const auto bytes = tarn_test::PixelsOf(sample);
+        const auto bytes = BytesOf(sample);
         ASSERT_LE(pixels, bytes.size());
         EXPECT_TRUE(std::all_of(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(pixels),
                                 [this](BYTE byte) { return byte == value; }));
@@ -111,7 +106,7 @@ class Consumer
 
     void Frame()
     {
-        EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
+        server.Step(1);
         if (scenario.depth)
         {
             Receive(kDepth);
@@ -171,9 +166,8 @@ TEST(FrameMemoryTest, FramesStayRightAndMemoryFlatWhileAConsumerKeepsSome)
     {
         SCOPED_TRACE(scenario.name);
         const std::size_t objects = user_space_frameworks::Object::LiveCount();
-        auto configuration = DepthServer::SteppedTarnDepth();
-        configuration.frameSource = std::make_shared<FlatScene>();
-        const auto camera = user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(configuration);
+        const auto camera = user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(DepthServer::SteppedTarnDepth(
+            [](auto &configuration) { configuration.frameSource = std::make_shared<FlatScene>(); }));
         std::optional<DepthServer> server(camera);
         std::optional<Consumer> consumer(std::in_place, *server, scenario);
         SIZE_T most = 0; // in the first half
@@ -196,8 +190,8 @@ TEST(FrameMemoryTest, FramesStayRightAndMemoryFlatWhileAConsumerKeepsSome)
         consumer->CheckAll();
         consumer.reset();
         EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
-        EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
-        EXPECT_TRUE(tarn_test::WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
+        EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(camera) == 1; }));
+        EXPECT_TRUE(WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
     }
 }
 

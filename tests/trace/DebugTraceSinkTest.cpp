@@ -1,13 +1,8 @@
 #include "trace/DebugTraceSink.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <regex>
-#include <thread>
-#include <vector>
 
 #include "TraceLines.h"
 #include "tests/support/Expect.h"
@@ -15,21 +10,18 @@
 #include "trace/TraceChannels.h"
 #include "trace/Tracing.h"
 
+using namespace mft_utils;
+using namespace tarn_test;
+
 namespace
 {
-
-using mft_utils::DebugTraceSink;
-using mft_utils::TraceEnabled;
-using mft_utils::TraceLevel;
-using mft_utils::TraceLoggingEnabled;
-using tarn_test::TraceLines;
 
 class DebugTraceSinkTest : public testing::Test
 {
   protected:
     void TearDown() override
     {
-        mft_utils::ShutdownTracing();
+        ShutdownTracing();
         SetEnvironmentVariableA("TARN_TRACE", nullptr);
         std::filesystem::remove(path);
         std::filesystem::remove(older);
@@ -75,15 +67,11 @@ TEST_F(DebugTraceSinkTest, EnvironmentVariableTurnsTheFileOn)
     const std::string setting = "info,file=" + path.string();
     ASSERT_TRUE(SetEnvironmentVariableA("TARN_TRACE", setting.c_str()));
 
-    mft_utils::InitializeTracing();
+    InitializeTracing();
     TRACE_INFO("frame %d", 1);
     TRACE_VERBOSE("not wanted");
-    mft_utils::WriteToTraceChannels({TraceLevel::Error,
-                                     mft_utils::TraceOpcode::Info,
-                                     nullptr,
-                                     "Demo",
-                                     {mft_utils::TraceField::Hex32("hr", E_FAIL)}});
-    mft_utils::ShutdownTracing();
+    WriteToTraceChannels({TraceLevel::Error, TraceOpcode::Info, nullptr, "Demo", {TraceField::Hex32("hr", E_FAIL)}});
+    ShutdownTracing();
     TRACE_ERROR("after the end");
 
     const std::vector<std::string> lines = LinesOf(path);
@@ -103,21 +91,14 @@ TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCle
 {
     const std::string setting = "8,file=" + path.string();
     ASSERT_TRUE(DebugTraceSink::Instance().Configure(setting.c_str()));
-    std::atomic<bool> stop{false};
     std::atomic<int> written{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-    {
-        threads.emplace_back([&] {
-            const std::string text(100, 'x');
-            while (!stop)
-            {
-                TRACE_VERBOSE("%s", text.c_str());
-                ++written;
-            }
-        });
-    }
-    tarn_test::WaitUntil([&] { return written > 800; });
+    const std::string text(100, 'x');
+    const auto write = [&] {
+        TRACE_VERBOSE("%s", text.c_str());
+        ++written;
+    };
+    const Repeating writers[] = {Repeating(write), Repeating(write), Repeating(write), Repeating(write)};
+    WaitUntil([&] { return written > 800; });
     DebugTraceSink::Instance().Close();
     EXPECT_FALSE(TraceEnabled(TraceLevel::Error));
     std::vector<std::string> lines = LinesOf(path);
@@ -125,17 +106,12 @@ TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCle
     lines.erase(lines.begin()); // the module's record
     for (const std::string &line : lines)
     {
-        EXPECT_TRUE(line.ends_with(": " + std::string(100, 'x'))) << line;
+        EXPECT_TRUE(line.ends_with(": " + text)) << line;
     }
     for (int i = 0; i < 50; ++i)
     {
         EXPECT_TRUE(DebugTraceSink::Instance().Configure(setting.c_str()));
         DebugTraceSink::Instance().Close();
-    }
-    stop = true;
-    for (std::thread &thread : threads)
-    {
-        thread.join();
     }
 }
 

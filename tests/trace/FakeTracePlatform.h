@@ -3,15 +3,10 @@
 
 #include "platform/EventTracing.h"
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "trace/Trace.h"
 #include "trace/TraceChannels.h"
 #include "trace/Tracing.h"
+#include "tests/support/Expect.h"
 
 namespace tarn_test
 {
