@@ -7,10 +7,12 @@
 
 #include "base/Checked.h"
 #include "ks/PassthroughKsHandlers.h"
+#include "recorder/CameraEventRecorder.h"
+#include "recorder/FilterAttributesDerObject.h"
 #include "trace/Guard.h"
 #include "base/WideString.h"
 
-using mft_utils::EntryPoint;
+using namespace mft_der;
 using std::make_shared;
 using user_space_frameworks::MakeCom;
 
@@ -32,9 +34,15 @@ void FindExtensionUnit(ExtensionUnitKsControl &unit, IMFTransform *sourceTransfo
 }
 } // namespace
 
-DeviceMft::DeviceMft(const std::string &objectName, const GUID &extensionUnitSet, ULONG extensionUnitControl)
+DeviceMft::DeviceMft(const std::string &objectName, const GUID &extensionUnitSet, ULONG extensionUnitControl,
+                     const wchar_t *recordingFolder)
     : Object(objectName), deviceXuSetId(extensionUnitSet), deviceXuKnownControl(extensionUnitControl)
 {
+    recorder.Begin(recordingFolder, objectName);
+    if (recorder.IsEnabled())
+    {
+        RegisterKsControlsObserver(recorder.ApplicationTraffic());
+    }
 }
 
 DeviceMft::~DeviceMft()
@@ -55,9 +63,30 @@ IMFDeviceTransform &DeviceMft::DeviceFace() noexcept
     return *this;
 }
 
+HRESULT DeviceMft::Initialize(IMFAttributes *filterAttributes, const std::function<HRESULT()> &body,
+                              std::source_location location) noexcept
+{
+    if (initializingThread == GetCurrentThreadId()) // the base's part of it
+    {
+        return mft_utils::EntryPoint(GetName(), body, location);
+    }
+    const auto given = [&](RecordBuilder &values) { FilterAttributesDerObject(filterAttributes).AddTo(values); };
+    const auto all = [&]() -> HRESULT {
+        DWORD nobody = 0;
+        const bool isFirst = initializingThread.compare_exchange_strong(nobody, GetCurrentThreadId());
+        const HRESULT result = mft_utils::Guarded(body, location);
+        if (isFirst)
+        {
+            initializingThread = 0;
+        }
+        return result;
+    };
+    return Recorded(TARN_CALL_INITIALIZE_TRANSFORM, given, Values(), all, location);
+}
+
 HRESULT DeviceMft::InitializeTransform(IMFAttributes *pAttributes)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    return Initialize(pAttributes, [&]() -> HRESULT {
         IMFAttributes *const filterAttributes = pAttributes;
         if (filterAttributes != nullptr && initializationBegun.exchange(true))
         {
@@ -69,6 +98,11 @@ HRESULT DeviceMft::InitializeTransform(IMFAttributes *pAttributes)
         CHECK_HR(CreateAttributes());
         CHECK_HR(RegisterKsControlHandlres());
         CHECK_HR(CreateInputStreams());
+        if (recorder.IsEnabled()) // after every other observer
+        {
+            const std::scoped_lock guard(stateChangeLock);
+            autoUpdateEventListener.RegisterObserver(CameraEventRecorder::End());
+        }
         OnTransformInitialized();
         return S_OK;
     });
@@ -90,6 +124,11 @@ HRESULT DeviceMft::ExtractFilterInfo(IMFAttributes *filterAttributes)
     CHECK_HR(sourceTransform.As(&ksControl));
     filterKsControl = ksControl;
     CHECK_POINTER(filterKsControl);
+    if (recorder.IsEnabled())
+    {
+        recorder.Camera(sourceTransform.Get());
+        filterKsControl = recorder.BeforeCamera(filterKsControl);
+    }
     return S_OK;
 }
 
@@ -107,6 +146,11 @@ HRESULT DeviceMft::InitializeMembers()
     const std::scoped_lock guard(stateChangeLock);
     CHECK_HR_AS("autoUpdateEventListener->Init(filterKsControl)",
                 autoUpdateEventListener.Init(filterKsControl.Get(), GetNameCopy()));
+    if (recorder.IsEnabled()) // before every other observer
+    {
+        autoUpdateEventListener.RegisterObserver(
+            recorder.CameraEvents(KSEVENTSETID_VIDCAPTOSTI, KSEVENT_VIDCAP_AUTO_UPDATE));
+    }
     return S_OK;
 }
 
@@ -130,7 +174,8 @@ HRESULT DeviceMft::CreateAttributes()
 
 HRESULT DeviceMft::GetAttributes(IMFAttributes **pAttributes)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto taken = StoreAt(TARN_VALUE_ATTRIBUTES, pAttributes);
+    return Recorded(TARN_CALL_GET_ATTRIBUTES, OutPointer(0, pAttributes), taken, [&]() -> HRESULT {
         CHECK_POINTER(pAttributes);
         *pAttributes = nullptr;
         if (!attributes)
@@ -260,7 +305,7 @@ HRESULT DeviceMft::FindOutlet(DWORD outputStreamId, Outlet &outlet) const
 
 HRESULT DeviceMft::Shutdown()
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    return Recorded(TARN_CALL_SHUTDOWN, Values(), Values(), [&]() -> HRESULT {
         const std::scoped_lock guard(stateChangeLock);
         CHECK_HR(UninitializeMembers());
         for (const auto &stream : outputStreams)
@@ -275,7 +320,8 @@ HRESULT DeviceMft::Shutdown()
 
 HRESULT DeviceMft::GetShutdownStatus(MFSHUTDOWN_STATUS *pStatus)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto taken = NumberAt(TARN_VALUE_STATUS, pStatus);
+    return Recorded(TARN_CALL_GET_SHUTDOWN_STATUS, OutPointer(0, pStatus), taken, [&]() -> HRESULT {
         CHECK_POINTER_AS("status", pStatus, E_POINTER);
         *pStatus = IsShutdown() ? MFSHUTDOWN_COMPLETED : MFSHUTDOWN_INITIATED;
         return S_OK;

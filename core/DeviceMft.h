@@ -6,6 +6,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <source_location>
 #include <string>
 #include <vector>
 
@@ -71,9 +72,14 @@ class DeviceMft
   protected:
     // `extensionUnitSet` is the property set of the device's extension unit, null for a device without one;
     // `extensionUnitControl` is any control that the unit has.
-    explicit DeviceMft(const std::string &objectName, const GUID &extensionUnitSet = {},
-                       ULONG extensionUnitControl = 0);
+    // What is recorded goes to `recordingFolder`, when that is there now.
+    explicit DeviceMft(const std::string &objectName, const GUID &extensionUnitSet = {}, ULONG extensionUnitControl = 0,
+                       const wchar_t *recordingFolder = mft_der::kRecordingFolder);
     ~DeviceMft() override;
+
+    // Frame of InitializeTransform, here and in classes that extend it: one call in recordings.
+    HRESULT Initialize(IMFAttributes *filterAttributes, const std::function<HRESULT()> &body,
+                       std::source_location location = std::source_location::current()) noexcept;
 
     // Hooks, in the order in which InitializeTransform and the streams use them.
     virtual HRESULT CreateAttributes();
@@ -126,10 +132,14 @@ class DeviceMft
     // Whether the output's samples are new ones; otherwise those of the input at its place come out.
     virtual bool Allocates(const OutputStream &outputStream) const;
 
+    // Whether the recorder must leave out the sample's pixels; false for null.
+    virtual bool IsPrivate(IMFSample *sample);
+
   private:
     IMFDeviceTransform &DeviceFace() noexcept override;
     HRESULT FindOutlet(DWORD outputStreamId, Outlet &outlet) const override;
 
+    void RecordOutput(mft_der::RecordBuilder &values, const MFT_OUTPUT_DATA_BUFFER &buffer, bool isFilled);
     HRESULT GetFilterStreamIds(std::vector<DWORD> &ids);
     HRESULT ChangeOutputStreamState(DWORD streamId, IMFMediaType *nextMediaType, DeviceStreamState value)
         TARN_REQUIRES(stateChangeLock);
@@ -142,6 +152,7 @@ class DeviceMft
 
     const ULONG deviceXuKnownControl;
     std::atomic<bool> initializationBegun{false};
+    std::atomic<DWORD> initializingThread{0};
 };
 
 } // namespace mft_core

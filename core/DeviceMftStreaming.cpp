@@ -8,8 +8,8 @@
 #include "trace/StreamNames.h"
 #include "trace/TraceLogging.h"
 
+using namespace mft_der;
 using mft_utils::EntryExitTrace;
-using mft_utils::EntryPoint;
 using mft_utils::Guarded;
 using mft_utils::TraceField;
 using mft_utils::TraceLoggingActivity;
@@ -43,21 +43,36 @@ class InputReference
 #endif
     IMFSample *const sample;
 };
+
+// What a change of state is given.
+auto Change(DWORD streamId, IMFMediaType *mediaType, DeviceStreamState value, DWORD flags) noexcept
+{
+    return Values(StreamId(streamId), Store(TARN_VALUE_MEDIA_TYPE, mediaType),
+                  Number(TARN_VALUE_STATE, static_cast<std::uint32_t>(value)), Number(TARN_VALUE_FLAGS, flags));
+}
 } // namespace
 
-HRESULT DeviceMft::ProcessEvent(DWORD, IMFMediaEvent *)
+HRESULT DeviceMft::ProcessEvent(DWORD dwInputStreamID, IMFMediaEvent *pEvent)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        TRACE_INFO("Not Implemented");
-        return S_OK;
-    });
+    return Recorded(TARN_CALL_PROCESS_EVENT, Values(StreamId(dwInputStreamID), EventGiven(pEvent)), Values(),
+                    [&]() -> HRESULT {
+                        TRACE_INFO("Not Implemented");
+                        return S_OK;
+                    });
 }
 
-HRESULT DeviceMft::ProcessInput(DWORD dwInputStreamID, IMFSample *pSample, DWORD)
+HRESULT DeviceMft::ProcessInput(DWORD dwInputStreamID, IMFSample *pSample, DWORD dwFlags)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    SampleIdentity identity;
+    const auto given = [&](RecordBuilder &values) {
+        identity = recorder.Samples().Identify(SampleDirection::Input, dwInputStreamID, pSample, IsPrivate(pSample));
+        values.U32(TARN_VALUE_STREAM, dwInputStreamID).U32(TARN_VALUE_FLAGS, dwFlags);
+        SampleRecorder::Add(values, identity, pSample);
+    };
+    return Recorded(TARN_CALL_PROCESS_INPUT, given, Values(), [&]() -> HRESULT {
         const InputReference reference(pSample);
         CHECK_POINTER(pSample);
+        recorder.Picture(identity, pSample); // before a node changes it in place
         LONGLONG llTime = 0;
         CHECK_HR(pSample->GetSampleTime(&llTime));
         const TraceLoggingActivity activity("mft_core::DeviceMft::ProcessInput",
@@ -72,11 +87,28 @@ HRESULT DeviceMft::ProcessInput(DWORD dwInputStreamID, IMFSample *pSample, DWORD
     });
 }
 
-HRESULT DeviceMft::ProcessOutput(DWORD, DWORD cOutputBufferCount, MFT_OUTPUT_DATA_BUFFER *pOutputSamples,
+HRESULT DeviceMft::ProcessOutput(DWORD dwFlags, DWORD cOutputBufferCount, MFT_OUTPUT_DATA_BUFFER *pOutputSamples,
                                  DWORD *pdwStatus)
 {
+    const auto given = [&](RecordBuilder &values) {
+        values.U32(TARN_VALUE_FLAGS, dwFlags).U32(TARN_VALUE_COUNT, cOutputBufferCount);
+        Values(OutPointer(0, pOutputSamples), OutPointer(1, pdwStatus))(values);
+        const bool isServed = pOutputSamples != nullptr && cOutputBufferCount <= outputStreams.size();
+        for (DWORD i = 0; isServed && i < cOutputBufferCount; ++i)
+        {
+            values.List(TARN_VALUE_BUFFER, [&] { values.U32(TARN_VALUE_STREAM, pOutputSamples[i].dwStreamID); });
+        }
+    };
+    std::uint64_t filled = 0; // bits of the buffers that got a sample; others hold what the caller left there
+    const auto taken = [&](RecordBuilder &values) {
+        values.U32(TARN_VALUE_STATUS, *pdwStatus);
+        for (DWORD i = 0; i < cOutputBufferCount; ++i)
+        {
+            RecordOutput(values, pOutputSamples[i], (filled >> i & 1U) != 0);
+        }
+    };
     const EntryExitTrace trace(GetName());
-    return Guarded([&]() -> HRESULT {
+    return recorder.Around(TARN_CALL_PROCESS_OUTPUT, given, taken, [&]() -> HRESULT {
         if (cOutputBufferCount > outputStreams.size())
         {
             TRACE_ERROR("%s: %lu buffers for %zu output streams", GetName(), cOutputBufferCount, outputStreams.size());
@@ -89,6 +121,7 @@ HRESULT DeviceMft::ProcessOutput(DWORD, DWORD cOutputBufferCount, MFT_OUTPUT_DAT
         for (DWORD i = 0; i < cOutputBufferCount; ++i)
         {
             MFT_OUTPUT_DATA_BUFFER &buffer = pOutputSamples[i];
+            const IMFSample *const before = buffer.pSample;
             for (const auto &stream : outputStreams)
             {
                 if (stream->GetID() == buffer.dwStreamID)
@@ -96,6 +129,7 @@ HRESULT DeviceMft::ProcessOutput(DWORD, DWORD cOutputBufferCount, MFT_OUTPUT_DAT
                     if (stream->ProcessOutput(buffer) == S_OK)
                     {
                         result = S_OK;
+                        filled |= std::uint64_t{buffer.pSample != before} << i;
                     }
                     break;
                 }
@@ -109,9 +143,32 @@ HRESULT DeviceMft::ProcessOutput(DWORD, DWORD cOutputBufferCount, MFT_OUTPUT_DAT
     });
 }
 
-HRESULT DeviceMft::ProcessMessage(MFT_MESSAGE_TYPE eMessage, ULONG_PTR)
+void DeviceMft::RecordOutput(RecordBuilder &values, const MFT_OUTPUT_DATA_BUFFER &buffer, bool isFilled)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    IMFSample *const sample = isFilled ? buffer.pSample : nullptr;
+    values.List(TARN_VALUE_BUFFER, [&] {
+        values.U32(TARN_VALUE_STREAM, buffer.dwStreamID).U32(TARN_VALUE_STATUS, buffer.dwStatus);
+        SampleIdentity identity;
+        if (sample != nullptr)
+        {
+            identity =
+                recorder.Samples().Identify(SampleDirection::Output, buffer.dwStreamID, sample, IsPrivate(sample));
+            recorder.Picture(identity, sample);
+        }
+        SampleRecorder::Add(values, identity, sample);
+    });
+}
+
+bool DeviceMft::IsPrivate(IMFSample * /*sample*/)
+{
+    return false;
+}
+
+HRESULT DeviceMft::ProcessMessage(MFT_MESSAGE_TYPE eMessage, ULONG_PTR ulParam)
+{
+    const auto given = Values(Number(TARN_VALUE_MESSAGE, static_cast<std::uint32_t>(eMessage)),
+                              [=](RecordBuilder &values) { values.U64(TARN_VALUE_PARAMETER, ulParam); });
+    return Recorded(TARN_CALL_PROCESS_MESSAGE, given, Values(), [&]() -> HRESULT {
         switch (eMessage)
         {
         case MFT_MESSAGE_COMMAND_FLUSH:
@@ -140,9 +197,11 @@ HRESULT DeviceMft::FlushAllStreams()
     return S_OK;
 }
 
-HRESULT DeviceMft::SetInputStreamState(DWORD dwStreamID, IMFMediaType *pMediaType, DeviceStreamState value, DWORD)
+HRESULT DeviceMft::SetInputStreamState(DWORD dwStreamID, IMFMediaType *pMediaType, DeviceStreamState value,
+                                       DWORD dwFlags)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto given = Change(dwStreamID, pMediaType, value, dwFlags);
+    return Recorded(TARN_CALL_SET_INPUT_STREAM_STATE, given, Values(), [&]() -> HRESULT {
         const DeviceStreamState state = value;
         if (state < DeviceStreamState_Stop || state > DeviceStreamState_Disabled)
         {
@@ -161,9 +220,11 @@ HRESULT DeviceMft::SetInputStreamState(DWORD dwStreamID, IMFMediaType *pMediaTyp
     });
 }
 
-HRESULT DeviceMft::SetOutputStreamState(DWORD dwStreamID, IMFMediaType *pMediaType, DeviceStreamState value, DWORD)
+HRESULT DeviceMft::SetOutputStreamState(DWORD dwStreamID, IMFMediaType *pMediaType, DeviceStreamState value,
+                                        DWORD dwFlags)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto given = Change(dwStreamID, pMediaType, value, dwFlags);
+    return Recorded(TARN_CALL_SET_OUTPUT_STREAM_STATE, given, Values(), [&]() -> HRESULT {
         const std::scoped_lock guard(stateChangeLock);
         return ChangeOutputStreamState(dwStreamID, pMediaType, value);
     });
@@ -242,17 +303,19 @@ bool DeviceMft::AnyOutputRuns() const
                        [](const auto &stream) { return stream->GetState() == DeviceStreamState_Run; });
 }
 
-HRESULT DeviceMft::FlushInputStream(DWORD, DWORD)
+HRESULT DeviceMft::FlushInputStream(DWORD dwStreamIndex, DWORD dwFlags)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto given = Values(StreamId(dwStreamIndex), Number(TARN_VALUE_FLAGS, dwFlags));
+    return Recorded(TARN_CALL_FLUSH_INPUT_STREAM, given, Values(), [&]() -> HRESULT {
         TRACE_INFO("Not Implemented");
         return S_OK;
     });
 }
 
-HRESULT DeviceMft::FlushOutputStream(DWORD dwStreamIndex, DWORD)
+HRESULT DeviceMft::FlushOutputStream(DWORD dwStreamIndex, DWORD dwFlags)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto given = Values(StreamId(dwStreamIndex), Number(TARN_VALUE_FLAGS, dwFlags));
+    return Recorded(TARN_CALL_FLUSH_OUTPUT_STREAM, given, Values(), [&]() -> HRESULT {
         const DWORD dwStreamID = dwStreamIndex;
         CHECK_HR(RedirectCallToOutputStream(dwStreamID, [&](OutputStream &stream) { return stream.Flush(); }));
         return S_OK;

@@ -152,7 +152,7 @@ HRESULT InputStream::SetPreferredState(DeviceStreamState theState, IMFMediaType 
                 MFCreateMediaEvent(METransformInputStreamStateChanged, GUID{}, S_OK, nullptr, &event));
     CHECK_HR(event->SetUINT32(MF_EVENT_MFT_INPUT_STREAM_ID, GetID()));
     CHECK_POINTER(eventGenerator);
-    CHECK_HR(eventGenerator->QueueEvent(event.Get()));
+    CHECK_HR_AS("eventGenerator->QueueEvent(event.Get())", eventGenerator->Raise(event.Get()));
     return S_OK;
 }
 

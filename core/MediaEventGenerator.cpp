@@ -7,7 +7,7 @@
 #include "trace/Guard.h"
 #include "trace/MediaEventTranslator.h"
 
-using mft_utils::EntryPoint;
+using namespace mft_der;
 
 namespace mft_core
 {
@@ -35,20 +35,21 @@ bool IsEndOfEvents(HRESULT result)
     return result == MF_E_NO_EVENTS_AVAILABLE || result == MF_E_SHUTDOWN;
 }
 
+} // namespace
+
 // Entry point of the calls that fetch events.
-template <class Body>
-HRESULT FetchEvent(const char *objectName, Body &&body,
-                   std::source_location location = std::source_location::current()) noexcept
+template <class Given, class Taken, class Body>
+HRESULT MediaEventGenerator::FetchEvent(std::uint16_t call, Given &&given, Taken &&taken, Body &&body,
+                                        std::source_location location) noexcept
 {
-    const mft_utils::EntryExitTrace trace(objectName, location);
-    const HRESULT result = mft_utils::Guarded(std::forward<Body>(body), location);
+    const mft_utils::EntryExitTrace trace(GetName(), location);
+    const HRESULT result = recorder.Around(call, given, taken, std::forward<Body>(body), location);
     if (FAILED(result) && !IsEndOfEvents(result))
     {
-        TRACE_ERROR("%s: no event, hr 0x%08lX", objectName, static_cast<unsigned long>(result));
+        TRACE_ERROR("%s: no event, hr 0x%08lX", GetName(), static_cast<unsigned long>(result));
     }
     return result;
 }
-} // namespace
 
 MediaEventGenerator::MediaEventGenerator()
     : Object("Media event generator"), initialized(SUCCEEDED(CreateQueue(pQueue.GetAddressOf())))
@@ -68,7 +69,8 @@ bool MediaEventGenerator::IsShutdown() const
 
 HRESULT MediaEventGenerator::GetEvent(DWORD dwFlags, IMFMediaEvent **ppEvent)
 {
-    return FetchEvent(GetName(), [&]() -> HRESULT {
+    const auto given = Values(Number(TARN_VALUE_FLAGS, dwFlags), OutPointer(0, ppEvent));
+    return FetchEvent(TARN_CALL_GET_EVENT, given, EventAt(ppEvent), [&]() -> HRESULT {
         if (!initialized)
         {
             return E_OUTOFMEMORY;
@@ -97,7 +99,8 @@ HRESULT MediaEventGenerator::GetEvent(DWORD dwFlags, IMFMediaEvent **ppEvent)
 
 HRESULT MediaEventGenerator::BeginGetEvent(IMFAsyncCallback *pCallback, IUnknown *punkState)
 {
-    return FetchEvent(GetName(), [&]() -> HRESULT {
+    const auto given = Values(ObjectGiven(pCallback), ObjectGiven(punkState));
+    return FetchEvent(TARN_CALL_BEGIN_GET_EVENT, given, Values(), [&]() -> HRESULT {
         if (!initialized)
         {
             return E_OUTOFMEMORY;
@@ -116,7 +119,8 @@ HRESULT MediaEventGenerator::BeginGetEvent(IMFAsyncCallback *pCallback, IUnknown
 
 HRESULT MediaEventGenerator::EndGetEvent(IMFAsyncResult *pResult, IMFMediaEvent **ppEvent)
 {
-    return FetchEvent(GetName(), [&]() -> HRESULT {
+    const auto given = Values(ObjectGiven(pResult), OutPointer(0, ppEvent));
+    return FetchEvent(TARN_CALL_END_GET_EVENT, given, EventAt(ppEvent), [&]() -> HRESULT {
         if (!initialized)
         {
             return E_OUTOFMEMORY;
@@ -142,20 +146,49 @@ HRESULT MediaEventGenerator::EndGetEvent(IMFAsyncResult *pResult, IMFMediaEvent 
 HRESULT MediaEventGenerator::QueueEvent(MediaEventType met, REFGUID guidExtendedType, HRESULT hrStatus,
                                         const PROPVARIANT *pvValue)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
-        if (!initialized)
+    const auto given = [&](RecordBuilder &values) { AddEvent(values, met, guidExtendedType, hrStatus, pvValue); };
+    return Recorded(TARN_CALL_QUEUE_EVENT, given, Values(),
+                    [&] { return Raise(met, guidExtendedType, hrStatus, pvValue); });
+}
+
+template <class Describe>
+HRESULT MediaEventGenerator::RaiseRecorded(MediaEventType type, REFGUID extendedType, HRESULT status,
+                                           const PROPVARIANT *value, Describe &&describe)
+{
+    if (!initialized)
+    {
+        return E_OUTOFMEMORY;
+    }
+    const std::scoped_lock guard(lock);
+    CHECK_HR(CheckUsable());
+    TraceQueued(type);
+    recorder.Event([&](RecordBuilder &values) {
+        AddEvent(values, type, extendedType, status, value);
+        describe(values);
+    });
+    CHECK_HR_AS("pQueue->QueueEventParamVar(met, guidExtendedType, hrStatus, pvValue)",
+                pQueue->QueueEventParamVar(type, extendedType, status, value));
+    return S_OK;
+}
+
+HRESULT MediaEventGenerator::Raise(MediaEventType type, REFGUID extendedType, HRESULT status, const PROPVARIANT *value)
+{
+    return RaiseRecorded(type, extendedType, status, value, Values());
+}
+
+HRESULT MediaEventGenerator::RaiseHaveOutput(UINT32 streamId, IMFSample *sample)
+{
+    return RaiseRecorded(METransformHaveOutput, GUID{}, S_OK, nullptr, [&](RecordBuilder &values) {
+        LONGLONG time = 0;
+        values.U32(TARN_VALUE_STREAM, streamId);
+        if (SUCCEEDED(sample->GetSampleTime(&time)))
         {
-            return E_OUTOFMEMORY;
+            values.I64(TARN_VALUE_TIME, time);
         }
-        const std::scoped_lock guard(lock);
-        CHECK_HR(CheckUsable());
-        TraceQueued(met);
-        CHECK_HR(pQueue->QueueEventParamVar(met, guidExtendedType, hrStatus, pvValue));
-        return S_OK;
     });
 }
 
-HRESULT MediaEventGenerator::QueueEvent(IMFMediaEvent *event)
+HRESULT MediaEventGenerator::Raise(IMFMediaEvent *event)
 {
     if (!initialized)
     {
@@ -168,6 +201,7 @@ HRESULT MediaEventGenerator::QueueEvent(IMFMediaEvent *event)
     MediaEventType type = MEUnknown;
     CHECK_HR(event->GetType(&type));
     TraceQueued(type);
+    recorder.Event(EventGiven(event));
     CHECK_HR(pQueue->QueueEvent(event));
     return S_OK;
 }

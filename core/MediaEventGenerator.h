@@ -3,14 +3,14 @@
 
 #include "platform/MediaFoundation.h"
 
+#include "core/RecordedPart.h"
 #include "base/CriticalSection.h"
-#include "base/Object.h"
 
 namespace mft_core
 {
 
 // Base of the device transform, which supplies IUnknown. Thread-safe; its lock is taken after a stream's lock.
-class MediaEventGenerator : public IMFMediaEventGenerator, public virtual user_space_frameworks::Object
+class MediaEventGenerator : public IMFMediaEventGenerator, public virtual RecordedPart
 {
   public:
     using ComInterface = IMFMediaEventGenerator;
@@ -22,8 +22,12 @@ class MediaEventGenerator : public IMFMediaEventGenerator, public virtual user_s
     HRESULT STDMETHODCALLTYPE QueueEvent(MediaEventType met, REFGUID guidExtendedType, HRESULT hrStatus,
                                          const PROPVARIANT *pvValue) override;
 
-    // Queues a ready event. Fails as QueueEvent does.
-    HRESULT QueueEvent(IMFMediaEvent *event);
+    // The transform's own events. All fail as QueueEvent does.
+    HRESULT Raise(MediaEventType type, REFGUID extendedType = {}, HRESULT status = S_OK,
+                  const PROPVARIANT *value = nullptr);
+    HRESULT Raise(IMFMediaEvent *event);
+    // METransformHaveOutput, of which a recording says for what output and sample.
+    HRESULT RaiseHaveOutput(UINT32 streamId, IMFSample *sample);
 
     // Wakes every waiter with MF_E_SHUTDOWN. MF_E_SHUTDOWN when already shut down.
     HRESULT Shutdown();
@@ -34,7 +38,13 @@ class MediaEventGenerator : public IMFMediaEventGenerator, public virtual user_s
     bool IsShutdown() const;
 
   private:
+    template <class Given, class Taken, class Body>
+    HRESULT FetchEvent(std::uint16_t call, Given &&given, Taken &&taken, Body &&body,
+                       std::source_location location = std::source_location::current()) noexcept;
     HRESULT CheckUsable() const TARN_REQUIRES(lock);
+    template <class Describe>
+    HRESULT RaiseRecorded(MediaEventType type, REFGUID extendedType, HRESULT status, const PROPVARIANT *value,
+                          Describe &&describe);
 
     mutable user_space_frameworks::CriticalSection lock;
     ComPtr<IMFMediaEventQueue> pQueue TARN_GUARDED_BY(lock);

@@ -18,8 +18,8 @@ constexpr TopologySlot::CheckTexts kCheckTexts{"currentTopologies.at(topoId)->Ac
 } // namespace
 
 PassThroughDeviceMft::PassThroughDeviceMft(const std::string &objectName, const GUID &extensionUnitSet,
-                                           ULONG extensionUnitControl)
-    : Object(objectName), DeviceMft(objectName, extensionUnitSet, extensionUnitControl)
+                                           ULONG extensionUnitControl, const wchar_t *recordingFolder)
+    : Object(objectName), DeviceMft(objectName, extensionUnitSet, extensionUnitControl, recordingFolder)
 {
 }
 
@@ -27,7 +27,7 @@ PassThroughDeviceMft::~PassThroughDeviceMft() = default;
 
 HRESULT PassThroughDeviceMft::InitializeTransform(IMFAttributes *pAttributes)
 {
-    return mft_utils::EntryPoint(GetName(), [&]() -> HRESULT {
+    return Initialize(pAttributes, [&]() -> HRESULT {
         CHECK_HR(DeviceMft::InitializeTransform(pAttributes));
         for (const auto &inputStream : inputStreams)
         {

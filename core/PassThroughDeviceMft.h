@@ -11,7 +11,8 @@ class PassThroughDeviceMft : public DeviceMft
 {
   public:
     explicit PassThroughDeviceMft(const std::string &objectName, const GUID &extensionUnitSet = {},
-                                  ULONG extensionUnitControl = 0);
+                                  ULONG extensionUnitControl = 0,
+                                  const wchar_t *recordingFolder = mft_der::kRecordingFolder);
 
     HRESULT STDMETHODCALLTYPE InitializeTransform(IMFAttributes *pAttributes) override;
 

@@ -4,16 +4,22 @@
 
 #include "trace/Guard.h"
 
-using mft_utils::EntryPoint;
+using namespace mft_der;
 
 namespace mft_core
 {
 
 RealTimeClient::RealTimeClient() : Object("Real time client") {}
 
-HRESULT RealTimeClient::RegisterThreadsEx(DWORD *, LPCWSTR, LONG lBasePriority)
+HRESULT RealTimeClient::RegisterThreadsEx(DWORD *pdwTaskIndex, LPCWSTR wszClassName, LONG lBasePriority)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto given = [&](RecordBuilder &values) {
+        wszClassName == nullptr ? static_cast<void>(values.Null(TARN_VALUE_TASK_CLASS))
+                                : AddText(values, TARN_VALUE_TASK_CLASS, wszClassName);
+        values.U32(TARN_VALUE_PRIORITY, static_cast<std::uint32_t>(lBasePriority));
+        OutPointer(0, pdwTaskIndex)(values);
+    };
+    return Recorded(TARN_CALL_REGISTER_THREADS_EX, given, Values(), [&]() -> HRESULT {
         TRACE_INFO("%s: no threads to register, base priority %ld", GetName(), lBasePriority);
         return S_OK;
     });
@@ -21,7 +27,7 @@ HRESULT RealTimeClient::RegisterThreadsEx(DWORD *, LPCWSTR, LONG lBasePriority)
 
 HRESULT RealTimeClient::UnregisterThreads()
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    return Recorded(TARN_CALL_UNREGISTER_THREADS, Values(), Values(), [&]() -> HRESULT {
         TRACE_INFO("%s: no threads registered", GetName());
         return S_OK;
     });
@@ -29,7 +35,9 @@ HRESULT RealTimeClient::UnregisterThreads()
 
 HRESULT RealTimeClient::SetWorkQueueEx(DWORD dwMultithreadedWorkQueueId, LONG lWorkItemBasePriority)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto given = Values(Number(TARN_VALUE_WORK_QUEUE, dwMultithreadedWorkQueueId),
+                              Number(TARN_VALUE_PRIORITY, static_cast<std::uint32_t>(lWorkItemBasePriority)));
+    return Recorded(TARN_CALL_SET_WORK_QUEUE_EX, given, Values(), [&]() -> HRESULT {
         TRACE_INFO("%s: work queue 0x%lX, base priority %ld", GetName(), dwMultithreadedWorkQueueId,
                    lWorkItemBasePriority);
         const std::scoped_lock guard(lock);

@@ -3,15 +3,15 @@
 
 #include "platform/RealTimeClientEx.h"
 
+#include "core/RecordedPart.h"
 #include "core/WorkQueueParameters.h"
 #include "base/CriticalSection.h"
-#include "base/Object.h"
 
 namespace mft_core
 {
 
 // Base of the device transform, which supplies IUnknown. Thread-safe.
-class RealTimeClient : public IMFRealTimeClientEx, public virtual user_space_frameworks::Object
+class RealTimeClient : public IMFRealTimeClientEx, public virtual RecordedPart
 {
   public:
     using ComInterface = IMFRealTimeClientEx;

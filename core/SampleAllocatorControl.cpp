@@ -2,7 +2,7 @@
 
 #include "trace/Guard.h"
 
-using mft_utils::EntryPoint;
+using namespace mft_der;
 
 namespace mft_core
 {
@@ -11,7 +11,8 @@ SampleAllocatorControl::SampleAllocatorControl() : Object("Sample allocator cont
 
 HRESULT SampleAllocatorControl::SetDefaultAllocator(DWORD dwOutputStreamID, IUnknown *pAllocator)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto given = Values(StreamId(dwOutputStreamID), ObjectGiven(pAllocator));
+    return Recorded(TARN_CALL_SET_DEFAULT_ALLOCATOR, given, Values(), [&]() -> HRESULT {
         Outlet outlet;
         CHECK_HR(FindOutlet(dwOutputStreamID, outlet));
         CHECK_POINTER_AS("outputStream", outlet.stream, E_INVALIDARG);
@@ -26,7 +27,9 @@ HRESULT SampleAllocatorControl::SetDefaultAllocator(DWORD dwOutputStreamID, IUnk
 HRESULT SampleAllocatorControl::GetAllocatorUsage(DWORD dwOutputStreamID, DWORD *pdwInputStreamID,
                                                   MFSampleAllocatorUsage *peUsage)
 {
-    return EntryPoint(GetName(), [&]() -> HRESULT {
+    const auto given = Values(StreamId(dwOutputStreamID), OutPointer(0, pdwInputStreamID), OutPointer(1, peUsage));
+    const auto taken = NumberAt(TARN_VALUE_USAGE, peUsage);
+    return Recorded(TARN_CALL_GET_ALLOCATOR_USAGE, given, taken, [&]() -> HRESULT {
         CHECK_POINTER(peUsage);
         Outlet outlet;
         CHECK_HR(FindOutlet(dwOutputStreamID, outlet));

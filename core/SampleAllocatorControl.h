@@ -6,13 +6,13 @@
 #include <memory>
 
 #include "core/OutputStream.h"
-#include "base/Object.h"
+#include "core/RecordedPart.h"
 
 namespace mft_core
 {
 
 // Base of the device transform, which supplies IUnknown and the outputs. Thread-safe.
-class SampleAllocatorControl : public IMFSampleAllocatorControl, public virtual user_space_frameworks::Object
+class SampleAllocatorControl : public IMFSampleAllocatorControl, public virtual RecordedPart
 {
   public:
     using ComInterface = IMFSampleAllocatorControl;

@@ -18,14 +18,19 @@ namespace
 constexpr auto kErrorControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_COLOR::XU_ERROR);
 } // namespace
 
-TarnColorDeviceMft::TarnColorDeviceMft()
+TarnColorDeviceMft::TarnColorDeviceMft(const wchar_t *recordingFolder)
     : Object("Tarn Color DMFT"),
-      PassThroughDeviceMft("Tarn Color DMFT", KSPROPERTYSETID_TARN_COLOR_CONTROL, kErrorControl),
+      PassThroughDeviceMft("Tarn Color DMFT", KSPROPERTYSETID_TARN_COLOR_CONTROL, kErrorControl, recordingFolder),
       framePrivacy(make_shared<FramePrivacy>("Tarn Color DMFT"))
 {
 }
 
 TarnColorDeviceMft::~TarnColorDeviceMft() = default;
+
+bool TarnColorDeviceMft::IsPrivate(IMFSample *sample)
+{
+    return sample != nullptr && framePrivacy->MayCover(sample);
+}
 
 HRESULT TarnColorDeviceMft::InitializeMembers()
 {

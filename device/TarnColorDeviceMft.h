@@ -16,12 +16,13 @@ namespace mft_core
 class TarnColorDeviceMft : public PassThroughDeviceMft
 {
   public:
-    TarnColorDeviceMft();
+    explicit TarnColorDeviceMft(const wchar_t *recordingFolder = mft_der::kRecordingFolder);
 
   protected:
     ~TarnColorDeviceMft() override;
 
     HRESULT InitializeMembers() override;
+    bool IsPrivate(IMFSample *sample) override;
     HRESULT UninitializeMembers() override TARN_REQUIRES(stateChangeLock);
     // Puts the color extension unit's property set before the pass-through handlers.
     HRESULT RegisterKsControlHandlres() override;

@@ -16,7 +16,7 @@
 #include "tarn/tarn_dmft.h"
 #include "base/Callback.h"
 #include "base/Checked.h"
-#include "trace/Guard.h"
+#include "trace/Check.h"
 
 using mft_utils::At;
 using mft_utils::MediaTypeData;
@@ -54,8 +54,9 @@ HRESULT SetInfraredFrameSize(IMFMediaType *faceAuthMt, UINT32 width, UINT32 heig
 }
 } // namespace
 
-TarnDepthDeviceMft::TarnDepthDeviceMft()
-    : Object("Tarn Depth DMFT"), DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl),
+TarnDepthDeviceMft::TarnDepthDeviceMft(const wchar_t *recordingFolder)
+    : Object("Tarn Depth DMFT"),
+      DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl, recordingFolder),
       framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT")), faceAuth(make_shared<FaceAuthState>()),
       confidenceMap(make_shared<ConfidenceMapState>()), currentTopology(kCheckTexts)
 {
@@ -65,7 +66,7 @@ TarnDepthDeviceMft::~TarnDepthDeviceMft() = default;
 
 HRESULT TarnDepthDeviceMft::InitializeTransform(IMFAttributes *pAttributes)
 {
-    return mft_utils::EntryPoint(GetName(), [&]() -> HRESULT {
+    return Initialize(pAttributes, [&]() -> HRESULT {
         CHECK_HR(DeviceMft::InitializeTransform(pAttributes));
         CHECK_HR(CreateOutputStreams());
         return S_OK;
@@ -108,6 +109,11 @@ HRESULT TarnDepthDeviceMft::UninitializeMembers()
     }
     DeviceMft::UninitializeMembers();
     return S_OK;
+}
+
+bool TarnDepthDeviceMft::IsPrivate(IMFSample *sample)
+{
+    return sample != nullptr && framePrivacy->MayCover(sample);
 }
 
 HRESULT TarnDepthDeviceMft::CreateAttributes()

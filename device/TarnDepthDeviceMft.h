@@ -23,7 +23,7 @@ namespace mft_core
 class TarnDepthDeviceMft : public DeviceMft
 {
   public:
-    TarnDepthDeviceMft();
+    explicit TarnDepthDeviceMft(const wchar_t *recordingFolder = mft_der::kRecordingFolder);
 
     // E_FAIL for a filter that does not have exactly one pin.
     HRESULT STDMETHODCALLTYPE InitializeTransform(IMFAttributes *pAttributes) override;
@@ -39,6 +39,7 @@ class TarnDepthDeviceMft : public DeviceMft
     CameraBlob CreateExtrinsics(UINT32 inputStreamId) override;
 
     bool Allocates(const OutputStream &outputStream) const override;
+    bool IsPrivate(IMFSample *sample) override;
 
     // A start that no topology can serve changes nothing: what ran runs on. One that fails later leaves every output
     // stopped. Both leave the transform usable.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <string>
-#include <utility>
 
 #include "ks/KsRequest.h"
 #include "trace/Guard.h"
@@ -120,10 +119,13 @@ HRESULT KsControlsDispatcher::DispatchCall(const CallKind &kind, Dispatcher &dis
     return result;
 }
 
-HRESULT KsControlsDispatcher::EndSubscription(const CallKind &kind, void *eventData)
+HRESULT KsControlsDispatcher::EndSubscription(const CallKind &kind, const KsCallArguments &call)
 {
     mft_utils::TraceLoggingActivity activity(kind.activityName);
-    const HRESULT result = eventsDispathcer.ResetRegularEvent(static_cast<KSEVENTDATA *>(eventData));
+    const HRESULT result = Observed(kind.type, call, [&] {
+        return mft_utils::Guarded(
+            [&] { return eventsDispathcer.ResetRegularEvent(static_cast<KSEVENTDATA *>(call.data)); });
+    });
     kind.Stop(activity, kind.emptyName, result);
     return result;
 }
@@ -157,49 +159,44 @@ HRESULT KsControlsDispatcher::KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID 
     static constexpr CallKind kKind{KsControlType::Event, KsControlKind::Event,
                                     "mft_core::KsControlsDispatcher::KsEvent", "EventSet", "Empty event"};
     return mft_utils::EntryPoint(GetName(), [&] {
-        return Event == nullptr
-                   ? EndSubscription(kKind, EventData)
-                   : DispatchCall(kKind, eventsDispathcer, {Event, EventLength, EventData, DataLength, BytesReturned});
+        const KsCallArguments call{Event, EventLength, EventData, DataLength, BytesReturned};
+        return Event == nullptr ? EndSubscription(kKind, call) : DispatchCall(kKind, eventsDispathcer, call);
     });
 }
 
-HRESULT KsControlsDispatcher::RegisterKsPropertyHandler(std::shared_ptr<KsPropHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsPropertyHandler(const std::shared_ptr<KsPropHandler> &handler)
 {
-    CHECK_HR_AS("propertiesDispathcer.RegisterHandler(handler)",
-                propertiesDispathcer.RegisterHandler(std::move(handler)));
+    CHECK_HR(propertiesDispathcer.RegisterHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsPropertyDefaultHandler(std::shared_ptr<KsPropHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsPropertyDefaultHandler(const std::shared_ptr<KsPropHandler> &handler)
 {
-    CHECK_HR_AS("propertiesDispathcer.RegisterDefaultHandler(handler)",
-                propertiesDispathcer.RegisterDefaultHandler(std::move(handler)));
+    CHECK_HR(propertiesDispathcer.RegisterDefaultHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsEventHandler(std::shared_ptr<KsEventHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsEventHandler(const std::shared_ptr<KsEventHandler> &handler)
 {
-    CHECK_HR_AS("eventsDispathcer.RegisterHandler(handler)", eventsDispathcer.RegisterHandler(std::move(handler)));
+    CHECK_HR(eventsDispathcer.RegisterHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsEventDefaultHandler(std::shared_ptr<KsEventHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsEventDefaultHandler(const std::shared_ptr<KsEventHandler> &handler)
 {
-    CHECK_HR_AS("eventsDispathcer.RegisterDefaultHandler(handler)",
-                eventsDispathcer.RegisterDefaultHandler(std::move(handler)));
+    CHECK_HR(eventsDispathcer.RegisterDefaultHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsMethodHandler(std::shared_ptr<KsMethodHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsMethodHandler(const std::shared_ptr<KsMethodHandler> &handler)
 {
-    CHECK_HR_AS("methodsDispathcer.RegisterHandler(handler)", methodsDispathcer.RegisterHandler(std::move(handler)));
+    CHECK_HR(methodsDispathcer.RegisterHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsMethodDefaultHandler(std::shared_ptr<KsMethodHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsMethodDefaultHandler(const std::shared_ptr<KsMethodHandler> &handler)
 {
-    CHECK_HR_AS("methodsDispathcer.RegisterDefaultHandler(handler)",
-                methodsDispathcer.RegisterDefaultHandler(std::move(handler)));
+    CHECK_HR(methodsDispathcer.RegisterDefaultHandler(handler));
     return S_OK;
 }
 

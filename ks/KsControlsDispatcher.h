@@ -27,17 +27,17 @@ class KsControlsDispatcher : public IKsControl, public virtual user_space_framew
                                          ULONG DataLength, ULONG *BytesReturned) noexcept override;
     HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD Method, ULONG MethodLength, LPVOID MethodData, ULONG DataLength,
                                        ULONG *BytesReturned) noexcept override;
-    // A null event ends the subscription made under the address of `EventData`; observers do not hear of it.
+    // A null event ends the subscription made under the address of `EventData`.
     HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID EventData, ULONG DataLength,
                                       ULONG *BytesReturned) noexcept override;
 
     // E_INVALIDARG for null, E_FAIL for a second handler of the same set and id.
-    HRESULT RegisterKsPropertyHandler(std::shared_ptr<KsPropHandler> handler);
-    HRESULT RegisterKsPropertyDefaultHandler(std::shared_ptr<KsPropHandler> handler);
-    HRESULT RegisterKsEventHandler(std::shared_ptr<KsEventHandler> handler);
-    HRESULT RegisterKsEventDefaultHandler(std::shared_ptr<KsEventHandler> handler);
-    HRESULT RegisterKsMethodHandler(std::shared_ptr<KsMethodHandler> handler);
-    HRESULT RegisterKsMethodDefaultHandler(std::shared_ptr<KsMethodHandler> handler);
+    HRESULT RegisterKsPropertyHandler(const std::shared_ptr<KsPropHandler> &handler);
+    HRESULT RegisterKsPropertyDefaultHandler(const std::shared_ptr<KsPropHandler> &handler);
+    HRESULT RegisterKsEventHandler(const std::shared_ptr<KsEventHandler> &handler);
+    HRESULT RegisterKsEventDefaultHandler(const std::shared_ptr<KsEventHandler> &handler);
+    HRESULT RegisterKsMethodHandler(const std::shared_ptr<KsMethodHandler> &handler);
+    HRESULT RegisterKsMethodDefaultHandler(const std::shared_ptr<KsMethodHandler> &handler);
 
   protected:
     // The spelling of these three is part of the interface.
@@ -50,7 +50,7 @@ class KsControlsDispatcher : public IKsControl, public virtual user_space_framew
 
     template <class Dispatcher>
     HRESULT DispatchCall(const CallKind &kind, Dispatcher &dispatcher, const KsCallArguments &call);
-    HRESULT EndSubscription(const CallKind &kind, void *eventData);
+    HRESULT EndSubscription(const CallKind &kind, const KsCallArguments &call);
 };
 
 } // namespace mft_core

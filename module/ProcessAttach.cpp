@@ -2,6 +2,7 @@
 
 #include "device/TarnGuidNames.h"
 #include "module/ModuleHandle.h"
+#include "recorder/RecordingShare.h"
 #include "trace/Check.h"
 #include "trace/GuidTranslator.h"
 #include "trace/KsIdentifierTranslator.h"
@@ -38,6 +39,7 @@ void OnDllProcessAttach(HMODULE module) noexcept
 
 void OnDllProcessDetach() noexcept
 {
+    mft_der::RecordingShare::ForgetSessions();
     KsIdentifierTranslator::Destroy();
     MediaTypeTranslator::Destroy();
     GuidTranslator::Destroy();

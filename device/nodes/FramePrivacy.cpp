@@ -87,6 +87,7 @@ void FramePrivacy::AskCamera(IKsControl *filter)
     // Which is newer cannot be known when frames told meanwhile: the careful answer holds until the next frame tells.
     const bool doubt = framesThatTold != toldBefore && state == State::On;
     SetState(isOn || doubt ? State::On : State::Off);
+    toldAtArrival = State::Unknown;
 }
 
 bool FramePrivacy::Covers(IMFSample *sample)
@@ -99,6 +100,18 @@ bool FramePrivacy::Covers(IMFSample *sample)
     const bool isOn = (record->flags & TARN_FRAME_FLAG_PRIVACY) != 0;
     Tell(isOn);
     return isOn;
+}
+
+bool FramePrivacy::MayCover(IMFSample *sample)
+{
+    const auto record = FrameMetadataReader(sample).Record(kFrameRecordHead);
+    const std::scoped_lock guard(lock);
+    if (record)
+    {
+        toldAtArrival = (record->flags & TARN_FRAME_FLAG_PRIVACY) != 0 ? State::On : State::Off;
+        return toldAtArrival == State::On;
+    }
+    return toldAtArrival == State::On || state == State::On;
 }
 
 void FramePrivacy::Tell(bool isOn)

@@ -34,6 +34,9 @@ class FramePrivacy : public user_space_frameworks::Object
     // Whether this frame must be blanked: its own record tells, and what it tells is kept; a frame without a record
     // that holds is treated by what is known.
     bool Covers(IMFSample *sample);
+    // For the recorder, which sees frames when they arrive, before the nodes do: the same, but in doubt true, and
+    // nothing is kept that the nodes would go by.
+    bool MayCover(IMFSample *sample);
     // A frame's record told.
     void Tell(bool isOn);
 
@@ -46,6 +49,7 @@ class FramePrivacy : public user_space_frameworks::Object
 
     mutable user_space_frameworks::CriticalSection lock;
     State state TARN_GUARDED_BY(lock) = State::Unknown;
+    State toldAtArrival TARN_GUARDED_BY(lock) = State::Unknown;
     std::uint64_t framesThatTold TARN_GUARDED_BY(lock) = 0;
 };
 

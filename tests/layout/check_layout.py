@@ -14,6 +14,8 @@ EXTRA = {
     "device": {"kernels", "tarn"},
     "nodes": {"kernels", "tarn"},
     "module": {"tarn"},
+    "core": {"tarn"},
+    "recorder": {"tarn"},
     "ks": {"tarn"},
     "kernels": set(),
     "sim": {"platform", "base", "tarn"},

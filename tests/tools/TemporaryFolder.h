@@ -4,6 +4,8 @@
 #include <windows.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "tools/command/Text.h"
@@ -17,6 +19,7 @@ class TemporaryFolder
   public:
     TemporaryFolder()
     {
+        std::filesystem::remove_all(path); // of a process that did not come to its end
         std::filesystem::create_directories(path);
     }
     ~TemporaryFolder()
@@ -27,15 +30,14 @@ class TemporaryFolder
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
 
-    const std::filesystem::path &Path() const noexcept
+    const std::filesystem::path &Path() const noexcept { return path; }
+    std::string Read(const char *name) const
     {
-        return path;
+        std::ifstream file(path / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
     // UTF-8, as on a command line.
-    std::string Text() const
-    {
-        return tarn_host::ToText(path);
-    }
+    std::string Text() const { return tarn_host::ToText(path); }
 
   private:
     static inline unsigned made = 0;

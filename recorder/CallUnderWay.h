@@ -1,0 +1,30 @@
+// Which recorded call a thread is in.
+#pragma once
+
+#include <cstdint>
+
+namespace mft_der
+{
+
+// While it lives this thread is in the record's call: what is recorded meanwhile belongs to it. Confined.
+class CallUnderWay
+{
+  public:
+    explicit CallUnderWay(std::uint64_t sequence) noexcept : before(Exchange(sequence)) {}
+    ~CallUnderWay()
+    {
+        Exchange(before);
+    }
+    CallUnderWay(const CallUnderWay &) = delete;
+    CallUnderWay &operator=(const CallUnderWay &) = delete;
+
+    // 0 outside of any. Thread-safe.
+    static std::uint64_t OfThisThread() noexcept;
+    // For calls whose beginning and end are told apart. Gives what was before.
+    static std::uint64_t Exchange(std::uint64_t sequence) noexcept;
+
+  private:
+    const std::uint64_t before;
+};
+
+} // namespace mft_der

@@ -1,0 +1,78 @@
+// One file of a recording: it grows in stretches that are mapped into memory, so that what was written survives the
+// process.
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "base/UniqueHandle.h"
+#include "recorder/RecordBuilder.h"
+
+namespace mft_der
+{
+
+// Grow, Release and Close wait for the disk and belong to one thread; the rest is for any thread, within what its owner
+// has given it room for.
+class RecordingFile
+{
+  public:
+    // Multiples of 64 KB.
+    RecordingFile(user_space_frameworks::UniqueHandle openFile, std::uint32_t stepBytes, std::uint64_t longest);
+    ~RecordingFile();
+    RecordingFile(const RecordingFile &) = delete;
+    RecordingFile &operator=(const RecordingFile &) = delete;
+
+    // For an empty file: maps the first stretch. For one that was closed: its first stretch and the one where it goes
+    // on. False when it cannot, or is no recording; GetLastError() tells why.
+    bool Begin();
+    bool GoOn();
+
+    // In the file from Begin to Close.
+    tarn_recording_header &Header() const noexcept
+    {
+        return *reinterpret_cast<tarn_recording_header *>(stretches.front().bytes);
+    }
+
+    // Up to here records may be placed.
+    std::uint64_t MappedBytes() const noexcept
+    {
+        return mapped.load(std::memory_order_acquire);
+    }
+
+    // One stretch more. False when the disk has no room, or the file has its full length.
+    bool Grow();
+
+    // A record lies there from Enter to Leave; the stretches stay mapped.
+    void Enter(std::uint64_t offset, std::uint64_t bytes) noexcept;
+    void Leave(std::uint64_t offset, std::uint64_t bytes) noexcept;
+    void Write(std::uint64_t offset, Bytes bytes) noexcept;
+
+    // Unmaps what lies wholly before `offset`, where no record begins any more.
+    void Release(std::uint64_t offset) noexcept;
+    // True when no record is being written. Only once none begins any more.
+    bool IsAtRest() const noexcept;
+    // Cuts off what is not used. Only at rest.
+    void Close(std::uint64_t usedBytes, std::uint32_t flags) noexcept;
+
+  private:
+    struct Stretch
+    {
+        std::uint8_t *bytes = nullptr;
+        std::atomic<std::uint32_t> writers{0};
+    };
+
+    bool Map(std::size_t index);
+    bool Lengthen(std::uint64_t bytes);
+    void CutTo(const LARGE_INTEGER &length) const noexcept;
+
+    const user_space_frameworks::UniqueHandle file;
+    const std::uint32_t step;
+    std::vector<Stretch> stretches; // as many as there may be
+    std::atomic<std::uint64_t> mapped{0};
+};
+
+} // namespace mft_der
