@@ -227,21 +227,6 @@ Json ValueJson(const Value &value)
     return ValueText(value);
 }
 
-std::string KsText(const RecordedSession &session, const Record &record)
-{
-    const Record *const call = record.header.type == TARN_RECORD_KS_CALL ? &record : session.Find(record.header.entry);
-    const auto request = call != nullptr ? KsRequestView::Of(*call) : std::nullopt;
-    const bool isToCamera = (record.header.subject & TARN_KS_TO_CAMERA) != 0;
-    constexpr std::array<const char *, 4> kinds{"KsEvent", "KsProperty", "KsMethod", "Ks"};
-    // A subscription to an event ends with a call that has its data block only.
-    const bool isDisabled = call != nullptr && (record.header.subject & TARN_KS_KIND) == TARN_KS_EVENT && !request;
-    return std::string(isToCamera ? "camera: " : "") + kinds[record.header.subject & TARN_KS_KIND] + " " +
-           (isDisabled        ? "disable"
-            : request         ? request->ToText()
-            : call == nullptr ? "of a call that was not recorded"
-                              : "with an identifier that is too short");
-}
-
 std::string WithoutRequest(const ValueList &values)
 {
     std::string text;
@@ -265,6 +250,24 @@ std::string ValueNameText(const Value &value)
 {
     const auto attribute = value.AsAttribute();
     return attribute ? GuidText(attribute->key.bytes) : NameOf(value.Name());
+}
+
+std::string KsText(const RecordedSession &session, const Record &record)
+{
+    constexpr std::array<const char *, 4> kinds{"KsEvent", "KsProperty", "KsMethod", "Ks"};
+    const std::uint16_t kind = record.header.subject & TARN_KS_KIND;
+    const std::string name = std::string(kinds[kind]) + " ";
+    const Record *const call = record.header.type == TARN_RECORD_KS_CALL ? &record : session.Find(record.header.entry);
+    if (call == nullptr)
+    {
+        return name + "of a call that was not recorded";
+    }
+    if (const auto request = KsRequestView::Of(*call))
+    {
+        return name + request->ToText();
+    }
+    // A subscription to an event ends with a call that has its data block only.
+    return name + (kind == TARN_KS_EVENT ? "disable" : "with an identifier that is too short");
 }
 
 std::string ValuesText(const ValueList &values)
@@ -292,7 +295,7 @@ std::string SubjectText(const RecordedSession &session, const Record &record)
         return CallText(record.header.subject);
     case TARN_RECORD_KS_CALL:
     case TARN_RECORD_KS_RETURN:
-        return KsText(session, record);
+        return ((record.header.subject & TARN_KS_TO_CAMERA) != 0 ? "camera: " : "") + KsText(session, record);
     case TARN_RECORD_EVENT: {
         const auto extended = record.Values().Find(TARN_VALUE_EXTENDED_TYPE);
         const auto guid = extended ? extended->AsGuid() : std::nullopt;

@@ -22,6 +22,8 @@ std::string EndText(const Record &end);
 std::string ValueNameText(const Value &value);
 nlohmann::ordered_json RecordJson(const RecordedSession &session, const Record &record);
 
+// Of a KS call or its return, without whom it addresses.
+std::string KsText(const RecordedSession &session, const Record &record);
 // Of a record's call, event or KS request: what a table of calls counts under. Empty for other records.
 std::string SubjectText(const RecordedSession &session, const Record &record);
 

@@ -139,8 +139,7 @@ void TakeOther(const RecordedSession &session, const Record &record, SessionSumm
         break;
     case TARN_RECORD_KS_RETURN: {
         const bool isToCamera = (record.header.subject & TARN_KS_TO_CAMERA) != 0;
-        CountEnd(session, record,
-                 (isToCamera ? summary.cameraKs : summary.applicationKs)[SubjectText(session, record)]);
+        CountEnd(session, record, (isToCamera ? summary.cameraKs : summary.applicationKs)[KsText(session, record)]);
         break;
     }
     case TARN_RECORD_EVENT:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -100,20 +101,21 @@ void WriteCalls(const char *title, const std::map<std::string, CallBooks> &calls
     {
         return;
     }
-    std::size_t width = 0;
+    std::size_t width = std::string_view(title).size();
     for (const auto &[name, books] : calls)
     {
-        width = std::max(width, name.size());
+        width = std::max(width, name.size() + 2);
     }
-    const auto padded = [width](const std::string &text, std::size_t more) {
-        return text + std::string(width + more - std::min(width + more, text.size()), ' ');
+    const auto padded = [width](std::string text) {
+        text.resize(width, ' ');
+        return text;
     };
-    output << '\n' << padded(title, 2) << "   count  failed    p50 ms    p99 ms    max ms\n";
+    output << '\n' << padded(title) << "   count  failed    p50 ms    p99 ms    max ms\n";
     for (const auto &[name, books] : calls)
     {
-        output << Format("  %-58s %6llu  %6llu %8.3f %8.3f %8.3f\n", name.c_str(), Wide(books.count),
-                         Wide(books.failed), PercentileMs(books.ticks, 0.5), PercentileMs(books.ticks, 0.99),
-                         PercentileMs(books.ticks, 1));
+        output << padded("  " + name)
+               << Format(" %7llu %7llu %9.3f %9.3f %9.3f\n", Wide(books.count), Wide(books.failed),
+                         PercentileMs(books.ticks, 0.5), PercentileMs(books.ticks, 0.99), PercentileMs(books.ticks, 1));
         for (const auto &[result, count] : books.results)
         {
             output << "      " << count << " x " << result << '\n';

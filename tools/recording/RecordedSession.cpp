@@ -32,8 +32,10 @@ std::vector<std::uint8_t> ReadFile(const fs::path &path)
     return bytes;
 }
 
+using PartKey = std::pair<std::uint64_t, std::uint32_t>; // session, part
+
 // Of a file that begins as a recording does.
-std::optional<std::uint64_t> SessionIdOf(const fs::path &path)
+std::optional<PartKey> PartOf(const fs::path &path)
 {
     tarn_recording_header header{};
     std::ifstream stream(path, std::ios::binary);
@@ -41,14 +43,15 @@ std::optional<std::uint64_t> SessionIdOf(const fs::path &path)
     {
         return std::nullopt;
     }
-    return header.sessionId;
+    return PartKey{header.sessionId, header.part};
 }
 
-// The files, each once, and the others of their sessions that stand beside them.
+// The files, each once, and the other parts of their sessions that stand beside them. Copies of a part are left alone.
 std::vector<fs::path> WithFilesBeside(const std::vector<fs::path> &files)
 {
     std::vector<fs::path> all;
-    std::set<std::uint64_t> ids;
+    std::set<std::uint64_t> sessions;
+    std::set<PartKey> parts;
     std::set<fs::path> folders;
     std::set<fs::path> known;
     for (const fs::path &file : files)
@@ -58,9 +61,10 @@ std::vector<fs::path> WithFilesBeside(const std::vector<fs::path> &files)
         {
             all.push_back(file);
         }
-        if (const auto id = SessionIdOf(file))
+        if (const auto part = PartOf(file))
         {
-            ids.insert(*id);
+            sessions.insert(part->first);
+            parts.insert(*part);
             folders.insert(file.has_parent_path() ? file.parent_path() : fs::path("."));
         }
     }
@@ -70,9 +74,9 @@ std::vector<fs::path> WithFilesBeside(const std::vector<fs::path> &files)
         for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error))
         {
             std::error_code ignored;
-            if (at->path().extension() == ".bin" && at->is_regular_file(ignored) &&
-                ids.contains(SessionIdOf(at->path()).value_or(0)) &&
-                known.insert(fs::weakly_canonical(at->path(), ignored)).second)
+            const bool isCandidate = at->path().extension() == ".bin" && at->is_regular_file(ignored);
+            const auto part = isCandidate ? PartOf(at->path()) : std::nullopt;
+            if (part && sessions.contains(part->first) && parts.insert(*part).second)
             {
                 all.push_back(at->path());
             }
