@@ -74,6 +74,13 @@ std::vector<Case> Cases()
     return cases;
 }
 
+// What fails can be looked at.
+void Keep(const char *name, const std::vector<std::uint8_t> &bytes)
+{
+    std::ofstream(kRecordings.parent_path() / name, std::ios::binary)
+        .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
 RecordedSession SessionOf(std::vector<std::uint8_t> bytes)
 {
     return RecordedSession::FromBytes({std::move(bytes)});
@@ -86,10 +93,12 @@ TEST(ReplayTest, SessionsHappenAgainAsRecorded)
     for (const Case &one : Cases())
     {
         SCOPED_TRACE(one.name);
-        const auto recorded = SessionOf(RecordRun(one.withPictures, one.run));
+        const auto bytes = RecordRun(one.withPictures, one.run);
+        const auto recorded = SessionOf(bytes);
         ReplayComparison comparison(recorded);
-        const auto again = SessionOf(
-            RecordRun(one.withPictures, [&](const LoadedModule &module) { Replay(recorded, module, comparison); }));
+        const auto bytesAgain =
+            RecordRun(one.withPictures, [&](const LoadedModule &module) { Replay(recorded, module, comparison); });
+        const auto again = SessionOf(bytesAgain);
         EXPECT_FALSE(comparison.IsDifferent()) << comparison.ToText();
         EXPECT_GT(comparison.Counts().calls, 20U);
         EXPECT_EQ(one.withPictures, comparison.Counts().pictures > 0);
@@ -97,6 +106,12 @@ TEST(ReplayTest, SessionsHappenAgainAsRecorded)
         EXPECT_FALSE(compared.first) << compared.first->lane << ", " << compared.first->where << "\n"
                                      << compared.first->expectedText << "\n"
                                      << compared.first->gotText;
+        if (comparison.IsDifferent() || compared.first)
+        {
+            Keep("recorded.bin", bytes);
+            Keep("replayed.bin", bytesAgain);
+            break;
+        }
         std::printf("%s: %s", one.name.c_str(), comparison.ToText().c_str());
     }
 }

@@ -3,30 +3,24 @@
 #include <algorithm>
 #include <tuple>
 
+#include "tools/recording/StateChanges.h"
+
 namespace tarn_replay
 {
 
+using tarn_recording::IsStateChange;
+
 namespace
 {
-constexpr std::uint32_t kHaveOutput = 602;         // METransformHaveOutput
-constexpr std::uint32_t kStop = 0;                 // DeviceStreamState_Stop
-constexpr std::uint32_t kNoWait = 1;               // MF_EVENT_FLAG_NO_WAIT
-constexpr std::int32_t kShutDown = -1072873851;    // MF_E_SHUTDOWN
-constexpr std::uint32_t kCommandFlush = 0;         // MFT_MESSAGE_COMMAND_FLUSH
-constexpr std::uint32_t kPropertySet = 0x00000002; // KSPROPERTY_TYPE_SET
-constexpr std::size_t kFlagsOffset = 20;           // of KSIDENTIFIER
+constexpr std::uint32_t kHaveOutput = 602;      // METransformHaveOutput
+constexpr std::uint32_t kStop = 0;              // DeviceStreamState_Stop
+constexpr std::uint32_t kNoWait = 1;            // MF_EVENT_FLAG_NO_WAIT
+constexpr std::int32_t kShutDown = -1072873851; // MF_E_SHUTDOWN
 
 bool IsCall(const Record &record)
 {
     return record.header.type == TARN_RECORD_CALL ||
            (record.header.type == TARN_RECORD_KS_CALL && (record.header.subject & TARN_KS_TO_CAMERA) == 0);
-}
-
-bool IsKsSet(const Record &entry)
-{
-    const auto request = entry.Values().Find(TARN_VALUE_REQUEST);
-    return (entry.header.subject & TARN_KS_KIND) == TARN_KS_PROPERTY && request &&
-           request->Payload().size() > kFlagsOffset && (request->Payload()[kFlagsOffset] & kPropertySet) != 0;
 }
 
 bool Overlap(const RecordedCall &one, const RecordedCall &other)
@@ -45,24 +39,6 @@ std::optional<std::int64_t> TimeOf(const Record &call)
     return call.Values().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
 }
 } // namespace
-
-bool IsChange(const Record &entry)
-{
-    if (entry.header.type == TARN_RECORD_KS_CALL)
-    {
-        return IsKsSet(entry);
-    }
-    switch (entry.header.subject)
-    {
-    case TARN_CALL_SET_OUTPUT_STREAM_STATE:
-    case TARN_CALL_SHUTDOWN:
-        return true;
-    case TARN_CALL_PROCESS_MESSAGE:
-        return entry.Values().Unsigned(TARN_VALUE_MESSAGE) == kCommandFlush;
-    default:
-        return false;
-    }
-}
 
 bool IsWaiting(const Record &entry)
 {
@@ -86,12 +62,13 @@ ReplayScript::ReplayScript(const RecordedSession &session) : records(session.Rec
 
 void ReplayScript::CollectCalls(const RecordedSession &session)
 {
+    const auto besideChanges = tarn_recording::CallsBesideChanges(session);
     for (const Record &record : records)
     {
         // What a call makes in turn, its replay makes by itself.
         if (IsCall(record) && record.header.entry == 0)
         {
-            calls.push_back({&record, session.EndOf(record), false});
+            calls.push_back({&record, session.EndOf(record), besideChanges.contains(record.header.sequence)});
         }
     }
     for (const RecordedCall &call : calls)
@@ -140,25 +117,15 @@ void ReplayScript::PlaceChanges()
 {
     for (const RecordedCall &change : calls)
     {
-        if (!IsChange(*change.entry) || change.exit == nullptr)
+        if (!IsStateChange(*change.entry) || change.exit == nullptr)
         {
             continue;
         }
         // Calls are sorted by entry: those that overlap begin before its end.
-        bool isAlone = true;
-        for (RecordedCall &other : calls)
-        {
-            if (other.Sequence() >= change.exit->header.sequence)
-            {
-                break;
-            }
-            if (&other != &change && other.entry->header.transform == change.entry->header.transform &&
-                Overlap(change, other))
-            {
-                other.isUndecided = true;
-                isAlone = false;
-            }
-        }
+        const bool isAlone = std::ranges::none_of(calls, [&](const RecordedCall &other) {
+            return &other != &change && other.entry->header.transform == change.entry->header.transform &&
+                   Overlap(change, other);
+        });
         if (const auto window = isAlone ? std::nullopt : WindowOf(change))
         {
             windows.push_back(*window);

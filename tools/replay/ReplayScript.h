@@ -111,7 +111,6 @@ class ReplayScript
     std::vector<Step> steps;
 };
 
-bool IsChange(const Record &entry);
 // GetEvent without the flag that has it return at once.
 bool IsWaiting(const Record &entry);
 
