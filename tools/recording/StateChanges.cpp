@@ -12,18 +12,18 @@ constexpr std::uint32_t kCommandFlush = 0;         // MFT_MESSAGE_COMMAND_FLUSH
 constexpr std::uint32_t kPropertySet = 0x00000002; // KSPROPERTY_TYPE_SET
 constexpr std::size_t kFlagsOffset = 20;           // of KSIDENTIFIER
 
+bool IsCall(const Record &record)
+{
+    return record.header.type == TARN_RECORD_CALL || record.header.type == TARN_RECORD_KS_CALL;
+}
+} // namespace
+
 bool IsPropertySet(const Record &call)
 {
     const auto request = call.Values().Find(TARN_VALUE_REQUEST);
     return (call.header.subject & TARN_KS_KIND) == TARN_KS_PROPERTY && request &&
            request->Payload().size() > kFlagsOffset && (request->Payload()[kFlagsOffset] & kPropertySet) != 0;
 }
-
-bool IsCall(const Record &record)
-{
-    return record.header.type == TARN_RECORD_CALL || record.header.type == TARN_RECORD_KS_CALL;
-}
-} // namespace
 
 bool IsStateChange(const Record &call)
 {

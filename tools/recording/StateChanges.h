@@ -11,6 +11,8 @@ namespace tarn_recording
 
 // Outputs started or stopped, a flush, the end, and what applications set.
 bool IsStateChange(const Record &call);
+// Of a KS call: one that sets a property.
+bool IsPropertySet(const Record &call);
 // A question whose answer depends on the state.
 bool AsksForState(const Record &call);
 // Numbers of the calls that ran beside a change on another thread: which of the two came first, only chance tells.
