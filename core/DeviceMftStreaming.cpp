@@ -152,14 +152,14 @@ void DeviceMft::RecordOutput(RecordBuilder &values, const MFT_OUTPUT_DATA_BUFFER
         if (sample != nullptr)
         {
             identity =
-                recorder.Samples().Identify(SampleDirection::Output, buffer.dwStreamID, sample, IsPrivate(sample));
+                recorder.Samples().Identify(SampleDirection::Output, buffer.dwStreamID, sample, IsPrivate(nullptr));
             recorder.Picture(identity, sample);
         }
         SampleRecorder::Add(values, identity, sample);
     });
 }
 
-bool DeviceMft::IsPrivate(IMFSample * /*sample*/)
+bool DeviceMft::IsPrivate(IMFSample * /*input*/)
 {
     return false;
 }

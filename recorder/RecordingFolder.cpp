@@ -21,6 +21,11 @@ UniqueHandle Open(const std::wstring &path, DWORD access, DWORD creation)
     return UniqueHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
+std::wstring OwnStem()
+{
+    return L"events-" + std::to_wstring(GetCurrentProcessId());
+}
+
 // Somebody writes to it. One that cannot be opened for another reason counts as well.
 bool IsInUse(const std::wstring &path)
 {
@@ -67,7 +72,7 @@ bool RecordingFolder::ChooseName()
     stem = L"events";
     if (IsInUse(NameOf(0)))
     {
-        stem = L"events-" + std::to_wstring(GetCurrentProcessId());
+        stem = OwnStem();
         return !IsInUse(NameOf(0));
     }
     return true;
@@ -81,8 +86,12 @@ UniqueHandle RecordingFolder::NewFile()
     }
     constexpr DWORD access = GENERIC_READ | GENERIC_WRITE;
     UniqueHandle file = Open(NameOf(0), access, CREATE_NEW);
-    if (!file && GetLastError() == ERROR_FILE_EXISTS && MoveUp())
+    if (!file && GetLastError() == ERROR_FILE_EXISTS)
     {
+        if (!MoveUp()) // somebody reads one of them and does not let it go
+        {
+            stem = OwnStem();
+        }
         file = Open(NameOf(0), access, CREATE_NEW);
     }
     return file;

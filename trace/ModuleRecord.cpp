@@ -1,8 +1,10 @@
 #include "trace/ModuleRecord.h"
 
 #include <cstdio>
+#include <mutex>
 
 #include "ModuleVersion.h"
+#include "base/SharedLock.h"
 
 namespace mft_utils
 {
@@ -35,7 +37,21 @@ void ReadWindowsVersion(char *text, std::size_t size) noexcept
 }
 } // namespace
 
-const ModuleRecord &ModuleRecord::Read() noexcept
+const ModuleRecord &ModuleRecord::OfThisProcess() noexcept
+{
+    static constinit user_space_frameworks::SharedLock lock;
+    static constinit ModuleRecord record;
+    static constinit bool isRead = false;
+    const std::scoped_lock guard(lock);
+    if (!isRead)
+    {
+        isRead = true;
+        record.Read();
+    }
+    return record;
+}
+
+void ModuleRecord::Read() noexcept
 {
     processId = GetCurrentProcessId();
     std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> name{};
@@ -53,7 +69,6 @@ const ModuleRecord &ModuleRecord::Read() noexcept
         ReadPath(own, modulePath);
     }
     ReadPath(nullptr, processPath);
-    return *this;
 }
 
 std::array<char, ModuleRecord::kDateSize> ModuleRecord::Today() noexcept

@@ -10,17 +10,17 @@
 namespace mft_utils
 {
 
-// Written just before the first other record, and not before: what is healthy leaves an error log empty. Empty until
-// it is read. Confined.
+// Written just before the first other record, and not before: what is healthy leaves an error log empty. Immutable
+// after the first use.
 class ModuleRecord
 {
   public:
-    constexpr ModuleRecord() noexcept = default;
     ModuleRecord(const ModuleRecord &) = delete;
     ModuleRecord &operator=(const ModuleRecord &) = delete;
 
-    // Takes too long for a thread that has a frame.
-    const ModuleRecord &Read() noexcept;
+    // The first call takes too long for a thread that has a frame: it is made when a log or session is opened.
+    // Thread-safe.
+    static const ModuleRecord &OfThisProcess() noexcept;
 
     // Below every level, so that each session and each log takes it.
     static constexpr TraceLevel kLevel{0};
@@ -44,6 +44,9 @@ class ModuleRecord
   private:
     static constexpr std::size_t kDateSize = 16;
 
+    constexpr ModuleRecord() noexcept = default;
+
+    void Read() noexcept;
     static const char *Version() noexcept;
     static std::array<char, kDateSize> Today() noexcept; // UTC, as in 2026-11-21
 

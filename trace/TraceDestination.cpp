@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 
+#include "trace/ModuleRecord.h"
 #include "trace/TraceLine.h"
 
 namespace mft_utils
@@ -11,7 +12,7 @@ namespace mft_utils
 bool TraceDestination::Open(const TraceSetting &setting) noexcept
 {
     Close();
-    moduleRecord.Read();
+    ModuleRecord::OfThisProcess(); // read here, before frames wait for it
     moduleRecordDue = true;
     switch (setting.destination)
     {
@@ -38,7 +39,7 @@ void TraceDestination::Write(const TraceText &line) noexcept
     if (file.Renew() || moduleRecordDue)
     {
         moduleRecordDue = false;
-        moduleRecord.AsEvent([this](const TraceEvent &record) { WriteLine(TraceLine(record)); });
+        ModuleRecord::OfThisProcess().AsEvent([this](const TraceEvent &record) { WriteLine(TraceLine(record)); });
     }
     WriteLine(line);
 }

@@ -3,7 +3,6 @@
 
 #include <windows.h>
 
-#include "trace/ModuleRecord.h"
 #include "trace/TraceFile.h"
 #include "trace/TraceSetting.h"
 #include "trace/TraceText.h"
@@ -26,7 +25,6 @@ class TraceDestination
 
     TraceFile file;
     HANDLE standardError = nullptr; // null, and no file: lines go to the debugger
-    ModuleRecord moduleRecord;
     bool moduleRecordDue = false;
 };
 

@@ -11,13 +11,14 @@ namespace
 constexpr ULONGLONG kMsBetweenLooks = 1000;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
+// Also true where it cannot be told: the log then goes on where it is.
 bool IsSameFile(HANDLE a, HANDLE b) noexcept
 {
     BY_HANDLE_FILE_INFORMATION first{};
     BY_HANDLE_FILE_INFORMATION second{};
-    return GetFileInformationByHandle(a, &first) != 0 && GetFileInformationByHandle(b, &second) != 0 &&
-           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber && first.nFileIndexHigh == second.nFileIndexHigh &&
-           first.nFileIndexLow == second.nFileIndexLow;
+    return GetFileInformationByHandle(a, &first) == 0 || GetFileInformationByHandle(b, &second) == 0 ||
+           (first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+            first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow);
 }
 } // namespace
 
@@ -25,16 +26,22 @@ bool TraceFile::Open(std::string_view utf8Path, std::uint64_t limitBytes) noexce
 {
     Close();
     path = {};
-    const int length = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8Path.data(),
-                                           static_cast<int>(utf8Path.size()), path.data(), kMaxPath - 1);
-    if (length <= 0)
+    Path given{};
+    // In full: the process may change its current folder.
+    if (MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8Path.data(), static_cast<int>(utf8Path.size()),
+                            given.data(), kMaxPath - 1) <= 0)
     {
         return false;
     }
-    pathLength = static_cast<std::size_t>(length);
+    pathLength = GetFullPathNameW(given.data(), kMaxPath, path.data(), nullptr);
+    if (pathLength == 0 || pathLength >= kMaxPath)
+    {
+        return false;
+    }
     limit = limitBytes;
     writtenSinceLook = kBytesBetweenLooks; // it may be full already
     file = OpenAtPath();
+    isOnDisk = file != nullptr && GetFileType(file) == FILE_TYPE_DISK;
     return file != nullptr;
 }
 
@@ -44,13 +51,14 @@ void TraceFile::Close() noexcept
     {
         CloseHandle(file);
         file = nullptr;
+        isOnDisk = false;
     }
 }
 
 bool TraceFile::Renew() noexcept
 {
     const ULONGLONG now = GetTickCount64();
-    if (file == nullptr || (writtenSinceLook < kBytesBetweenLooks && now - lookedAtMs < kMsBetweenLooks))
+    if (!isOnDisk || (writtenSinceLook < kBytesBetweenLooks && now - lookedAtMs < kMsBetweenLooks))
     {
         return false;
     }

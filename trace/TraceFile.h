@@ -43,6 +43,7 @@ class TraceFile
     bool MoveAway() const noexcept;
 
     HANDLE file = nullptr;
+    bool isOnDisk = false; // else it is a device or a pipe, which is never full
     std::uint64_t limit = 0;
     std::uint32_t writtenSinceLook = 0;
     ULONGLONG lookedAtMs = 0;

@@ -66,6 +66,7 @@ std::atomic<bool> moduleRecordDue{false};
 
 void NTAPI OnEnable(LPCGUID, ULONG isEnabled, UCHAR level, ULONGLONG, ULONGLONG, PEVENT_FILTER_DESCRIPTOR, PVOID)
 {
+    ModuleRecord::OfThisProcess(); // read here, before frames wait for it
     // Every session that is enabled, the later ones too; those who have it already get it again.
     moduleRecordDue.store(isEnabled != 0, std::memory_order_relaxed);
     enabledLevel.store(LevelFromEnableNotification(isEnabled, level, enabledLevel.load(std::memory_order_relaxed)),
@@ -231,7 +232,7 @@ class StructuredChannel final : public ITraceChannel
         if (moduleRecordDue.load(std::memory_order_relaxed) &&
             moduleRecordDue.exchange(false, std::memory_order_relaxed))
         {
-            ModuleRecord().Read().AsEvent([handle](const TraceEvent &record) { Send(handle, record); });
+            ModuleRecord::OfThisProcess().AsEvent([handle](const TraceEvent &record) { Send(handle, record); });
         }
         Send(handle, event);
     }

@@ -46,6 +46,7 @@ ULONG WINAPI OnEnable(WMIDPREQUESTCODE request, PVOID, ULONG *size, PVOID buffer
     }
     if (request == WMI_ENABLE_EVENTS)
     {
+        ModuleRecord::OfThisProcess(); // read here, before frames wait for it
         const TRACEHANDLE logger = GetTraceLoggerHandle(buffer);
         Apply(WppSession::Make(logger, GetTraceEnableLevel(logger), GetTraceEnableFlags(logger)));
     }
@@ -156,7 +157,7 @@ class WppChannel final : public ITraceChannel
         if (moduleRecordDue.load(std::memory_order_relaxed) &&
             moduleRecordDue.exchange(false, std::memory_order_relaxed))
         {
-            ModuleRecord().Read().AsEvent([](const TraceEvent &record) {
+            ModuleRecord::OfThisProcess().AsEvent([](const TraceEvent &record) {
                 TraceText text(record.name);
                 AppendFields(text, record);
                 Send({ModuleRecord::kLevel,

@@ -55,6 +55,11 @@ TEST(AsyncTopologyNodeTest, AnItemThatCannotTellItsSampleLetsTheNextOneGo)
     holding->Process(MakeSample(0).Get());
     const auto end = std::make_shared<RecordingNode>();
     const auto node = std::make_shared<AsyncTopologyNode>(end, "Test", parameters);
+    DWORD flags = 1;
+    DWORD reported = 0;
+    EXPECT_HR(S_OK, node->GetParameters(&flags, &reported));
+    EXPECT_EQ(0u, flags);
+    EXPECT_EQ(queue, reported);
     node->Process(MakeSample(1).Get());
     node->Process(MakeSample(2).Get());
 

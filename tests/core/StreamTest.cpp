@@ -100,6 +100,44 @@ TEST(StreamTest, OutputAttributesDescribeTheStreamAndKeepThePinsOwn)
     EXPECT_EQ(0u, MFGetAttributeUINT64(configuration.mtList->at(1).Get(), MF_MT_DEPTH_VALUE_UNIT, 0));
 }
 
+TEST(StreamTest, OnlyARunningOutputKeepsSamples)
+{
+    TestEventGenerator generator;
+    const auto stream = StreamWith({MakeType(640, 480, 30)}, &generator);
+    const auto sample = MakeSample(11);
+    MFT_OUTPUT_DATA_BUFFER buffer{};
+
+    EXPECT_HR(S_OK, stream->ProcessSample(sample.Get())); // stopped: dropped, not announced
+    EXPECT_EQ(0, generator.Count(METransformHaveOutput));
+    EXPECT_HR(S_OK, stream->ProcessOutput(buffer));
+    EXPECT_EQ(nullptr, buffer.pSample);
+    EXPECT_REFS(sample, 1);
+
+    EXPECT_HR(S_OK, stream->SetState(DeviceStreamState_Run));
+    EXPECT_EQ(1, generator.Count(MEUnknown));
+    EXPECT_HR(MF_E_TRANSFORM_NEED_MORE_INPUT, stream->ProcessOutput(buffer));
+    EXPECT_HR(S_OK, stream->ProcessSample(sample.Get()));
+    EXPECT_REFS(sample, 2);
+    EXPECT_EQ(1, generator.Count(METransformHaveOutput));
+    EXPECT_HR(S_OK, stream->ProcessOutput(buffer));
+    EXPECT_EQ(sample.Get(), buffer.pSample);
+    EXPECT_REFS(sample, 2); // the queue's reference moved to the caller
+    buffer.pSample->Release();
+
+    EXPECT_HR(S_OK, stream->ProcessSample(sample.Get()));
+    EXPECT_HR(S_OK, stream->SetState(DeviceStreamState_Stop)); // leaving Run empties the queue
+    EXPECT_REFS(sample, 1);
+
+    EXPECT_HR(S_OK, stream->SetState(DeviceStreamState_Run));
+    generator.ShutDown();
+    EXPECT_HR(MF_E_SHUTDOWN, stream->ProcessSample(sample.Get())); // cannot be announced: not kept
+    EXPECT_REFS(sample, 1);
+    EXPECT_HR(E_POINTER, stream->ProcessSample(nullptr));
+    stream->SetState(DeviceStreamState_Stop);
+    EXPECT_HR(MF_E_SHUTDOWN, stream->SetState(DeviceStreamState_Run));
+    EXPECT_EQ(DeviceStreamState_Stop, stream->GetState());
+}
+
 TEST(StreamTest, ATypeWithoutARateDoesNotInheritTheFormerOnesFrames)
 {
     TestEventGenerator generator;

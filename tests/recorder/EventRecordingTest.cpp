@@ -127,16 +127,21 @@ TEST(EventRecordingTest, TheNextTransformGoesOnInTheSameFileAndAnotherSessionMov
 TEST(EventRecordingTest, WhatCannotBeWrittenIsOffAndAFileInUseIsLeftAlone)
 {
     EXPECT_EQ(nullptr, RecordingShare::In(L"c:\\no such folder\\"));
-    const RecordingsFolder folder;
-    user_space_frameworks::UniqueHandle locked(
-        CreateFileW(folder.File().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-    const std::wstring own = L"events-" + std::to_wstring(GetCurrentProcessId()) + L".bin";
+    for (const DWORD othersMay : {DWORD{0}, DWORD{FILE_SHARE_READ}}) // a writer, and a reader that lets nobody move it
     {
-        const auto share = RecordingShare::In(folder.Path(), kSmall);
-        ASSERT_NE(nullptr, share);
-        WriteOne(share->Recording(), 0, 10);
+        const RecordingsFolder folder;
+        user_space_frameworks::UniqueHandle locked(CreateFileW(folder.File().c_str(), GENERIC_READ, othersMay, nullptr,
+                                                               CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const std::wstring own = L"events-" + std::to_wstring(GetCurrentProcessId()) + L".bin";
+        {
+            const auto share = RecordingShare::In(folder.Path(), kSmall);
+            ASSERT_NE(nullptr, share);
+            WriteOne(share->Recording(), 0, 10);
+        }
+        locked.Reset();
+        EXPECT_EQ(0u, std::filesystem::file_size(folder.File()));
+        ExpectNothingLost(tarn_recording::RecordedSession::Open({folder.File(own.c_str())}).front(), 1);
     }
-    ExpectNothingLost(tarn_recording::RecordedSession::Open({folder.File(own.c_str())}).front(), 1);
 }
 
 } // namespace

@@ -35,10 +35,11 @@ class RandomSession : private tarn_host::SessionListener, private tarn_sim::IFra
             std::vector<std::jthread> threads;
             for (unsigned thread = 0; thread < kThreads; ++thread)
             {
-                threads.emplace_back([this, thread] { CallAtRandom(seed * kThreads + thread); });
+                threads.emplace_back([this, thread] { CallAtRandom(seed * kThreads + thread, thread); });
             }
         }
         camera->Pins().SetFrameSink(nullptr);
+        camera->Pins().WaitForReturnOfFrames(std::chrono::milliseconds(100)); // outputs that run keep none
         session.Synchronise(std::chrono::seconds(10));
         transform.Reset();
         session.Close();
@@ -59,14 +60,14 @@ class RandomSession : private tarn_host::SessionListener, private tarn_sim::IFra
         session.ProcessInput(streamId, sample);
     }
 
-    void CallAtRandom(unsigned threadSeed)
+    void CallAtRandom(unsigned threadSeed, unsigned thread)
     {
         std::mt19937 random(threadSeed);
         for (unsigned call = 0; call < calls / kThreads; ++call)
         {
             try
             {
-                Call(random);
+                Call(random, thread);
             }
             catch (const tarn_host::HostError &)
             {
@@ -75,14 +76,15 @@ class RandomSession : private tarn_host::SessionListener, private tarn_sim::IFra
         }
     }
 
-    void Call(std::mt19937 &random)
+    // Each changes something else, as the pipeline, an application and a service do; all ask.
+    void Call(std::mt19937 &random, unsigned thread)
     {
         const DWORD output = random() % 2;
         const tarn_host::KsClient controls(session.KsControl());
         DeviceStreamState state{};
         ComPtr<IMFMediaType> type;
         ComPtr<IMFAttributes> attributes;
-        switch (random() % 12)
+        switch (random() % 8 + 10 * thread)
         {
         case 0:
         case 1:
@@ -93,28 +95,36 @@ class RandomSession : private tarn_host::SessionListener, private tarn_sim::IFra
             transform->SetOutputStreamState(output, nullptr, DeviceStreamState_Stop, 0);
             break;
         case 3:
-            controls.SetConfidenceMap(random() % 2 != 0);
-            break;
-        case 4:
-            controls.SetPreset(random() % 8);
-            break;
-        case 5:
-            controls.Preset();
-            break;
-        case 6:
             controls.SetFaceLogin(random() % 2 != 0);
             break;
-        case 7:
-            transform->GetOutputStreamState(output, &state);
+        case 10:
+        case 11:
+            controls.SetConfidenceMap(random() % 2 != 0);
             break;
-        case 8:
-            transform->GetOutputStreamAttributes(random() % 3, &attributes);
+        case 12:
+            controls.SetPreset(random() % 8);
             break;
-        case 9:
+        case 20:
             transform->ProcessMessage(random() % 4 == 0 ? MFT_MESSAGE_COMMAND_FLUSH : MFT_MESSAGE_COMMAND_DRAIN, 0);
             break;
-        case 10:
+        case 21:
+        case 22:
             camera->Ks().SignalAutoUpdate();
+            break;
+        case 4:
+        case 14:
+        case 24:
+            controls.Preset();
+            break;
+        case 5:
+        case 15:
+        case 25:
+            transform->GetOutputStreamState(output, &state);
+            break;
+        case 6:
+        case 16:
+        case 26:
+            transform->GetOutputStreamAttributes(random() % 3, &attributes);
             break;
         default: // frames come meanwhile
             std::this_thread::sleep_for(std::chrono::milliseconds(random() % 20));

@@ -88,6 +88,18 @@ TEST(TraceSummaryTest, SessionsOfSeveralProcessesAndFilesAreKeptApart)
     EXPECT_NE(std::string::npos, text.find("advice  lines of this log were lost")) << text;
     EXPECT_NE(std::string::npos, text.find("WRONG   the transform was not given a camera (12:00:00.100)")) << text;
     EXPECT_NE(std::string::npos, text.find("module   not told")) << text;
+
+    // An error that no rule knows.
+    const std::string unknown = Summarise(
+        {"12:00:00.1  77 78 error   mft_core::X::Y: Go() failed, hr 0xC00D36B4\n12:00:00.1  77 78 error   z: w\n"});
+    EXPECT_TRUE(unknown.starts_with(
+        "WRONG   a step failed: mft_core::X::Y: Go() failed, hr MF_E_INVALIDMEDIATYPE (0xC00D36B4)"))
+        << unknown;
+
+    // The output was started in a file that is gone.
+    const std::string rest = Summarise({log.substr(log.find("23:59:59.600"))});
+    EXPECT_NE(std::string::npos, rest.find("Output Stream 0         0            -        4   10.0       100 ms"))
+        << rest;
 }
 
 // Under the sanitizers: nothing is read past an end, and nothing throws.

@@ -1,5 +1,7 @@
 #include "trace/DebugTraceSink.h"
 
+#include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -118,12 +120,15 @@ TEST_F(DebugTraceSinkTest, LinesOfManyThreadsStayWholeAndClosingMeanwhileEndsCle
 // Two writers as two processes are: with a handle each.
 TEST_F(DebugTraceSinkTest, FullFileBecomesTheOlderOneAndNoLineOfEitherWriterIsLost)
 {
-    const std::string setting = "8,limit=1,file=" + path.string();
+    const std::filesystem::path folder = std::filesystem::current_path();
+    std::filesystem::current_path(path.parent_path());
+    const std::string setting = "8,limit=1,file=" + path.filename().string();
     mft_utils::TraceDestination writers[2];
     for (auto &writer : writers)
     {
         ASSERT_TRUE(writer.Open(mft_utils::TraceSetting::Parse(setting)));
     }
+    std::filesystem::current_path(folder); // the log stays where it was
     constexpr int kLines = 15000;
     for (int i = 0; i < kLines; ++i)
     {
@@ -161,6 +166,25 @@ TEST_F(DebugTraceSinkTest, FullFileBecomesTheOlderOneAndNoLineOfEitherWriterIsLo
     EXPECT_LT(std::filesystem::file_size(older), kMiB + 3 * mft_utils::TraceFile::kBytesBetweenLooks);
     EXPECT_LT(std::filesystem::file_size(path), kMiB);
     EXPECT_FALSE(std::filesystem::exists(path.wstring() + L".gate"));
+}
+
+TEST_F(DebugTraceSinkTest, FullFileThatCannotBeRenamedIsEmptied)
+{
+    std::filesystem::create_directory(older); // nothing can take its place
+    const std::string setting = "8,limit=1,file=" + path.string();
+    mft_utils::TraceDestination writer;
+    ASSERT_TRUE(writer.Open(mft_utils::TraceSetting::Parse(setting)));
+    constexpr std::uintmax_t kMiB = 1024 * 1024;
+    std::uintmax_t largest = 0;
+    for (int i = 0; i < 6000; ++i)
+    {
+        writer.Write(mft_utils::TraceText(std::string(500, 'x')));
+        largest = std::max(largest, std::filesystem::file_size(path));
+    }
+    writer.Close();
+    EXPECT_GE(largest, kMiB);
+    EXPECT_LT(largest, kMiB + 2 * mft_utils::TraceFile::kBytesBetweenLooks);
+    EXPECT_NE(std::string::npos, LinesOf(path).at(0).find(" event Module "));
 }
 
 TEST_F(DebugTraceSinkTest, DisabledTraceEvaluatesNoArgumentAndOverlongLinesAreMarked)

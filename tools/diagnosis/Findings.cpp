@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 
 #include "tools/diagnosis/ClockText.h"
 
@@ -15,6 +16,7 @@ using enum Severity;
 
 constexpr std::int64_t kSilenceUs = kUsPerSecond;
 constexpr std::uint64_t kRefusedAtAChange = 3; // frames of the former format that may be on their way
+constexpr std::int64_t kSameTimeUs = 200'000;
 constexpr std::uint64_t kIntervalsForARate = 30;
 constexpr double kLeastShareOfRate = 0.85;
 
@@ -38,14 +40,15 @@ std::string RateText(double fps)
 
 void AddSymptoms(const SessionFacts &facts, std::vector<Finding> &findings)
 {
-    for (const auto &[title, counted] : facts.symptoms)
+    for (const Symptom &symptom : KnownSymptoms())
     {
-        const auto known = KnownSymptoms();
-        const auto symptom =
-            std::find_if(known.begin(), known.end(), [&](const Symptom &one) { return one.title == title; });
-        if (symptom != known.end())
+        const auto seen = facts.symptoms.find(std::string(symptom.title));
+        const bool isTold = std::any_of(findings.begin(), findings.end(),
+                                        [&](const Finding &one) { return one.title == symptom.title; });
+        if (seen != facts.symptoms.end() && !isTold) // several signs may share a title
         {
-            findings.push_back({symptom->severity, counted.firstUs, counted.count, title, std::string(symptom->cure)});
+            findings.push_back(
+                {symptom.severity, seen->second.firstUs, seen->second.count, seen->first, std::string(symptom.cure)});
         }
     }
 }
@@ -139,35 +142,50 @@ void AddStarvation(const SessionFacts &facts, std::vector<Finding> &findings)
         if (output.longestSilenceUs > kSilenceUs && (facts.refused == 0 || output.framesBeforeSilence != 0))
         {
             const auto [what, cure] = SilenceOf(facts, output);
-            findings.push_back(
-                {Wrong, output.silentSinceUs, 1,
-                 "frames are missing: " + what + ", for " + DurationText(output.longestSilenceUs) + " (" + name + ")",
-                 cure});
+            findings.push_back({Wrong, output.silentSinceUs, 1,
+                                std::string("frames are missing: ")
+                                    .append(what)
+                                    .append(", for ")
+                                    .append(DurationText(output.longestSilenceUs))
+                                    .append(" (" + name + ")"),
+                                cure});
         }
         else if (output.intervals >= kIntervalsForARate && output.Fps() < output.nominalFps * kLeastShareOfRate)
         {
             findings.push_back({Wrong, output.startedUs, 1,
-                                "frames are missing: " + RateText(output.Fps()) + " of " + RateText(output.nominalFps) +
-                                    " a second, longest gap " + DurationText(output.longestGapUs) + " (" + name + ")",
+                                std::string("frames are missing: ")
+                                    .append(RateText(output.Fps()))
+                                    .append(" of ")
+                                    .append(RateText(output.nominalFps))
+                                    .append(" a second, longest gap ")
+                                    .append(DurationText(output.longestGapUs))
+                                    .append(" (" + name + ")"),
                                 "drops below; in low light a camera may slow down by itself"});
         }
     }
 }
 
-// Errors that nothing above explains.
+// The first error that nothing above explains: what is found at the same time has told it already.
 void AddRest(const SessionFacts &facts, std::vector<Finding> &findings)
 {
-    const bool isExplained =
-        std::any_of(findings.begin(), findings.end(), [](const Finding &one) { return one.severity == Wrong; });
-    for (const auto &[error, counted] : facts.errors)
+    const auto explains = [](const Finding &one, std::int64_t timeUs) {
+        return one.severity == Wrong || std::abs(one.timeUs - timeUs) < kSameTimeUs;
+    };
+    const std::pair<const std::string, Counted> *first = nullptr;
+    for (const auto &error : facts.errors)
     {
-        const bool isAdvice = Contains(error, "frames refused") || IsNotThere(error) ||
-                              facts.symptoms.size() + facts.ksFailures.size() >= facts.errors.size();
-        if (!isExplained && !isAdvice && counted.firstUs == facts.firstError->timeUs)
+        const std::int64_t timeUs = error.second.firstUs;
+        const bool isExplained =
+            std::any_of(findings.begin(), findings.end(), [&](const Finding &one) { return explains(one, timeUs); });
+        if (!isExplained && !IsNotThere(error.first) && (first == nullptr || timeUs < first->second.firstUs))
         {
-            findings.push_back(
-                {Wrong, counted.firstUs, counted.count, "a step failed: " + error, "what led to it is below"});
+            first = &error;
         }
+    }
+    if (first != nullptr)
+    {
+        findings.push_back({Wrong, first->second.firstUs, first->second.count, "a step failed: " + first->first,
+                            "what led to it is below"});
     }
 }
 

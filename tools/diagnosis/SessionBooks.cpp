@@ -170,7 +170,12 @@ void SessionBooks::TakeFrame(const LogRecord &record)
     {
         return;
     }
-    if (output->framesSinceStart == 0)
+    if (output->starts == 0 && output->frames == 0) // it ran when the log began
+    {
+        output->isActive = true;
+        output->startedUs = record.timeUs;
+    }
+    else if (output->framesSinceStart == 0)
     {
         output->firstFrameAfterUs = output->firstFrameAfterUs.value_or(record.timeUs - output->startedUs);
     }

@@ -97,14 +97,14 @@ void WriteFirstError(std::ostream &output, const SessionFacts &facts)
 void WriteOutputs(std::ostream &output, const SessionFacts &facts)
 {
     if (std::none_of(facts.outputs.begin(), facts.outputs.end(),
-                     [](const auto &one) { return one.second.starts != 0; }))
+                     [](const auto &one) { return one.second.starts + one.second.frames != 0; }))
     {
         return;
     }
     output << "\noutputs                              starts  first frame   frames    fps  longest gap  type\n";
     for (const auto &[name, one] : facts.outputs)
     {
-        if (one.starts == 0)
+        if (one.starts == 0 && one.frames == 0)
         {
             continue;
         }

@@ -5,6 +5,7 @@
 
 #include "tools/frameserver/TransformKind.h"
 #include "tools/names/PipelineNames.h"
+#include "tools/recording/StateChanges.h"
 #include "tools/replay/ComValues.h"
 
 namespace tarn_replay
@@ -184,7 +185,7 @@ void CallPlayer::MakeCall(const RecordedCall &call)
 bool CallPlayer::AwaitCall(const RecordedCall &call)
 {
     Transform &transform = *Find(*call.entry);
-    const bool isChange = IsChange(*call.entry);
+    const bool isChange = tarn_recording::IsStateChange(*call.entry);
     const auto begun = Clock::now();
     while (!caller.Wait(isChange ? std::chrono::milliseconds(kPoll) : std::chrono::milliseconds(kCallLimit)))
     {
@@ -308,15 +309,7 @@ void CallPlayer::SignalEvent(const Record &record)
     const auto &records = session.Records();
     for (auto at = records.begin() + (&record - records.data()) + 1; at != records.end(); ++at)
     {
-        if (at->header.thread != record.header.thread)
-        {
-            continue;
-        }
-        const bool isQuestion = at->header.type == TARN_RECORD_KS_CALL && (at->header.subject & TARN_KS_TO_CAMERA) != 0;
-        if (!isQuestion && at->header.type != TARN_RECORD_KS_RETURN)
-        {
-            return;
-        }
+        const bool isQuestion = at->header.type == TARN_RECORD_KS_CALL && at->header.entry == record.header.sequence;
         while (isQuestion && !transform->camera->Answers().WasAsked(at->header.sequence))
         {
             if (Clock::now() >= end)

@@ -35,7 +35,10 @@ tarn_recording::RecordedSession Open(const std::string &file)
 }
 } // namespace
 
-ReplayCommand::ReplayCommand() : modulePath(ToText(DefaultModulePath())) {}
+ReplayCommand::ReplayCommand()
+    : Command("replay", "play a recorded session on the module and compare"), modulePath(ToText(DefaultModulePath()))
+{
+}
 
 void ReplayCommand::AddOptions(CLI::App &app)
 {

@@ -15,14 +15,6 @@ class ReplayCommand final : public Command
   public:
     ReplayCommand();
 
-    const char *Name() const noexcept override
-    {
-        return "replay";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "play a recorded session on the module and compare";
-    }
     void AddOptions(CLI::App &app) override;
     ExitCode Run() override;
 

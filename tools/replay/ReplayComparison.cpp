@@ -8,6 +8,7 @@
 #include "tools/events/RecordText.h"
 #include "tools/names/PipelineNames.h"
 #include "tools/names/ResultNames.h"
+#include "tools/recording/StateChanges.h"
 
 namespace tarn_replay
 {
@@ -15,27 +16,6 @@ namespace tarn_replay
 namespace
 {
 constexpr std::size_t kRecordsBefore = 10;
-
-// Questions whose answer depends on which of two threads came first.
-bool AsksForState(const Record &entry)
-{
-    if (entry.header.type == TARN_RECORD_KS_CALL)
-    {
-        return !IsChange(entry);
-    }
-    switch (entry.header.subject)
-    {
-    case TARN_CALL_GET_INPUT_CURRENT_TYPE:
-    case TARN_CALL_GET_OUTPUT_CURRENT_TYPE:
-    case TARN_CALL_GET_INPUT_STREAM_STATE:
-    case TARN_CALL_GET_OUTPUT_STREAM_STATE:
-    case TARN_CALL_GET_INPUT_STREAM_PREFERRED_STATE:
-    case TARN_CALL_GET_SHUTDOWN_STATUS:
-        return true;
-    default:
-        return false;
-    }
-}
 } // namespace
 
 ReplayComparison::ReplayComparison(const RecordedSession &recordedSession)
@@ -61,7 +41,7 @@ void ReplayComparison::Compare(const RecordedCall &call, std::int32_t result, ta
     {
         return;
     }
-    if (call.isUndecided && AsksForState(entry))
+    if (call.isUndecided && tarn_recording::AsksForState(entry))
     {
         const std::scoped_lock hold(lock);
         ++counts.undecided;

@@ -1,20 +1,24 @@
 #include "tools/replay/ReplayScript.h"
 
 #include <algorithm>
-#include <tuple>
+#include <functional>
+#include <iterator>
+
+#include "tools/names/PipelineNames.h"
+#include "tools/recording/StateChanges.h"
 
 namespace tarn_replay
 {
 
+using tarn_recording::IsStateChange;
+
 namespace
 {
-constexpr std::uint32_t kHaveOutput = 602;         // METransformHaveOutput
-constexpr std::uint32_t kStop = 0;                 // DeviceStreamState_Stop
-constexpr std::uint32_t kNoWait = 1;               // MF_EVENT_FLAG_NO_WAIT
-constexpr std::int32_t kShutDown = -1072873851;    // MF_E_SHUTDOWN
-constexpr std::uint32_t kCommandFlush = 0;         // MFT_MESSAGE_COMMAND_FLUSH
-constexpr std::uint32_t kPropertySet = 0x00000002; // KSPROPERTY_TYPE_SET
-constexpr std::size_t kFlagsOffset = 20;           // of KSIDENTIFIER
+constexpr std::uint32_t kHaveOutput = 602;      // METransformHaveOutput
+constexpr std::uint32_t kStop = 0;              // DeviceStreamState_Stop
+constexpr std::uint32_t kNoWait = 1;            // MF_EVENT_FLAG_NO_WAIT
+constexpr std::uint8_t kConfidenceMap = 2;      // of the module's own properties
+constexpr std::int32_t kShutDown = -1072873851; // MF_E_SHUTDOWN
 
 bool IsCall(const Record &record)
 {
@@ -22,17 +26,41 @@ bool IsCall(const Record &record)
            (record.header.type == TARN_RECORD_KS_CALL && (record.header.subject & TARN_KS_TO_CAMERA) == 0);
 }
 
-bool IsKsSet(const Record &entry)
-{
-    const auto request = entry.Values().Find(TARN_VALUE_REQUEST);
-    return (entry.header.subject & TARN_KS_KIND) == TARN_KS_PROPERTY && request &&
-           request->Payload().size() > kFlagsOffset && (request->Payload()[kFlagsOffset] & kPropertySet) != 0;
-}
-
 bool Overlap(const RecordedCall &one, const RecordedCall &other)
 {
     const auto end = [](const RecordedCall &call) { return call.exit ? call.exit->header.sequence : call.Sequence(); };
     return one.Sequence() < end(other) && other.Sequence() < end(one);
+}
+
+std::uint64_t SequenceOf(const Record &record)
+{
+    return record.header.sequence;
+}
+
+// What a change does to others: an event, or a control of the camera.
+bool IsEffect(const Record &record)
+{
+    return record.header.type == TARN_RECORD_EVENT ||
+           (record.header.type == TARN_RECORD_KS_CALL && tarn_recording::IsPropertySet(record));
+}
+
+bool TellsShutdown(const Record &record)
+{
+    return record.header.type == TARN_RECORD_RETURN && record.header.result == kShutDown;
+}
+
+// Of these the module makes one at a time.
+bool IsExclusive(const Record &change)
+{
+    static const tarn_host::Guid ownSet = tarn_host::GuidNamed("KSPROPERTYSETID_TARN_DMFT_CONTROL");
+    constexpr std::size_t idOffset = 16;
+    if (change.header.type == TARN_RECORD_CALL)
+    {
+        return change.header.subject != TARN_CALL_PROCESS_MESSAGE;
+    }
+    const auto request = change.Values().Find(TARN_VALUE_REQUEST);
+    return request && request->Payload().size() > idOffset && tarn_host::Guid::Of(request->Payload()) == ownSet &&
+           request->Payload()[idOffset] == kConfidenceMap;
 }
 
 bool IsHaveOutput(const Record &record)
@@ -45,24 +73,6 @@ std::optional<std::int64_t> TimeOf(const Record &call)
     return call.Values().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
 }
 } // namespace
-
-bool IsChange(const Record &entry)
-{
-    if (entry.header.type == TARN_RECORD_KS_CALL)
-    {
-        return IsKsSet(entry);
-    }
-    switch (entry.header.subject)
-    {
-    case TARN_CALL_SET_OUTPUT_STREAM_STATE:
-    case TARN_CALL_SHUTDOWN:
-        return true;
-    case TARN_CALL_PROCESS_MESSAGE:
-        return entry.Values().Unsigned(TARN_VALUE_MESSAGE) == kCommandFlush;
-    default:
-        return false;
-    }
-}
 
 bool IsWaiting(const Record &entry)
 {
@@ -80,18 +90,19 @@ ReplayScript::ReplayScript(const RecordedSession &session) : records(session.Rec
         PlaceCall(call);
     }
     PlaceOthers();
-    std::ranges::stable_sort(placed, {}, [](const Placed &one) { return std::tuple(one.at.sequence, one.at.rank); });
+    std::ranges::stable_sort(placed, {}, &Placed::at);
     std::ranges::transform(placed, std::back_inserter(steps), &Placed::step);
 }
 
 void ReplayScript::CollectCalls(const RecordedSession &session)
 {
+    const auto besideChanges = tarn_recording::CallsBesideChanges(session);
     for (const Record &record : records)
     {
         // What a call makes in turn, its replay makes by itself.
         if (IsCall(record) && record.header.entry == 0)
         {
-            calls.push_back({&record, session.EndOf(record), false});
+            calls.push_back({&record, session.EndOf(record), besideChanges.contains(record.header.sequence)});
         }
     }
     for (const RecordedCall &call : calls)
@@ -116,7 +127,8 @@ void ReplayScript::FindDeliveries()
             const auto stream = values.Unsigned(TARN_VALUE_STREAM);
             if (time && stream)
             {
-                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream)});
+                deliveries.push_back(
+                    {record.header.transform, *time, static_cast<std::uint32_t>(*stream), record.header.sequence});
             }
         }
         if (!record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT))
@@ -129,7 +141,8 @@ void ReplayScript::FindDeliveries()
             const auto stream = value.Items().Unsigned(TARN_VALUE_STREAM);
             if (value.Name() == TARN_VALUE_BUFFER && time && stream)
             {
-                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream)});
+                deliveries.push_back(
+                    {record.header.transform, *time, static_cast<std::uint32_t>(*stream), record.header.sequence});
             }
         }
     }
@@ -140,62 +153,130 @@ void ReplayScript::PlaceChanges()
 {
     for (const RecordedCall &change : calls)
     {
-        if (!IsChange(*change.entry) || change.exit == nullptr)
+        if (!IsStateChange(*change.entry) || change.exit == nullptr)
         {
             continue;
         }
         // Calls are sorted by entry: those that overlap begin before its end.
-        bool isAlone = true;
-        for (RecordedCall &other : calls)
-        {
-            if (other.Sequence() >= change.exit->header.sequence)
-            {
-                break;
-            }
-            if (&other != &change && other.entry->header.transform == change.entry->header.transform &&
-                Overlap(change, other))
-            {
-                other.isUndecided = true;
-                isAlone = false;
-            }
-        }
+        const bool isAlone = std::ranges::none_of(calls, [&](const RecordedCall &other) {
+            return &other != &change && other.entry->header.transform == change.entry->header.transform &&
+                   Overlap(change, other);
+        });
         if (const auto window = isAlone ? std::nullopt : WindowOf(change))
         {
             windows.push_back(*window);
         }
     }
+    OrderChanges();
+}
+
+void ReplayScript::OrderChanges()
+{
+    const auto endOf = [](const Window &window) { return window.change->exit->header.sequence; };
+    std::ranges::sort(windows, std::greater(), endOf);
+    for (std::size_t later = 0; later < windows.size(); ++later)
+    {
+        for (std::size_t i = later + 1; i < windows.size(); ++i)
+        {
+            Window &earlier = windows[i];
+            if (IsExclusive(*earlier.change->entry) && IsExclusive(*windows[later].change->entry) &&
+                Overlap(*earlier.change, *windows[later].change) &&
+                earlier.change->entry->header.transform == windows[later].change->entry->header.transform)
+            {
+                earlier.turn = std::max(std::min(earlier.turn, windows[later].turn), earlier.change->Sequence());
+            }
+        }
+    }
+}
+
+ReplayScript::Position ReplayScript::PlaceOfSignal(const Record &deviceEvent) const
+{
+    constexpr int kBeforeAll = -3;
+    const std::uint64_t sequence = deviceEvent.header.sequence;
+    for (const RecordedCall &call : calls)
+    {
+        if (call.Sequence() > sequence)
+        {
+            break;
+        }
+        const bool isInside = call.exit != nullptr && call.exit->header.sequence > sequence &&
+                              call.entry->header.transform == deviceEvent.header.transform;
+        if (isInside && IsStateChange(*call.entry) && EndsListening(call, sequence))
+        {
+            return {std::min(PlaceOf(call).sequence, sequence), kBeforeAll, 0};
+        }
+    }
+    return {sequence, 0, 0};
+}
+
+// Whether the camera's event is given up between that record and the call's end.
+bool ReplayScript::EndsListening(const RecordedCall &call, std::uint64_t after) const
+{
+    const auto first =
+        std::ranges::upper_bound(records, after, {}, [](const Record &record) { return record.header.sequence; });
+    const auto last = std::ranges::lower_bound(records, call.exit->header.sequence, {},
+                                               [](const Record &record) { return record.header.sequence; });
+    return std::any_of(first, last, [](const Record &record) {
+        const auto request = record.Values().Find(TARN_VALUE_REQUEST);
+        return record.Is(TARN_RECORD_KS_CALL, TARN_KS_EVENT | TARN_KS_TO_CAMERA) && request && request->IsNull();
+    });
+}
+
+const ReplayScript::Delivery *ReplayScript::FindDelivery(const Record &record, std::int64_t time,
+                                                         std::optional<std::uint64_t> output, std::uint64_t after) const
+{
+    const std::uint32_t transform = record.header.transform;
+    const Delivery *first = nullptr;
+    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0});
+         at != deliveries.end() && at->transform == transform && at->time == time; ++at)
+    {
+        const bool isMeant = (!output || at->output == *output) && at->sequence > after;
+        first = isMeant && (first == nullptr || at->sequence < first->sequence) ? &*at : first;
+    }
+    return first;
 }
 
 std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &change) const
 {
-    const auto output = change.entry->Values().Unsigned(TARN_VALUE_STREAM);
-    const bool isStop = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) &&
-                        change.entry->Values().Unsigned(TARN_VALUE_STATE) == kStop;
-    const auto first = std::ranges::upper_bound(records, change.Sequence(), {},
-                                                [](const Record &record) { return record.header.sequence; });
+    const bool excludesOthers = IsExclusive(*change.entry);
+    const bool isFlush = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_MESSAGE);
+    std::uint64_t lastOfBefore = 0; // a frame that was under way when a flush began
+    const auto first = std::ranges::upper_bound(records, change.Sequence(), {}, SequenceOf);
     for (auto at = first; at != records.end() && at->header.sequence < change.exit->header.sequence; ++at)
     {
         if (at->header.transform != change.entry->header.transform)
         {
             continue;
         }
-        if (at->header.type == TARN_RECORD_EVENT &&
-            (at->header.thread == change.entry->header.thread || at->header.entry == change.Sequence()))
+        if (at->header.entry == change.Sequence() && IsEffect(*at))
         {
-            return Window{&change, at->header.sequence, true};
+            return Window{&change, at->header.sequence, at->header.type == TARN_RECORD_EVENT};
         }
-        const bool tellsShutdown = at->header.type == TARN_RECORD_RETURN && at->header.result == kShutDown;
-        const auto time = IsHaveOutput(*at) ? at->Values().Signed(TARN_VALUE_TIME) : std::nullopt;
-        const bool lacksOutput =
-            time && isStop &&
-            !std::ranges::binary_search(
-                deliveries, Delivery{at->header.transform, *time, static_cast<std::uint32_t>(output.value_or(0))});
-        if (tellsShutdown || lacksOutput)
+        if (excludesOthers && (TellsShutdown(*at) || LacksOutput(*at, change)))
         {
             return Window{&change, at->header.sequence, false};
         }
+        const RecordedCall *const frame = isFlush && IsHaveOutput(*at) ? FrameOf(*at) : nullptr;
+        if (frame != nullptr && frame->Sequence() < change.Sequence())
+        {
+            lastOfBefore = at->header.sequence;
+        }
     }
-    return Window{&change, change.exit->header.sequence, false};
+    if (isFlush)
+    {
+        return Window{&change, std::max(change.Sequence(), lastOfBefore + 1), true};
+    }
+    return excludesOthers ? std::optional(Window{&change, change.exit->header.sequence, false}) : std::nullopt;
+}
+
+// Whether the frame that is announced came out of other outputs than the one that is stopped.
+bool ReplayScript::LacksOutput(const Record &event, const RecordedCall &change) const
+{
+    const auto values = change.entry->Values();
+    const auto time = IsHaveOutput(event) ? event.Values().Signed(TARN_VALUE_TIME) : std::nullopt;
+    return time && change.entry->Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) &&
+           values.Unsigned(TARN_VALUE_STATE) == std::uint64_t{kStop} &&
+           FindDelivery(event, *time, values.Unsigned(TARN_VALUE_STREAM), 0) == nullptr;
 }
 
 ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
@@ -204,22 +285,24 @@ ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
     const auto own = std::ranges::find(windows, &call, &Window::change);
     if (own != windows.end())
     {
-        return {own->turn, kBefore};
+        return {own->turn, kBefore, call.exit->header.sequence};
     }
     const auto time = call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT) ? TimeOf(*call.entry) : std::nullopt;
-    if (time && call.isUndecided)
+    const auto window =
+        std::ranges::find_if(windows, [&](const Window &one) { return one.endsFrames && Overlap(*one.change, call); });
+    if (time && call.isUndecided && window != windows.end())
     {
-        const std::uint32_t transform = call.entry->header.transform;
-        const auto delivery = std::ranges::lower_bound(deliveries, Delivery{transform, *time, 0});
-        const bool isLost = delivery == deliveries.end() || delivery->transform != transform || delivery->time != *time;
-        const auto window = std::ranges::find_if(
-            windows, [&](const Window &one) { return one.endsFrames && Overlap(*one.change, call); });
-        if (isLost && window != windows.end() && window->turn < call.Sequence())
+        const Delivery *const delivery = FindDelivery(*call.entry, *time, std::nullopt, call.Sequence());
+        if (delivery == nullptr && window->turn < call.Sequence())
         {
-            return {window->turn, kBefore - 1};
+            return {window->turn, kBefore - 1, 0};
+        }
+        if (delivery != nullptr && delivery->sequence > window->turn && call.Sequence() < window->turn)
+        {
+            return {window->turn, 0, 0};
         }
     }
-    return {call.Sequence(), 0};
+    return {call.Sequence(), 0, 0};
 }
 
 void ReplayScript::PlaceCall(const RecordedCall &call)
@@ -233,7 +316,7 @@ void ReplayScript::PlaceCall(const RecordedCall &call)
     placed.push_back({at, {Step::Action::BeginWait, call.entry, &call}});
     if (call.exit != nullptr)
     {
-        placed.push_back({{call.exit->header.sequence, 0}, {Step::Action::EndWait, call.entry, &call}});
+        placed.push_back({{call.exit->header.sequence, 0, 0}, {Step::Action::EndWait, call.entry, &call}});
     }
 }
 
@@ -241,7 +324,7 @@ void ReplayScript::PlaceOthers()
 {
     for (const Record &record : records)
     {
-        const Position at{record.header.sequence, 0};
+        const Position at{record.header.sequence, 0, 0};
         if (record.header.type == TARN_RECORD_TRANSFORM)
         {
             placed.push_back(
@@ -249,7 +332,7 @@ void ReplayScript::PlaceOthers()
         }
         else if (record.header.type == TARN_RECORD_DEVICE_EVENT)
         {
-            placed.push_back({at, {Step::Action::SignalEvent, &record, nullptr}});
+            placed.push_back({PlaceOfSignal(record), {Step::Action::SignalEvent, &record, nullptr}});
         }
         else if (const RecordedCall *const frame = IsHaveOutput(record) ? FrameOf(record) : nullptr)
         {

@@ -48,9 +48,12 @@ struct Step
 
 // The order of the calls is that of their entries, with these exceptions:
 // - A change of state during which other threads made calls is made when its first effect shows: before the first
-//   event that it raised itself, before the first frame that an output no longer brought because of it, at the latest
-//   at its end.
-// - A frame that came during a change and was never delivered comes before the change.
+//   event that it raised or the first control of the camera that it set, before the first frame that an output no
+//   longer brought because of it, at the latest at its end. Changes that exclude each other come in the order of their
+//   ends. A flush comes behind the frames that were under way.
+// - The camera's event comes before a stop during which it was heard.
+// - A frame that came during a change comes before it when it was never delivered, and behind it when it was delivered
+//   after that effect.
 // - A call that waits for an event begins at its entry and is waited for at its end.
 // Views into the session, which must outlive it. Immutable.
 class ReplayScript
@@ -69,7 +72,9 @@ class ReplayScript
     struct Position
     {
         std::uint64_t sequence = 0;
-        int rank = 0; // among those of one sequence
+        int rank = 0;          // among those of one sequence
+        std::uint64_t end = 0; // among changes of one rank: where they ended
+        friend auto operator<=>(const Position &, const Position &) = default;
     };
     struct Placed
     {
@@ -83,6 +88,7 @@ class ReplayScript
         std::uint32_t transform = 0;
         std::int64_t time = 0;
         std::uint32_t output = 0;
+        std::uint64_t sequence = 0; // of what tells so
         friend auto operator<=>(const Delivery &, const Delivery &) = default;
     };
 
@@ -96,6 +102,13 @@ class ReplayScript
     void CollectCalls(const RecordedSession &session);
     void FindDeliveries();
     void PlaceChanges();
+    // The first of that frame behind `after`, of one output or any; null when there is none.
+    const Delivery *FindDelivery(const Record &record, std::int64_t time, std::optional<std::uint64_t> output,
+                                 std::uint64_t after) const;
+    void OrderChanges();
+    bool EndsListening(const RecordedCall &call, std::uint64_t after) const;
+    Position PlaceOfSignal(const Record &deviceEvent) const;
+    bool LacksOutput(const Record &event, const RecordedCall &change) const;
     std::optional<Window> WindowOf(const RecordedCall &change) const;
     Position PlaceOf(const RecordedCall &call) const;
     void PlaceCall(const RecordedCall &call);
@@ -111,7 +124,6 @@ class ReplayScript
     std::vector<Step> steps;
 };
 
-bool IsChange(const Record &entry);
 // GetEvent without the flag that has it return at once.
 bool IsWaiting(const Record &entry);
 

@@ -12,13 +12,9 @@ namespace tarn_host
 class CheckInstallCommand final : public Command
 {
   public:
-    const char *Name() const noexcept override
+    CheckInstallCommand()
+        : Command("check-install", "judge the facts of an installation that check-install.ps1 gathered")
     {
-        return "check-install";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "judge the facts of an installation that check-install.ps1 gathered";
     }
     void AddOptions(CLI::App &app) override;
     // ExitCode::Failure when something is wrong.

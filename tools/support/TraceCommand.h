@@ -12,13 +12,10 @@ namespace tarn_host
 class TraceCommand final : public Command
 {
   public:
-    const char *Name() const noexcept override
+    TraceCommand()
+        : Command("trace",
+                  "say what a trace or log of the module tells: what went wrong first, rates, drops, failed calls")
     {
-        return "trace";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "say what a trace or log of the module tells: what went wrong first, rates, drops, failed calls";
     }
     void AddOptions(CLI::App &app) override;
     // ExitCode::Failure when something is wrong with a session.
