@@ -66,7 +66,7 @@ TEST(SessionSummaryTest, TellsWhatLooksWrong)
         SessionPlan plan;
         const char *problem;
     } const cases[]{
-        {{.lostFrame = 7}, "T1 output 0 (D16 4x2@30): 1 of 20 frames lost"},
+        {{.lostFrame = 7}, "T1 output 0 (D16 4x2@30): 1 of 20 frames lost, none announced"},
         {{.lostFrame = 20, .hungInput = 20}, "never returned: at 0.673 s, thread 200, 0.002 s before"},
         {{.controlResult = 0x80070490}, "failed 1 of 1 times, first at 0.0"},
         {{.controlResult = 0x80070490}, "HRESULT_FROM_WIN32(ERROR_NOT_FOUND) (0x80070490)"},
@@ -77,7 +77,13 @@ TEST(SessionSummaryTest, TellsWhatLooksWrong)
         const auto summary = SessionSummary::Of(SessionOf(one.plan));
         EXPECT_NE(std::string::npos, Joined(summary.problems).find(one.problem)) << Joined(summary.problems);
     }
-    // A frame that is on its way when the output stops is no loss.
+    // A frame that is on its way when the output stops is no loss, nor is one that comes while it is started again.
+    const OutputBooks restarted = SessionSummary::Of(SessionOf({.lostFrame = 9, .restartedIn = 10})).outputs[0];
+    EXPECT_EQ(20U, restarted.framesIn);
+    EXPECT_EQ(18U, restarted.framesOut);
+    EXPECT_EQ(1U, restarted.between);
+    EXPECT_EQ(1U, restarted.cutOff);
+    EXPECT_EQ(2U, restarted.starts);
     EXPECT_EQ(1U, SessionSummary::Of(SessionOf({.lostFrame = 20})).outputs[0].cutOff);
 }
 

@@ -51,6 +51,7 @@ struct SessionPlan
     std::uint32_t controlResult = 0;       // of an application's KS call, which the camera answers
     std::uint8_t controlValue = 5;         // that the camera answers
     std::vector<std::uint8_t> pixels = {}; // of each input frame
+    std::uint64_t restartedIn = 0;         // this frame comes while the output is started again, and goes nowhere
     bool consumerFirst = false;            // another interleaving of the threads
 };
 
@@ -80,7 +81,14 @@ inline RecordingBuilder StreamingSession(const SessionPlan &plan = {})
         builder.clock += kFrameTicks - 5 * builder.stepClock;
         builder.thread = kCaptureThread;
         const ValueBytes sample = ValueBytes().U32(TARN_VALUE_STREAM, 0).List(TARN_VALUE_SAMPLE, SampleOf(frame, time));
+        const bool isRestart = frame == plan.restartedIn;
+        const auto run = StateOf(0, 2, TypeOf("MFVideoFormat_D16", 4, 2, 30));
+        const auto restart = isRestart ? builder.Add(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE, run) : 0;
         const auto input = builder.Add(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT, sample);
+        if (isRestart)
+        {
+            builder.Add(TARN_RECORD_RETURN, TARN_CALL_SET_OUTPUT_STREAM_STATE, {}, restart);
+        }
         if (!plan.pixels.empty())
         {
             builder.Add(TARN_RECORD_PIXELS, 0,
@@ -97,7 +105,7 @@ inline RecordingBuilder StreamingSession(const SessionPlan &plan = {})
         {
             returnInput();
         }
-        if (frame != plan.lostFrame)
+        if (frame != plan.lostFrame && !isRestart)
         {
             builder.Add(
                 TARN_RECORD_EVENT, 0,
@@ -112,6 +120,7 @@ inline RecordingBuilder StreamingSession(const SessionPlan &plan = {})
             returnInput();
         }
     }
+    builder.clock += plan.frames == 0 ? 30 * kFrameTicks : 0;
     builder.thread = 100;
     builder.Call(TARN_CALL_SET_OUTPUT_STREAM_STATE, StateOf(0, 0, TypeOf("MFVideoFormat_D16", 4, 2, 30)));
     return builder;

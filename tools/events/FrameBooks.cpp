@@ -42,15 +42,21 @@ void FrameBooks::Take(const Record &record)
     {
         return;
     }
+    lastClock = std::max(lastClock, record.header.clock);
     Transform &transform = transforms[record.header.transform];
-    if (record.Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) ||
-        record.Is(TARN_RECORD_CALL, TARN_CALL_SHUTDOWN))
+    if (record.Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE))
     {
         transform.isChanging = true;
+        TakeStateChange(transform, record);
     }
     else if (record.Is(TARN_RECORD_RETURN, TARN_CALL_SET_OUTPUT_STREAM_STATE))
     {
-        TakeStateChange(transform, record);
+        transform.isChanging = false;
+        TakeStop(transform, record);
+    }
+    else if (record.Is(TARN_RECORD_CALL, TARN_CALL_SHUTDOWN))
+    {
+        transform.isChanging = true;
     }
     else if (record.Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT))
     {
@@ -70,33 +76,25 @@ void FrameBooks::Take(const Record &record)
     }
 }
 
-// Every output of the transform begins anew: they may share what processes their frames.
-void FrameBooks::TakeStateChange(Transform &transform, const Record &end)
+// Every output of the transform begins anew: they may share what processes their frames. An output runs before the call
+// that starts it returns, and until the call that stops it has.
+void FrameBooks::TakeStateChange(Transform &transform, const Record &call)
 {
-    transform.isChanging = false;
-    const Record *const call = session.Find(end.header.entry);
-    if (call != nullptr && !end.Failed())
+    const Record *const end = session.EndOf(call);
+    const ValueList arguments = call.Values();
+    if (arguments.Unsigned(TARN_VALUE_STATE) == kRun && (end == nullptr || !end->Failed()))
     {
-        const ValueList arguments = call->Values();
-        const std::uint32_t stream = StreamOf(*call);
-        const TypeView type = TypeView::Of(arguments.Items(TARN_VALUE_MEDIA_TYPE));
-        Output &output = transform.outputs[stream];
-        output.books.transform = end.header.transform;
-        output.books.stream = stream;
-        output.isRunning = arguments.Unsigned(TARN_VALUE_STATE) == kRun;
-        if (output.isRunning && type.width != 0)
+        const std::uint32_t stream = StreamOf(call);
+        if (const TypeView type = TypeView::Of(arguments.Items(TARN_VALUE_MEDIA_TYPE)); type.width != 0)
         {
-            if (output.books.type.width != 0 && output.books.type.ToText() != type.ToText())
-            {
-                ended.push_back(Finished(output));
-                output = Output{};
-                output.books.transform = end.header.transform;
-                output.books.stream = stream;
-                output.isRunning = true;
-            }
-            output.books.type = type;
+            SetType(transform, stream, type, call.header.clock);
         }
-        output.books.starts += output.isRunning ? 1 : 0;
+        Output &output = transform.outputs[stream];
+        output.books.transform = call.header.transform;
+        output.books.stream = stream;
+        output.runsSince = output.isRunning ? output.runsSince : call.header.clock;
+        output.isRunning = true;
+        ++output.books.starts;
     }
     for (auto &[stream, output] : transform.outputs)
     {
@@ -105,6 +103,41 @@ void FrameBooks::TakeStateChange(Transform &transform, const Record &end)
             output.intervals.emplace_back();
         }
     }
+}
+
+void FrameBooks::TakeStop(Transform &transform, const Record &end)
+{
+    const Record *const call = session.Find(end.header.entry);
+    if (call == nullptr || end.Failed() || call->Values().Unsigned(TARN_VALUE_STATE) == kRun)
+    {
+        return;
+    }
+    const auto output = transform.outputs.find(StreamOf(*call));
+    if (output != transform.outputs.end() && output->second.isRunning)
+    {
+        output->second.isRunning = false;
+        output->second.books.openTicks += Between(output->second.runsSince, end.header.clock);
+    }
+}
+
+// Each type has its own books.
+void FrameBooks::SetType(Transform &transform, std::uint32_t stream, const TypeView &type, std::uint64_t clock)
+{
+    Output &output = transform.outputs[stream];
+    const std::string before = output.books.type.ToText();
+    if (output.books.type.width != 0 && before != type.ToText())
+    {
+        Output former = std::exchange(output, Output{});
+        former.books.openTicks += former.isRunning ? Between(former.runsSince, clock) : 0;
+        former.isRunning = false;
+        transform.resting[{stream, before}] = std::move(former);
+        if (const auto rested = transform.resting.find({stream, type.ToText()}); rested != transform.resting.end())
+        {
+            output = std::move(rested->second);
+            transform.resting.erase(rested);
+        }
+    }
+    output.books.type = type;
 }
 
 void FrameBooks::TakeInput(Transform &transform, const Record &call)
@@ -123,7 +156,7 @@ void FrameBooks::TakeInput(Transform &transform, const Record &call)
         }
         Interval &interval = output.intervals.back();
         // What comes while the outputs change counts as refused.
-        interval.frames.push_back({StreamOf(call), false, transform.isChanging});
+        interval.frames.push_back({.inputStream = StreamOf(call), .isRefused = transform.isChanging});
         output.byTime[*time] = {output.intervals.size() - 1, interval.frames.size() - 1};
     }
 }
@@ -217,9 +250,10 @@ void FrameBooks::TakeSample(Transform &transform, const Record &end, const Outpu
     }
 }
 
-OutputBooks FrameBooks::Finished(const Output &output)
+OutputBooks FrameBooks::Finished(const Output &output) const
 {
     OutputBooks books = output.books;
+    books.openTicks += output.isRunning ? Between(output.runsSince, lastClock) : 0;
     for (const Interval &interval : output.intervals)
     {
         std::vector<Frame> frames;
@@ -252,9 +286,13 @@ OutputBooks FrameBooks::Finished(const Output &output)
 
 std::vector<OutputBooks> FrameBooks::Outputs() const
 {
-    std::vector<OutputBooks> all = ended;
+    std::vector<OutputBooks> all;
     for (const auto &[number, transform] : transforms)
     {
+        for (const auto &[key, output] : transform.resting)
+        {
+            all.push_back(Finished(output));
+        }
         for (const auto &[stream, output] : transform.outputs)
         {
             if (output.books.starts != 0 || output.books.framesOut != 0)

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "tools/events/RecordViews.h"
@@ -37,6 +38,7 @@ struct OutputBooks
     std::uint64_t unexpected = 0; // out with a time that never went in
     std::uint64_t blanked = 0;
     std::uint64_t starts = 0;
+    std::uint64_t openTicks = 0;    // it ran
     std::uint64_t runningTicks = 0; // from the first to the last frame of each start
     std::uint64_t intervals = 0;    // between frames in that time
     std::uint64_t longestGapTicks = 0;
@@ -70,7 +72,7 @@ class FrameBooks
   private:
     struct Frame
     {
-        std::uint32_t inputStream;
+        std::uint32_t inputStream = 0;
         bool isAnnounced = false;
         bool isOut = false;
         bool isRefused = false;
@@ -90,6 +92,7 @@ class FrameBooks
     {
         OutputBooks books;
         bool isRunning = false;
+        std::uint64_t runsSince = 0; // clock
         std::vector<Interval> intervals;
         std::unordered_map<std::int64_t, Place> byTime;
         std::unordered_map<std::int64_t, std::uint64_t> announced; // clocks by time
@@ -104,21 +107,24 @@ class FrameBooks
     {
         bool isChanging = false;
         std::map<std::uint32_t, Output> outputs;
+        std::map<std::pair<std::uint32_t, std::string>, Output> resting; // of another type than now, by stream and type
         std::unordered_map<std::int64_t, Input> inputs;
     };
 
-    void TakeStateChange(Transform &transform, const Record &end);
+    void TakeStateChange(Transform &transform, const Record &call);
+    void TakeStop(Transform &transform, const Record &end);
+    static void SetType(Transform &transform, std::uint32_t stream, const TypeView &type, std::uint64_t clock);
     void TakeInput(Transform &transform, const Record &call);
     static Frame *FindFrame(Output &output, std::int64_t time);
     void TakeRefusal(Transform &transform, const Record &end);
     static void TakeAnnouncement(Transform &transform, const Record &event);
     void TakeOutput(Transform &transform, const Record &end);
     void TakeSample(Transform &transform, const Record &end, const OutputView &view);
-    static OutputBooks Finished(const Output &output);
+    OutputBooks Finished(const Output &output) const;
 
     const RecordedSession &session;
     std::map<std::uint32_t, Transform> transforms;
-    std::vector<OutputBooks> ended; // an output that went on with another type
+    std::uint64_t lastClock = 0;
     std::vector<FrameLink> links;
 };
 

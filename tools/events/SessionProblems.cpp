@@ -13,10 +13,11 @@ namespace
 using Problems = std::vector<std::string>;
 using CallTable = std::map<std::string, CallBooks>;
 
-constexpr std::uint64_t kSlowInput = 200'000;     // 20 ms: the capture thread has a frame interval at most
-constexpr std::uint64_t kSlowControl = 5'000'000; // 0.5 s
-constexpr double kGapFrames = 4;                  // so many usual intervals without a frame are a gap
-constexpr std::uint64_t kFewIntervals = 4;        // from which nothing usual can be told
+constexpr std::uint64_t kSlowInput = 200'000;       // 20 ms: the capture thread has a frame interval at most
+constexpr std::uint64_t kSlowControl = 5'000'000;   // 0.5 s
+constexpr std::uint64_t kTimeForAFrame = 5'000'000; // 0.5 s: an output that runs so long has one
+constexpr double kGapFrames = 4;                    // so many usual intervals without a frame are a gap
+constexpr std::uint64_t kFewIntervals = 4;          // from which nothing usual can be told
 
 unsigned long long Wide(std::uint64_t number) noexcept
 {
@@ -50,7 +51,7 @@ void AddOutputs(const SessionSummary &summary, Problems &problems)
 {
     for (const OutputBooks &output : summary.outputs)
     {
-        if (output.starts != 0 && output.framesOut == 0)
+        if (output.framesOut == 0 && output.openTicks > kTimeForAFrame)
         {
             const auto inputs = summary.inputFrames.find(output.transform);
             const bool gotFrames = inputs != summary.inputFrames.end() && inputs->second != 0;
@@ -60,9 +61,10 @@ void AddOutputs(const SessionSummary &summary, Problems &problems)
         }
         if (output.lost != 0)
         {
-            problems.push_back(OutputText(output) +
-                               Format(": %llu of %llu frames lost; %llu frames were announced and not fetched",
-                                      Wide(output.lost), Wide(output.framesIn), Wide(output.notFetched)));
+            problems.push_back(
+                OutputText(output) + Format(": %llu of %llu frames lost", Wide(output.lost), Wide(output.framesIn)) +
+                (output.notFetched == 0 ? ", none announced"
+                                        : Format("; %llu were announced and not fetched", Wide(output.notFetched))));
         }
         if (output.unexpected != 0)
         {
