@@ -20,16 +20,17 @@ function(tarn_share_precompiled_headers)
       get_target_property(type ${target} TYPE)
       get_target_property(sources ${target} SOURCES)
       get_target_property(definitions ${target} COMPILE_DEFINITIONS) # other macros, another precompiled copy
-      if((type MATCHES "STATIC_LIBRARY|EXECUTABLE" OR target MATCHES "_headers$") AND NOT target MATCHES "^tarn_(base|checksum)$" AND NOT sources MATCHES "\\.c(;|$)" AND NOT definitions)
+      if(type MATCHES "STATIC_LIBRARY|EXECUTABLE" AND NOT target MATCHES "^tarn_(base|checksum)$" AND NOT sources MATCHES "\\.c(;|$)" AND NOT definitions)
         target_precompile_headers(${target} REUSE_FROM tarn_base)
       endif()
     endforeach()
   endforeach()
 endfunction()
 
-# Sources of one folder that spend their time in the same templates, compiled a few at a time.
+# Sources of one folder that spend their time in the same templates, compiled a few at a time. Not in what ships: the joined
+# file includes them by their full paths, which would get into its symbols.
 function(tarn_join_sources)
-  if(NOT TARN_PRECOMPILE OR NOT WIN32)
+  if(NOT TARN_PRECOMPILE OR NOT WIN32 OR CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     return()
   endif()
   foreach(target ${ARGN})

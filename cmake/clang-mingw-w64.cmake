@@ -1,5 +1,5 @@
-# A second compiler for the module: clang and lld of version 16, with the headers, runtime and C++ library of the GCC
-# cross toolchain beside it.
+# The compiler of what ships: clang and lld of version 16, with the headers, runtime and C++ library of the GCC cross
+# toolchain beside it.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER clang-16)

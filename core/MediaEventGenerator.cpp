@@ -151,7 +151,9 @@ HRESULT MediaEventGenerator::QueueEvent(MediaEventType met, REFGUID guidExtended
                     [&] { return Raise(met, guidExtendedType, hrStatus, pvValue); });
 }
 
-HRESULT MediaEventGenerator::Raise(MediaEventType type, REFGUID extendedType, HRESULT status, const PROPVARIANT *value)
+template <class Describe>
+HRESULT MediaEventGenerator::RaiseRecorded(MediaEventType type, REFGUID extendedType, HRESULT status,
+                                           const PROPVARIANT *value, Describe &&describe)
 {
     if (!initialized)
     {
@@ -160,10 +162,30 @@ HRESULT MediaEventGenerator::Raise(MediaEventType type, REFGUID extendedType, HR
     const std::scoped_lock guard(lock);
     CHECK_HR(CheckUsable());
     TraceQueued(type);
-    recorder.Event([&](RecordBuilder &values) { AddEvent(values, type, extendedType, status, value); });
+    recorder.Event([&](RecordBuilder &values) {
+        AddEvent(values, type, extendedType, status, value);
+        describe(values);
+    });
     CHECK_HR_AS("pQueue->QueueEventParamVar(met, guidExtendedType, hrStatus, pvValue)",
                 pQueue->QueueEventParamVar(type, extendedType, status, value));
     return S_OK;
+}
+
+HRESULT MediaEventGenerator::Raise(MediaEventType type, REFGUID extendedType, HRESULT status, const PROPVARIANT *value)
+{
+    return RaiseRecorded(type, extendedType, status, value, Values());
+}
+
+HRESULT MediaEventGenerator::RaiseHaveOutput(UINT32 streamId, IMFSample *sample)
+{
+    return RaiseRecorded(METransformHaveOutput, GUID{}, S_OK, nullptr, [&](RecordBuilder &values) {
+        LONGLONG time = 0;
+        values.U32(TARN_VALUE_STREAM, streamId);
+        if (SUCCEEDED(sample->GetSampleTime(&time)))
+        {
+            values.I64(TARN_VALUE_TIME, time);
+        }
+    });
 }
 
 HRESULT MediaEventGenerator::Raise(IMFMediaEvent *event)

@@ -22,10 +22,12 @@ class MediaEventGenerator : public IMFMediaEventGenerator, public virtual Record
     HRESULT STDMETHODCALLTYPE QueueEvent(MediaEventType met, REFGUID guidExtendedType, HRESULT hrStatus,
                                          const PROPVARIANT *pvValue) override;
 
-    // The transform's own events. Both fail as QueueEvent does.
+    // The transform's own events. All fail as QueueEvent does.
     HRESULT Raise(MediaEventType type, REFGUID extendedType = {}, HRESULT status = S_OK,
                   const PROPVARIANT *value = nullptr);
     HRESULT Raise(IMFMediaEvent *event);
+    // METransformHaveOutput, of which a recording says for what output and sample.
+    HRESULT RaiseHaveOutput(UINT32 streamId, IMFSample *sample);
 
     // Wakes every waiter with MF_E_SHUTDOWN. MF_E_SHUTDOWN when already shut down.
     HRESULT Shutdown();
@@ -40,6 +42,9 @@ class MediaEventGenerator : public IMFMediaEventGenerator, public virtual Record
     HRESULT FetchEvent(std::uint16_t call, Given &&given, Taken &&taken, Body &&body,
                        std::source_location location = std::source_location::current()) noexcept;
     HRESULT CheckUsable() const TARN_REQUIRES(lock);
+    template <class Describe>
+    HRESULT RaiseRecorded(MediaEventType type, REFGUID extendedType, HRESULT status, const PROPVARIANT *value,
+                          Describe &&describe);
 
     mutable user_space_frameworks::CriticalSection lock;
     ComPtr<IMFMediaEventQueue> pQueue TARN_GUARDED_BY(lock);

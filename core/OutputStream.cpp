@@ -146,14 +146,15 @@ HRESULT OutputStream::ProcessSample(IMFSample *sample)
         return S_OK;
     }
     samples.emplace_back(sample);
-    const HRESULT announced = eventGenerator->Raise(METransformHaveOutput);
+    const HRESULT announced = eventGenerator->RaiseHaveOutput(id, sample);
     if (FAILED(announced))
     {
         samples.pop_back(); // nobody would come for it
     }
     CHECK_HR_AS("eventGenerator->QueueEvent(METransformHaveOutput, GUID_NULL, ((HRESULT)0L), nullptr)", announced);
     activity.Write(TraceLevel::Information, "Sample queued",
-                   {TraceField::UInt32("SamplesQSize", static_cast<std::uint32_t>(samples.size()))});
+                   {TraceField::UInt32("SamplesQSize", static_cast<std::uint32_t>(samples.size())),
+                    TraceField::String("Stream", GetName())});
     return S_OK;
 }
 
@@ -182,7 +183,8 @@ HRESULT OutputStream::ProcessOutput(MFT_OUTPUT_DATA_BUFFER &buffer)
         }
         activity.Write(TraceLevel::Information, "Sample delivered",
                        {TraceField::Int64("SampleTime", sampleTime),
-                        TraceField::UInt32("SamplesQSize", static_cast<std::uint32_t>(samples.size()))});
+                        TraceField::UInt32("SamplesQSize", static_cast<std::uint32_t>(samples.size())),
+                        TraceField::String("Stream", GetName())});
     }
     buffer.pSample = sample.Detach();
     buffer.dwStatus = 0;

@@ -1,6 +1,8 @@
 // The streams of one direction of a transform, in the order of their creation.
 #pragma once
 
+#include "platform/MediaFoundation.h"
+
 #include <memory>
 #include <utility>
 #include <vector>

@@ -86,61 +86,53 @@ HRESULT ExtensionUnitKsControl::FindDeviceSpecificNode(IMFTransform *sourceTrans
     return E_NOINTERFACE;
 }
 
-template <class Send>
-HRESULT ExtensionUnitKsControl::Forward(const KSIDENTIFIER *request, ULONG dataLength, ULONG *bytesReturned,
-                                        Send &&send)
+HRESULT ExtensionUnitKsControl::Forward(Call method, const KsCallArguments &call)
 {
     CHECK_POINTER_AS("filterKsControl", filterKsControl, E_NOINTERFACE);
     KSP_NODE nodeRequest{};
-    HRESULT result = S_OK;
-    if (request == nullptr)
+    KSIDENTIFIER *sent = nullptr;
+    if (call.request != nullptr)
     {
-        result = send(nullptr, 0);
-    }
-    else
-    {
-        nodeRequest.Property = ReadBlock<KSIDENTIFIER>(request);
+        nodeRequest.Property = ReadBlock<KSIDENTIFIER>(call.request);
         nodeRequest.Property.Flags |= KSPROPERTY_TYPE_TOPOLOGY;
         nodeRequest.NodeId = nodeId;
-        result = send(&nodeRequest.Property, static_cast<ULONG>(sizeof(nodeRequest)));
+        sent = &nodeRequest.Property;
     }
-    if (FAILED(result) && !IsLengthAnswer(result, dataLength))
+    const ULONG sentLength = sent != nullptr ? static_cast<ULONG>(sizeof(nodeRequest)) : 0;
+    const HRESULT result =
+        (filterKsControl.Get()->*method)(sent, sentLength, call.data, call.dataLength, call.bytesReturned);
+    if (FAILED(result) && !IsLengthAnswer(result, call.dataLength))
     {
         TRACE_ERROR("%s: hr 0x%08lX, data length %lu, bytes returned %s", GetName(), static_cast<unsigned long>(result),
-                    dataLength, bytesReturned != nullptr ? std::to_string(*bytesReturned).c_str() : "null");
+                    call.dataLength,
+                    call.bytesReturned != nullptr ? std::to_string(*call.bytesReturned).c_str() : "null");
     }
     return result;
 }
 
-HRESULT ExtensionUnitKsControl::KsProperty(PKSPROPERTY Property, ULONG, LPVOID PropertyData, ULONG DataLength,
-                                           ULONG *BytesReturned) noexcept
+HRESULT ExtensionUnitKsControl::KsProperty(PKSPROPERTY Property, ULONG PropertyLength, LPVOID PropertyData,
+                                           ULONG DataLength, ULONG *BytesReturned) noexcept
 {
     return mft_utils::Guarded([&]() -> HRESULT {
         CHECK_POINTER(Property);
-        return Forward(Property, DataLength, BytesReturned, [&](KSIDENTIFIER *request, ULONG length) {
-            return filterKsControl->KsProperty(request, length, PropertyData, DataLength, BytesReturned);
-        });
+        return Forward(&IKsControl::KsProperty, {Property, PropertyLength, PropertyData, DataLength, BytesReturned});
     });
 }
 
-HRESULT ExtensionUnitKsControl::KsMethod(PKSMETHOD Method, ULONG, LPVOID MethodData, ULONG DataLength,
+HRESULT ExtensionUnitKsControl::KsMethod(PKSMETHOD Method, ULONG MethodLength, LPVOID MethodData, ULONG DataLength,
                                          ULONG *BytesReturned) noexcept
 {
     return mft_utils::Guarded([&]() -> HRESULT {
         CHECK_POINTER(Method);
-        return Forward(Method, DataLength, BytesReturned, [&](KSIDENTIFIER *request, ULONG length) {
-            return filterKsControl->KsMethod(request, length, MethodData, DataLength, BytesReturned);
-        });
+        return Forward(&IKsControl::KsMethod, {Method, MethodLength, MethodData, DataLength, BytesReturned});
     });
 }
 
-HRESULT ExtensionUnitKsControl::KsEvent(PKSEVENT Event, ULONG, LPVOID EventData, ULONG DataLength,
+HRESULT ExtensionUnitKsControl::KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID EventData, ULONG DataLength,
                                         ULONG *BytesReturned) noexcept
 {
     return mft_utils::Guarded([&] {
-        return Forward(Event, DataLength, BytesReturned, [&](KSIDENTIFIER *request, ULONG length) {
-            return filterKsControl->KsEvent(request, length, EventData, DataLength, BytesReturned);
-        });
+        return Forward(&IKsControl::KsEvent, {Event, EventLength, EventData, DataLength, BytesReturned});
     });
 }
 

@@ -5,6 +5,7 @@
 
 #include "base/ComObject.h"
 #include "base/Object.h"
+#include "ks/KsCallArguments.h"
 
 namespace mft_core
 {
@@ -38,8 +39,8 @@ class ExtensionUnitKsControl : public user_space_frameworks::ComObject<IKsContro
   private:
     HRESULT FindDeviceSpecificNode(IMFTransform *sourceTransform, IKsControl *ksControl, ULONG knownSupportedId);
 
-    template <class Send>
-    HRESULT Forward(const KSIDENTIFIER *request, ULONG dataLength, ULONG *bytesReturned, Send &&send);
+    using Call = decltype(&IKsControl::KsProperty); // the three have one signature
+    HRESULT Forward(Call method, const KsCallArguments &call);
 
     ComPtr<IKsControl> filterKsControl; // null until the node is known
     const GUID setGuid;

@@ -4,7 +4,6 @@
 #include "platform/MediaFoundation.h"
 
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "ks/KsCallArguments.h"
@@ -24,7 +23,7 @@ class KsControlDispatcher
     virtual ~KsControlDispatcher() = default;
 
     // Appends the handler. E_INVALIDARG for null; E_FAIL when one for the same set and id stands already (it stays).
-    HRESULT RegisterHandler(std::shared_ptr<T> handler)
+    HRESULT RegisterHandler(const std::shared_ptr<T> &handler)
     {
         if (handler == nullptr)
         {
@@ -37,18 +36,18 @@ class KsControlDispatcher
                 return E_FAIL;
             }
         }
-        handlers.push_back(std::move(handler));
+        handlers.push_back(handler);
         return S_OK;
     }
 
     // Replaces the handler of what no other handler serves. E_INVALIDARG for null.
-    HRESULT RegisterDefaultHandler(std::shared_ptr<T> handler)
+    HRESULT RegisterDefaultHandler(const std::shared_ptr<T> &handler)
     {
         if (handler == nullptr)
         {
             return E_INVALIDARG;
         }
-        defaultHandler = std::move(handler);
+        defaultHandler = handler;
         return S_OK;
     }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <string>
-#include <utility>
 
 #include "ks/KsRequest.h"
 #include "trace/Guard.h"
@@ -165,43 +164,39 @@ HRESULT KsControlsDispatcher::KsEvent(PKSEVENT Event, ULONG EventLength, LPVOID 
     });
 }
 
-HRESULT KsControlsDispatcher::RegisterKsPropertyHandler(std::shared_ptr<KsPropHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsPropertyHandler(const std::shared_ptr<KsPropHandler> &handler)
 {
-    CHECK_HR_AS("propertiesDispathcer.RegisterHandler(handler)",
-                propertiesDispathcer.RegisterHandler(std::move(handler)));
+    CHECK_HR(propertiesDispathcer.RegisterHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsPropertyDefaultHandler(std::shared_ptr<KsPropHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsPropertyDefaultHandler(const std::shared_ptr<KsPropHandler> &handler)
 {
-    CHECK_HR_AS("propertiesDispathcer.RegisterDefaultHandler(handler)",
-                propertiesDispathcer.RegisterDefaultHandler(std::move(handler)));
+    CHECK_HR(propertiesDispathcer.RegisterDefaultHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsEventHandler(std::shared_ptr<KsEventHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsEventHandler(const std::shared_ptr<KsEventHandler> &handler)
 {
-    CHECK_HR_AS("eventsDispathcer.RegisterHandler(handler)", eventsDispathcer.RegisterHandler(std::move(handler)));
+    CHECK_HR(eventsDispathcer.RegisterHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsEventDefaultHandler(std::shared_ptr<KsEventHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsEventDefaultHandler(const std::shared_ptr<KsEventHandler> &handler)
 {
-    CHECK_HR_AS("eventsDispathcer.RegisterDefaultHandler(handler)",
-                eventsDispathcer.RegisterDefaultHandler(std::move(handler)));
+    CHECK_HR(eventsDispathcer.RegisterDefaultHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsMethodHandler(std::shared_ptr<KsMethodHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsMethodHandler(const std::shared_ptr<KsMethodHandler> &handler)
 {
-    CHECK_HR_AS("methodsDispathcer.RegisterHandler(handler)", methodsDispathcer.RegisterHandler(std::move(handler)));
+    CHECK_HR(methodsDispathcer.RegisterHandler(handler));
     return S_OK;
 }
 
-HRESULT KsControlsDispatcher::RegisterKsMethodDefaultHandler(std::shared_ptr<KsMethodHandler> handler)
+HRESULT KsControlsDispatcher::RegisterKsMethodDefaultHandler(const std::shared_ptr<KsMethodHandler> &handler)
 {
-    CHECK_HR_AS("methodsDispathcer.RegisterDefaultHandler(handler)",
-                methodsDispathcer.RegisterDefaultHandler(std::move(handler)));
+    CHECK_HR(methodsDispathcer.RegisterDefaultHandler(handler));
     return S_OK;
 }
 

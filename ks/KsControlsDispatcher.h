@@ -32,12 +32,12 @@ class KsControlsDispatcher : public IKsControl, public virtual user_space_framew
                                       ULONG *BytesReturned) noexcept override;
 
     // E_INVALIDARG for null, E_FAIL for a second handler of the same set and id.
-    HRESULT RegisterKsPropertyHandler(std::shared_ptr<KsPropHandler> handler);
-    HRESULT RegisterKsPropertyDefaultHandler(std::shared_ptr<KsPropHandler> handler);
-    HRESULT RegisterKsEventHandler(std::shared_ptr<KsEventHandler> handler);
-    HRESULT RegisterKsEventDefaultHandler(std::shared_ptr<KsEventHandler> handler);
-    HRESULT RegisterKsMethodHandler(std::shared_ptr<KsMethodHandler> handler);
-    HRESULT RegisterKsMethodDefaultHandler(std::shared_ptr<KsMethodHandler> handler);
+    HRESULT RegisterKsPropertyHandler(const std::shared_ptr<KsPropHandler> &handler);
+    HRESULT RegisterKsPropertyDefaultHandler(const std::shared_ptr<KsPropHandler> &handler);
+    HRESULT RegisterKsEventHandler(const std::shared_ptr<KsEventHandler> &handler);
+    HRESULT RegisterKsEventDefaultHandler(const std::shared_ptr<KsEventHandler> &handler);
+    HRESULT RegisterKsMethodHandler(const std::shared_ptr<KsMethodHandler> &handler);
+    HRESULT RegisterKsMethodDefaultHandler(const std::shared_ptr<KsMethodHandler> &handler);
 
   protected:
     // The spelling of these three is part of the interface.

@@ -61,6 +61,15 @@ function Get-SubKeyNames($Key) {
     return @($Key.GetSubKeyNames())
 }
 
+# Set for the whole machine, or for the camera service alone.
+function Get-TraceSetting {
+    $machine = [Environment]::GetEnvironmentVariable('TARN_TRACE', 'Machine')
+    if ($machine) { return $machine }
+    $lines = @(Get-RegistryData 'SYSTEM\CurrentControlSet\Services\FrameServer' 'Environment')
+    foreach ($line in $lines) { if ($line -like 'TARN_TRACE=*') { return $line.Substring(11) } }
+    return $null
+}
+
 function Get-System {
     $principal = New-Object Security.Principal.WindowsPrincipal([Security.Principal.WindowsIdentity]::GetCurrent())
     $version = 'SOFTWARE\Microsoft\Windows NT\CurrentVersion'
@@ -74,7 +83,7 @@ function Get-System {
         frameServerMode32 = Get-RegistryData "SOFTWARE\WOW6432Node\$platform" 'EnableFrameServerMode'
         cameraConsent     = Get-RegistryData ('SOFTWARE\Microsoft\Windows\CurrentVersion\CapabilityAccessManager\' +
             'ConsentStore\webcam') 'Value'
-        traceVariable     = [Environment]::GetEnvironmentVariable('TARN_TRACE', 'Machine')
+        traceVariable     = Get-TraceSetting
     }
 }
 

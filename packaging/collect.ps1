@@ -72,9 +72,15 @@ function Save-Installation([string]$Path) {
     if (-not (Test-Path -LiteralPath $Path)) { throw 'check-install.ps1 wrote nothing' }
 }
 
-# TARN_TRACE=level,file=PATH names the log; the older file lies beside it under a longer name.
+# TARN_TRACE=level,file=PATH, of the machine or of the camera service, names the log; the older file lies beside it under a longer name.
 function Save-TextLog([string]$Path) {
     $setting = [Environment]::GetEnvironmentVariable('TARN_TRACE', 'Machine')
+    $service = Get-Item -LiteralPath 'HKLM:\SYSTEM\CurrentControlSet\Services\FrameServer' -ErrorAction SilentlyContinue
+    if (-not $setting -and $null -ne $service) {
+        foreach ($line in @($service.GetValue('Environment', $null))) {
+            if ($line -like 'TARN_TRACE=*') { $setting = $line.Substring(11) }
+        }
+    }
     if (-not $setting -or $setting -notmatch ',file=(.+)$') { throw 'TARN_TRACE names no file' }
     $log = $Matches[1]
     New-Item -ItemType Directory -Path $Path | Out-Null

@@ -28,7 +28,7 @@ set result=%errorlevel%
 if %result%==3010 goto restart
 if %result%==259 (
   echo install: the package is in the driver store, but no camera that is plugged in takes it: another hardware id, or a
-  echo install: version as high is there already. See docs\troubleshooting.md.
+  echo install: version as high is there already. See troubleshooting.md.
   exit /b 1
 )
 if not %result%==0 (

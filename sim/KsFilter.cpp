@@ -101,7 +101,7 @@ HRESULT KsFilter::ExtensionUnitProperty(const Request &request, ULONG &returned)
     {
         return kSetNotFound;
     }
-    if ((request.identifier.Flags & ~KSPROPERTY_TYPE_TOPOLOGY) == KSPROPERTY_TYPE_SETSUPPORT)
+    if ((request.identifier.Flags & ~ULONG{KSPROPERTY_TYPE_TOPOLOGY}) == KSPROPERTY_TYPE_SETSUPPORT)
     {
         return S_OK; // asks for the set only, whatever the id
     }
@@ -126,7 +126,7 @@ HRESULT KsFilter::ByteProperty(const Request &request, const ByteControl &contro
     const bool writable = control.access == Access::ReadWrite;
     const ULONG accessFlags = (writable ? kWritable : kReadable) | KSPROPERTY_TYPE_DEFAULTVALUES;
     const ByteRange range{control.minimum, control.maximum, control.step};
-    switch (request.identifier.Flags & ~KSPROPERTY_TYPE_TOPOLOGY)
+    switch (request.identifier.Flags & ~ULONG{KSPROPERTY_TYPE_TOPOLOGY})
     {
     case KSPROPERTY_TYPE_GET:
         return WriteReply(&control.value, sizeof(control.value), request.data, request.dataLength, returned);
@@ -164,7 +164,7 @@ HRESULT KsFilter::ByteProperty(const Request &request, const ByteControl &contro
 
 HRESULT KsFilter::CommandProperty(const Request &request, ULONG &returned)
 {
-    switch (request.identifier.Flags & ~KSPROPERTY_TYPE_TOPOLOGY)
+    switch (request.identifier.Flags & ~ULONG{KSPROPERTY_TYPE_TOPOLOGY})
     {
     case KSPROPERTY_TYPE_SET:
         if (request.dataLength != Firmware::kTransferBytes)
@@ -201,7 +201,7 @@ HRESULT KsFilter::CommandProperty(const Request &request, ULONG &returned)
 
 HRESULT KsFilter::CalibrationProperty(const Request &request, ULONG &returned) const
 {
-    switch (request.identifier.Flags & ~KSPROPERTY_TYPE_TOPOLOGY)
+    switch (request.identifier.Flags & ~ULONG{KSPROPERTY_TYPE_TOPOLOGY})
     {
     case KSPROPERTY_TYPE_GET:
         return WriteReply(calibrationTable.data(), static_cast<ULONG>(calibrationTable.size()), request.data,
@@ -346,8 +346,8 @@ void KsFilter::Record(KsCall::Kind kind, const Request &request, ULONG length, H
     call.identifierLength = length;
     call.dataLength = request.dataLength;
     call.result = result;
-    const bool isSet =
-        kind == KsCall::Kind::Property && (request.identifier.Flags & ~KSPROPERTY_TYPE_TOPOLOGY) == KSPROPERTY_TYPE_SET;
+    const bool isSet = kind == KsCall::Kind::Property &&
+                       (request.identifier.Flags & ~ULONG{KSPROPERTY_TYPE_TOPOLOGY}) == KSPROPERTY_TYPE_SET;
     if (isSet && SUCCEEDED(result) && request.data != nullptr)
     {
         const auto *const bytes = static_cast<const std::uint8_t *>(request.data);

@@ -5,6 +5,8 @@
 #include "platform/KsTopologyInfo.h"
 #include "platform/MediaFoundation.h"
 
+#include <memory>
+
 #include "base/ComObject.h"
 #include "sim/CallCounters.h"
 #include "sim/FaultInjector.h"

@@ -14,7 +14,10 @@
 #include "tools/events/EventsCommand.h"
 #include "tools/ks/KsCommand.h"
 #include "tools/nodes/NodeCommand.h"
+#include "tools/replay/ReplayCommand.h"
 #include "tools/runs/StreamCommand.h"
+#include "tools/support/CheckInstallCommand.h"
+#include "tools/support/TraceCommand.h"
 #include "base/WideString.h"
 
 namespace
@@ -33,6 +36,9 @@ tarn_host::ExitCode Run(int argumentCount, wchar_t **arguments)
     commands.push_back(std::make_unique<tarn_host::KsCommand>());
     commands.push_back(std::make_unique<tarn_host::NodeCommand>());
     commands.push_back(std::make_unique<tarn_host::EventsCommand>());
+    commands.push_back(std::make_unique<tarn_host::TraceCommand>());
+    commands.push_back(std::make_unique<tarn_host::ReplayCommand>());
+    commands.push_back(std::make_unique<tarn_host::CheckInstallCommand>());
     return tarn_host::CommandLine(std::move(commands)).Run(std::move(texts), std::cout, std::cerr);
 }
 

@@ -1,6 +1,10 @@
 // The check convention: a failing step is logged with function, expression text and result, and returned unchanged.
 #pragma once
 
+#include "platform/MediaFoundation.h"
+
+#include <source_location>
+
 #include "trace/Trace.h"
 
 namespace mft_utils

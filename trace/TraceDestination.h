@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include "trace/TraceFile.h"
 #include "trace/TraceSetting.h"
 #include "trace/TraceText.h"
 
@@ -16,11 +17,15 @@ class TraceDestination
     // Closes what was open before. False when the file cannot be opened; lines then go to the debugger.
     bool Open(const TraceSetting &setting) noexcept;
     void Close() noexcept;
+    // The module's own record goes in front of its first line there, and of the first one in each new file.
     void Write(const TraceText &line) noexcept;
 
   private:
-    HANDLE file = nullptr;    // null sends lines to the debugger
-    bool fileIsOwned = false; // standard error is not
+    void WriteLine(const TraceText &line) noexcept;
+
+    TraceFile file;
+    HANDLE standardError = nullptr; // null, and no file: lines go to the debugger
+    bool moduleRecordDue = false;
 };
 
 } // namespace mft_utils

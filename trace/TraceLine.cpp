@@ -14,9 +14,10 @@ void AppendHeader(TraceText &line, TraceLevel level, std::string_view function) 
     GetSystemTimePreciseAsFileTime(&now);
     FileTimeToSystemTime(&now, &time);
     const std::uint64_t time100ns = (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
-    line.AppendFormat("%02u:%02u:%02u.%06u %5lu %-7s ", time.wHour, time.wMinute, time.wSecond,
-                      static_cast<unsigned>(time100ns / 10 % 1000000), static_cast<unsigned long>(GetCurrentThreadId()),
-                      TraceLevelName(level));
+    line.AppendFormat("%02u:%02u:%02u.%06u %5lu %5lu %-7s ", time.wHour, time.wMinute, time.wSecond,
+                      static_cast<unsigned>(time100ns / 10 % 1000000),
+                      static_cast<unsigned long>(GetCurrentProcessId()),
+                      static_cast<unsigned long>(GetCurrentThreadId()), TraceLevelName(level));
     line.Append(function);
 }
 
@@ -47,12 +48,12 @@ const char *TraceLevelName(TraceLevel level) noexcept
     {
     case TraceLevel::Error:
         return "error";
-    case TraceLevel::Information:
-        return "info";
     case TraceLevel::Verbose:
+        return "verbose";
+    case TraceLevel::Information:
         break;
     }
-    return "verbose";
+    return "info";
 }
 
 TraceLine::TraceLine(const TraceMessage &message) noexcept
@@ -72,9 +73,14 @@ TraceLine::TraceLine(const TraceEvent &event) noexcept
         // The first field counts the activities of this process; the rest is the same for all of them.
         AppendFormat(" #%lu", static_cast<unsigned long>(event.activity->Data1));
     }
+    AppendFields(*this, event);
+}
+
+void AppendFields(TraceText &text, const TraceEvent &event) noexcept
+{
     for (const TraceField &field : event.fields)
     {
-        AppendField(*this, field);
+        AppendField(text, field);
     }
 }
 

@@ -7,10 +7,13 @@
 namespace mft_utils
 {
 
-// "error", "info" or "verbose".
+// "error", "info" or "verbose"; what is below every level is information.
 const char *TraceLevelName(TraceLevel level) noexcept;
 
-// Time of day (UTC), thread, level, function or event, then text or fields. Confined.
+// As in ' hr=0x80004005 Name="text"'.
+void AppendFields(TraceText &text, const TraceEvent &event) noexcept;
+
+// Time of day (UTC), process, thread, level, function or event, then text or fields. Confined.
 class TraceLine : public TraceText
 {
   public:

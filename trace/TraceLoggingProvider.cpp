@@ -6,6 +6,7 @@
 
 #include "base/HResultFromWin32.h"
 #include "base/SharedLock.h"
+#include "trace/ModuleRecord.h"
 #include "trace/TraceChannels.h"
 
 namespace mft_utils
@@ -61,9 +62,13 @@ constinit user_space_frameworks::SharedLock registrationLock;
 bool registered TARN_GUARDED_BY(registrationLock) = false;
 std::atomic<REGHANDLE> providerHandle{0};
 std::atomic<std::uint32_t> enabledLevel{0};
+std::atomic<bool> moduleRecordDue{false};
 
 void NTAPI OnEnable(LPCGUID, ULONG isEnabled, UCHAR level, ULONGLONG, ULONGLONG, PEVENT_FILTER_DESCRIPTOR, PVOID)
 {
+    ModuleRecord::OfThisProcess(); // read here, before frames wait for it
+    // Every session that is enabled, the later ones too; those who have it already get it again.
+    moduleRecordDue.store(isEnabled != 0, std::memory_order_relaxed);
     enabledLevel.store(LevelFromEnableNotification(isEnabled, level, enabledLevel.load(std::memory_order_relaxed)),
                        std::memory_order_relaxed);
     UpdateTraceLevels();
@@ -224,6 +229,17 @@ class StructuredChannel final : public ITraceChannel
         {
             return;
         }
+        if (moduleRecordDue.load(std::memory_order_relaxed) &&
+            moduleRecordDue.exchange(false, std::memory_order_relaxed))
+        {
+            ModuleRecord::OfThisProcess().AsEvent([handle](const TraceEvent &record) { Send(handle, record); });
+        }
+        Send(handle, event);
+    }
+
+  private:
+    static void Send(REGHANDLE handle, const TraceEvent &event) noexcept
+    {
         EncodedEvent encoded(event);
         EventWriteTransfer(handle, &encoded.Descriptor(), event.activity, nullptr, encoded.DataCount(), encoded.Data());
     }

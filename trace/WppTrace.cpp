@@ -7,7 +7,9 @@
 
 #include "base/HResultFromWin32.h"
 #include "base/SharedLock.h"
+#include "trace/ModuleRecord.h"
 #include "trace/TraceChannels.h"
+#include "trace/TraceLine.h"
 
 namespace mft_utils
 {
@@ -25,11 +27,13 @@ TRACEHANDLE registration TARN_GUARDED_BY(registrationLock) = 0;
 std::atomic<std::uint64_t> sessionLogger{0};
 std::atomic<std::uint32_t> sessionLevel{0};
 std::atomic<std::uint32_t> sessionFlags{0};
+std::atomic<bool> moduleRecordDue{false};
 
 void Apply(const WppSession &session) noexcept
 {
     sessionLogger.store(session.logger, std::memory_order_relaxed);
     sessionFlags.store(session.flags, std::memory_order_relaxed);
+    moduleRecordDue.store(session.logger != 0, std::memory_order_relaxed);
     sessionLevel.store(session.level, std::memory_order_relaxed);
     UpdateTraceLevels();
 }
@@ -42,6 +46,7 @@ ULONG WINAPI OnEnable(WMIDPREQUESTCODE request, PVOID, ULONG *size, PVOID buffer
     }
     if (request == WMI_ENABLE_EVENTS)
     {
+        ModuleRecord::OfThisProcess(); // read here, before frames wait for it
         const TRACEHANDLE logger = GetTraceLoggerHandle(buffer);
         Apply(WppSession::Make(logger, GetTraceEnableLevel(logger), GetTraceEnableFlags(logger)));
     }
@@ -149,6 +154,26 @@ class WppChannel final : public ITraceChannel
         {
             return;
         }
+        if (moduleRecordDue.load(std::memory_order_relaxed) &&
+            moduleRecordDue.exchange(false, std::memory_order_relaxed))
+        {
+            ModuleRecord::OfThisProcess().AsEvent([](const TraceEvent &record) {
+                TraceText text(record.name);
+                AppendFields(text, record);
+                Send({ModuleRecord::kLevel,
+                      TraceMessageId::Text,
+                      "mft_utils::ModuleRecord",
+                      text.Text(),
+                      {"mft_utils::ModuleRecord", HRESULT{0}, text.Text()}});
+            });
+        }
+        Send(message);
+    }
+    void Write(const TraceEvent &) noexcept override {}
+
+  private:
+    static void Send(const TraceMessage &message) noexcept
+    {
         const WppArgumentList list(message.arguments);
         // The call takes pointer and size in turn up to a null pointer; pieces that are not used are null with size 0,
         // so the list always ends in time, with a null as wide as a pointer.
@@ -159,7 +184,6 @@ class WppChannel final : public ITraceChannel
                        list.At(1).size, list.At(2).data, list.At(2).size, list.At(3).data, list.At(3).size,
                        list.At(4).data, list.At(4).size, static_cast<void *>(nullptr));
     }
-    void Write(const TraceEvent &) noexcept override {}
 };
 
 constinit WppChannel channel;

@@ -70,7 +70,8 @@ enum
     TARN_RECORD_TRANSFORM = 2,    /* a transform was created (subject 1) or released for good (subject 0) */
     TARN_RECORD_CALL = 3,         /* a call enters; subject: TARN_CALL_...; values: its arguments */
     TARN_RECORD_RETURN = 4,       /* it returns; same subject, `result`, `entry`; values: what it gave out */
-    TARN_RECORD_EVENT = 5,        /* an event is put into the transform's queue */
+    TARN_RECORD_EVENT = 5,        /* an event is put into the transform's queue; of METransformHaveOutput also for which
+                                     output stream, and the sample's time */
     TARN_RECORD_KS_CALL = 6,      /* a KS call; subject: TARN_KS_... bits; `entry`: the call that it serves, if any */
     TARN_RECORD_KS_RETURN = 7,    /* its end; same subject, `result`, `entry` = the TARN_RECORD_KS_CALL */
     TARN_RECORD_DEVICE_EVENT = 8, /* the camera signalled an event that the module listens to */

@@ -55,11 +55,14 @@ def read_vendor(path: Path) -> dict[str, str]:
     return vendor
 
 
-def package_date(root: Path) -> datetime.date:
-    """Of SOURCE_DATE_EPOCH, else of the last commit; UTC, so that it is the same everywhere."""
+def package_date(source: Path) -> datetime.date:
+    """Of SOURCE_DATE_EPOCH, else of the last commit, else, in a package without sources, today; UTC, so that it is the
+    same everywhere."""
     seconds = os.environ.get("SOURCE_DATE_EPOCH")
-    if seconds is None:
-        command = ["git", "-C", str(root), "log", "-1", "--format=%ct"]
+    if not seconds and source.is_file():
+        return datetime.datetime.now(datetime.timezone.utc).date()
+    if not seconds:
+        command = ["git", "-C", str(source), "log", "-1", "--format=%ct"]
         result = subprocess.run(command, capture_output=True, text=True, check=False)
         if result.returncode != 0:
             raise GenerateError(f"no date: set SOURCE_DATE_EPOCH, or run in a clone ({result.stderr.strip()})")

@@ -62,6 +62,12 @@ def provider_guid(name: str) -> str:
     return str(uuid.UUID(bytes_le=bytes(digest)))
 
 
+def beside(tools: Path) -> Path | None:
+    """What to load when nothing is named: what was saved beside the tools, else the sources around their folder."""
+    candidates = (tools / "module.json", tools.parent)
+    return next((path for path in candidates if path.is_file() or (path / "module/ClassTable.cpp").is_file()), None)
+
+
 def load(path: Path) -> Module:
     """From the root of the sources, or from the JSON that was saved from them."""
     try:

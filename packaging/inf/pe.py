@@ -47,6 +47,7 @@ class PortableExecutable:
         optional = header + 24
         if struct.unpack_from("<H", self._data, optional)[0] != 0x20B:
             raise FormatError("not a 64-bit image")
+        self.image_size = self._u32(optional + 56)
         self.characteristics = struct.unpack_from("<H", self._data, optional + 70)[0]
         self._directories = [struct.unpack_from("<II", self._data, optional + 112 + 8 * index)
                              for index in range(self._u32(optional + 108))]

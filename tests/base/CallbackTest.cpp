@@ -8,10 +8,7 @@ namespace
 
 struct Listener
 {
-    long OnConfig(bool enable)
-    {
-        return enable ? 7 : 0;
-    }
+    long OnConfig(bool enable) { return enable ? 7 : 0; }
 };
 
 TEST(CallbackTest, CallsTheBoundMemberAndThrowsWithoutOne)

@@ -1,20 +1,14 @@
 #include "base/ComObject.h"
 
-#include <gtest/gtest.h>
-
-#include <thread>
-#include <vector>
-
 #include "base/Object.h"
+#include "tests/support/Expect.h"
+
+using namespace user_space_frameworks;
 
 namespace
 {
 
-using user_space_frameworks::ComObject;
-using user_space_frameworks::MakeCom;
-
-// clang-format off
-class TestObject : public ComObject<IMFShutdown, IMFAsyncCallback>, private user_space_frameworks::Object
+class TestObject : public ComObject<IMFShutdown, IMFAsyncCallback>, private Object
 {
   public:
     TestObject() : Object("Test object") {}
@@ -23,7 +17,6 @@ class TestObject : public ComObject<IMFShutdown, IMFAsyncCallback>, private user
     HRESULT STDMETHODCALLTYPE GetParameters(DWORD *, DWORD *) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Invoke(IMFAsyncResult *) noexcept override { return S_OK; }
 };
-// clang-format on
 
 TEST(ComObjectTest, EveryInterfaceLeadsToTheSameIdentity)
 {
@@ -62,25 +55,16 @@ TEST(ComObjectTest, EveryInterfaceLeadsToTheSameIdentity)
 TEST(ComObjectTest, ReferencesBalanceUnderThreads)
 {
     ComPtr<TestObject> object = MakeCom<TestObject>();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-    {
-        threads.emplace_back([copy = object] {
-            for (int round = 0; round < 2000; ++round)
-            {
-                // The first rounds race for the marshaler.
-                ComPtr<IMarshal> marshal;
-                ComPtr<IMFAsyncCallback> callback;
-                EXPECT_EQ(S_OK, copy->QueryInterface(IID_PPV_ARGS(&marshal)));
-                EXPECT_EQ(S_OK, marshal.As(&callback));
-            }
-        });
-    }
-    for (std::thread &thread : threads)
-    {
-        thread.join();
-    }
-    threads.clear();
+    tarn_test::OnThreads(4, [&, copy = object](int) {
+        for (int round = 0; round < 2000; ++round)
+        {
+            // The first rounds race for the marshaler.
+            ComPtr<IMarshal> marshal;
+            ComPtr<IMFAsyncCallback> callback;
+            EXPECT_EQ(S_OK, copy->QueryInterface(IID_PPV_ARGS(&marshal)));
+            EXPECT_EQ(S_OK, marshal.As(&callback));
+        }
+    });
     EXPECT_EQ(0u, object.Detach()->Release());
 } // nothing left alive: checked after every test
 

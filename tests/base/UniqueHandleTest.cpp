@@ -1,8 +1,6 @@
 #include "base/UniqueHandle.h"
 
-#include <gtest/gtest.h>
-
-#include <utility>
+#include "tests/support/Expect.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "tests/core/FailingPlatform.h"
+#include "tests/core/FailureSession.h"
 
 #include "platform/MediaFoundation.h"
 

@@ -1,14 +1,11 @@
 #include "tests/core/FailureSession.h"
 
 #include <new>
-#include <string>
 
 #include "tests/support/Expect.h"
 #include "tests/support/OwnWork.h"
 
-using tarn_sim::FaultPlan;
-using tarn_sim::Method;
-using tarn_sim::SimulatedCamera;
+using namespace tarn_sim;
 
 namespace tarn_test
 {

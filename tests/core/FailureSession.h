@@ -1,13 +1,46 @@
-// A session of a transform over a camera, and the loops that fail each of its calls in turn.
+// Makes the nth platform call, allocation or camera call of a session fail, for every n in turn.
 #pragma once
 
 #include <functional>
 
 #include "sim/SimulatedCamera.h"
-#include "tests/core/FailingPlatform.h"
 
 namespace tarn_test
 {
+
+enum class Failing
+{
+    PlatformCall, // those that are wrapped return E_OUTOFMEMORY
+    Allocation    // operator new throws std::bad_alloc
+};
+
+// While it lives, the calls of that kind are counted, on all threads, and the one with this number (from 1) fails; 0
+// only counts; what a test does itself (OwnWork) is neither counted nor failed. One at a time. The program is linked
+// with --wrap for the platform's calls.
+class FailingPlatform
+{
+  public:
+    FailingPlatform(Failing kind, int failingCall);
+    ~FailingPlatform();
+    FailingPlatform(const FailingPlatform &) = delete;
+    FailingPlatform &operator=(const FailingPlatform &) = delete;
+
+    // Of platform calls only: allocations are the camera's too, and may keep it from doing what it is told.
+    static bool LeavesTheCameraAlone();
+
+    int Calls() const;
+    bool HasFailed() const;
+
+    // Meanwhile no thread's calls are counted or failed: the camera works on a frame.
+    class Suspension
+    {
+      public:
+        Suspension();
+        ~Suspension();
+        Suspension(const Suspension &) = delete;
+        Suspension &operator=(const Suspension &) = delete;
+    };
+};
 
 // A whole session over the camera; S_OK, another success code when a fault cost no more than a frame, or the first
 // failure. Expects of each step what holds however it ends.
@@ -32,6 +65,7 @@ struct CameraCalls
     tarn_sim::Method first;
     tarn_sim::Method last;
 };
+
 inline constexpr CameraCalls kKsCalls{&tarn_sim::FaultPlan::ksCall, tarn_sim::Method::KsProperty,
                                       tarn_sim::Method::KsEvent};
 inline constexpr CameraCalls kTransformCalls{&tarn_sim::FaultPlan::transformCall, tarn_sim::Method::GetStreamCount,

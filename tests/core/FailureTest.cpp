@@ -1,21 +1,18 @@
 // Every platform and camera call fails in turn: a clean error, nothing left behind, and the next session works.
 #include "core/PassThroughDeviceMft.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/core/FailureSession.h"
 #include "tests/support/TestFrameServer.h"
 
+using namespace tarn_test;
 using tarn_sim::SimulatedCamera;
-using tarn_test::Failing;
 
 namespace
 {
 
 HRESULT Session(SimulatedCamera *camera)
 {
-    tarn_test::TestFrameServer server(user_space_frameworks::MakeCom<mft_core::PassThroughDeviceMft>("Test DMFT"),
-                                      camera);
+    TestFrameServer server(user_space_frameworks::MakeCom<mft_core::PassThroughDeviceMft>("Test DMFT"), camera);
     HRESULT result = server.initialized;
     const auto type = SUCCEEDED(result) ? server.FindType(0, {64, 48, 30}) : nullptr;
     for (const auto state : {DeviceStreamState_Run, DeviceStreamState_Stop, DeviceStreamState_Run})
@@ -32,26 +29,26 @@ HRESULT Session(SimulatedCamera *camera)
     return FAILED(result) ? result : ended;
 }
 
-const tarn_test::Sessions kSessions{Session, Session};
+const Sessions kSessions{Session, Session};
 
 TEST(FailureTest, EveryPlatformCallMayFail)
 {
-    const auto camera = tarn_test::SteppedCamera();
-    EXPECT_GT(tarn_test::FailEachInTurn(Failing::PlatformCall, camera.Get(), kSessions), 10);
+    const auto camera = SteppedCamera();
+    EXPECT_GT(FailEachInTurn(Failing::PlatformCall, camera.Get(), kSessions), 10);
 }
 
 TEST(FailureTest, EveryAllocationMayFail)
 {
-    const auto camera = tarn_test::SteppedCamera();
-    EXPECT_GT(tarn_test::FailEachInTurn(Failing::Allocation, camera.Get(), kSessions), 10);
+    const auto camera = SteppedCamera();
+    EXPECT_GT(FailEachInTurn(Failing::Allocation, camera.Get(), kSessions), 10);
 }
 
 TEST(FailureTest, EveryCallOfTheCameraMayFail)
 {
-    const auto camera = tarn_test::SteppedCamera();
-    EXPECT_GE(tarn_test::FailEachCameraCall(tarn_test::kTransformCalls, camera.Get(), kSessions), 4);
+    const auto camera = SteppedCamera();
+    EXPECT_GE(FailEachCameraCall(kTransformCalls, camera.Get(), kSessions), 4);
     // Without its topology the camera has no extension units, and works.
-    EXPECT_EQ(0, tarn_test::FailEachCameraCall(tarn_test::kTopologyCalls, camera.Get(), kSessions));
+    EXPECT_EQ(0, FailEachCameraCall(kTopologyCalls, camera.Get(), kSessions));
 }
 
 } // namespace

@@ -1,39 +1,38 @@
 #include "core/PassThroughDeviceMft.h"
 
-#include <atomic>
-#include <thread>
-
-#include <gtest/gtest.h>
-
 #include "tests/core/TestParts.h"
 #include "tests/support/HandleCount.h"
 #include "tests/support/TestFrameServer.h"
 
-using mft_core::PassThroughDeviceMft;
-using tarn_sim::CameraConfiguration;
-using tarn_sim::SimulatedCamera;
-using tarn_test::SteppedCamera;
-using tarn_test::TestFrameServer;
-using tarn_test::TimeOf;
+using namespace tarn_sim;
+using namespace tarn_test;
 using user_space_frameworks::MakeCom;
 
 namespace
 {
 
-ComPtr<IMFDeviceTransform> NewTransform()
+struct Server : TestFrameServer
 {
-    return MakeCom<PassThroughDeviceMft>("Test DMFT");
-}
+    explicit Server(const ComPtr<SimulatedCamera> &simulated)
+        : TestFrameServer(MakeCom<mft_core::PassThroughDeviceMft>("Test DMFT"), simulated)
+    {
+    }
+};
 
-TEST(PassThroughDeviceMftTest, FramesTravelUnchangedAndInOrder)
+class PassThroughDeviceMftTest : public testing::Test
 {
-    TestFrameServer server(NewTransform(), SteppedCamera(2));
+  protected:
+    Server server{SteppedCamera(2)};
+};
+
+TEST_F(PassThroughDeviceMftTest, FramesTravelUnchangedAndInOrder)
+{
     ASSERT_HR(S_OK, server.Start(0));
     ASSERT_HR(S_OK, server.Start(1));
     EXPECT_EQ(1, server.createdEvents[0]);
     EXPECT_EQ(1, server.createdEvents[1]);
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 10));
-    ASSERT_HR(S_OK, server.camera->Pins().Step(1, 3));
+    server.Step(10);
+    server.Step(3, 1);
     server.Pump();
     EXPECT_EQ(13, server.haveOutputEvents);
 
@@ -44,15 +43,14 @@ TEST(PassThroughDeviceMftTest, FramesTravelUnchangedAndInOrder)
         EXPECT_LT(TimeOf(samples[i - 1]), TimeOf(samples[i]));
     }
     EXPECT_EQ(3u, server.CollectAll(1).size());
-    EXPECT_EQ(64u * 48u * 2u, tarn_test::PixelsOf(samples.front()).size());
+    EXPECT_EQ(64u * 48u * 2u, BytesOf(samples.front()).size());
 }
 
-TEST(PassThroughDeviceMftTest, AStoppedOutputStopsItsPinAndAnswersNothing)
+TEST_F(PassThroughDeviceMftTest, AStoppedOutputStopsItsPinAndAnswersNothing)
 {
-    TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
     EXPECT_EQ(DeviceStreamState_Run, server.camera->Pins().GetPinState(0));
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
+    server.Step(2);
     ASSERT_HR(S_OK, server.Stop(0));
     EXPECT_EQ(DeviceStreamState_Stop, server.OutputState(0));
     EXPECT_EQ(DeviceStreamState_Stop, server.camera->Pins().GetPinState(0));
@@ -64,52 +62,49 @@ TEST(PassThroughDeviceMftTest, AStoppedOutputStopsItsPinAndAnswersNothing)
 
     // Frames of a camera that does not stop are dropped and never announced.
     server.haveOutputEvents = 0;
-    const auto late = tarn_test::MakeSample(1);
+    const auto late = MakeSample(1);
     server.OnFrame(0, late.Get());
     server.Pump();
     EXPECT_EQ(0, server.haveOutputEvents);
     EXPECT_REFS(late, 1);
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
+    server.Step(1);
     EXPECT_EQ(1u, server.CollectAll(0).size());
 }
 
-TEST(PassThroughDeviceMftTest, TheSameStateAndTypeChangeNothingAnotherTypeRestarts)
+TEST_F(PassThroughDeviceMftTest, TheSameStateAndTypeChangeNothingAnotherTypeRestarts)
 {
-    TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
+    server.Step(2);
     ASSERT_HR(S_OK, server.Start(0)); // unchanged
     EXPECT_EQ(1, server.createdEvents[0]);
     ASSERT_HR(S_OK, server.Start(0, 1)); // the pin's other type
     EXPECT_EQ(2, server.createdEvents[0]);
     EXPECT_TRUE(server.CollectAll(0).empty()) << "a frame of the former type was left";
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
+    server.Step(1);
     EXPECT_EQ(1u, server.CollectAll(0).size());
     ComPtr<IMFMediaType> current;
     EXPECT_HR(S_OK, server.transform->GetInputCurrentType(0, &current));
     EXPECT_EQ("L16 64x48@30", tarn_host::FrameFormat::Of(*current.Get()).ToText());
 }
 
-TEST(PassThroughDeviceMftTest, ARefusedTypeLeavesTheRunningStreamAsItIs)
+TEST_F(PassThroughDeviceMftTest, ARefusedTypeLeavesTheRunningStreamAsItIs)
 {
-    TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
-    const auto other = tarn_sim::MakeVideoType(MFVideoFormat_D16, 320, 200, 30);
+    server.Step(1);
+    const auto other = MakeVideoType(MFVideoFormat_D16, 320, 200, 30);
     EXPECT_HR(MF_E_INVALIDMEDIATYPE, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Run, 0));
     EXPECT_EQ(DeviceStreamState_Run, server.OutputState(0));
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
+    server.Step(1);
     EXPECT_EQ(2u, server.CollectAll(0).size());
     EXPECT_HR(S_OK, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Pause, 0));
     EXPECT_HR(S_OK, server.transform->SetOutputStreamState(0, other.Get(), DeviceStreamState_Disabled, 0));
     EXPECT_EQ(DeviceStreamState_Run, server.OutputState(0)); // pause and disable are ignored
 }
 
-TEST(PassThroughDeviceMftTest, TheCamerasOwnRefusalOfTheListenerFailsTheStart)
+TEST_F(PassThroughDeviceMftTest, TheCamerasOwnRefusalOfTheListenerFailsTheStart)
 {
-    TestFrameServer server(NewTransform(), SteppedCamera(2));
-    tarn_sim::FaultPlan faults;
+    FaultPlan faults;
     faults.ksCall = {1, E_UNEXPECTED}; // not that the listener runs already
     server.camera->Faults().SetPlan(faults);
     EXPECT_HR(E_UNEXPECTED, server.Start(0));
@@ -119,94 +114,82 @@ TEST(PassThroughDeviceMftTest, TheCamerasOwnRefusalOfTheListenerFailsTheStart)
     EXPECT_EQ(1u, server.camera->Ks().EventListenerCount());
 }
 
-TEST(PassThroughDeviceMftTest, FlushEmptiesTheQueuesAndTheStreamRunsOn)
+TEST_F(PassThroughDeviceMftTest, FlushEmptiesTheQueuesAndTheStreamRunsOn)
 {
-    TestFrameServer server(NewTransform(), SteppedCamera());
     ASSERT_HR(S_OK, server.Start(0));
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 3));
+    server.Step(3);
     EXPECT_HR(S_OK, server.transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0));
     EXPECT_TRUE(server.CollectAll(0).empty());
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 2));
+    server.Step(2);
     EXPECT_HR(S_OK, server.transform->FlushOutputStream(0, 0));
     EXPECT_TRUE(server.CollectAll(0).empty());
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
+    server.Step(1);
     EXPECT_EQ(1u, server.CollectAll(0).size());
 }
 
-TEST(PassThroughDeviceMftTest, ProcessInputConsumesWhatTheBuildSaysWhateverItsResult)
+TEST_F(PassThroughDeviceMftTest, ProcessInputConsumesWhatTheBuildSaysWhateverItsResult)
 {
-    TestFrameServer server(NewTransform(), SteppedCamera());
     const auto give = [&](DWORD streamId, const ComPtr<IMFSample> &sample, ULONG forwarded) {
         sample.Get()->AddRef();
         const HRESULT result = server.transform->ProcessInput(streamId, sample.Get(), 0);
-        EXPECT_REFS(sample, 2 - tarn_test::kReferencesConsumed + forwarded);
+        EXPECT_REFS(sample, 2 - kReferencesConsumed + forwarded);
         return result;
     };
-    EXPECT_HR(S_OK, give(0, tarn_test::MakeSample(1), 0)); // nothing runs
+    EXPECT_HR(S_OK, give(0, MakeSample(1), 0)); // nothing runs
     ASSERT_HR(S_OK, server.Start(0));
-    const auto delivered = tarn_test::MakeSample(2);
+    const auto delivered = MakeSample(2);
     EXPECT_HR(S_OK, give(0, delivered, 1)); // the queue's
     const auto collected = server.Collect(0);
     EXPECT_EQ(delivered.Get(), collected.Get());
-    EXPECT_REFS(delivered, 3 - tarn_test::kReferencesConsumed); // exactly one handed out
-    EXPECT_HR(E_FAIL, give(7, tarn_test::MakeSample(3), 0));
+    EXPECT_REFS(delivered, 3 - kReferencesConsumed); // exactly one handed out
+    EXPECT_HR(E_FAIL, give(7, MakeSample(3), 0));
     ComPtr<IMFSample> timeless;
     ASSERT_HR(S_OK, MFCreateSample(&timeless));
     EXPECT_HR(MF_E_NO_SAMPLE_TIMESTAMP, give(0, timeless, 0));
     EXPECT_HR(S_OK, server.ShutDown());
-    EXPECT_HR(S_OK, give(0, tarn_test::MakeSample(4), 0));
+    EXPECT_HR(S_OK, give(0, MakeSample(4), 0));
 }
 
 // Start, stop, flush and shutdown while the capture thread delivers as fast as it can and a consumer collects.
-TEST(PassThroughDeviceMftTest, StateChangesWithFramesInFlightLeaveNothingBehind)
+TEST_F(PassThroughDeviceMftTest, StateChangesWithFramesInFlightLeaveNothingBehind)
 {
     int handlesBefore = 0;
     for (int round = 0; round < 120; ++round)
     {
         auto configuration = CameraConfiguration::GenericDepth16(16, 16, 30);
-        configuration.pacing = tarn_sim::Pacing::AsFastAsTaken;
+        configuration.pacing = Pacing::AsFastAsTaken;
         auto camera = MakeCom<SimulatedCamera>(configuration);
         {
-            TestFrameServer server(NewTransform(), camera);
-            std::atomic<bool> done{false};
-            std::thread consumer([&] {
-                while (!done)
-                {
-                    if (!server.Collect(0))
-                    {
-                        std::this_thread::yield();
-                    }
-                }
-            });
+            Server flooded(camera);
+            std::optional<Repeating> consumer(std::in_place, [&] { flooded.Collect(0); });
             for (int change = 0; change < 4; ++change)
             {
-                ASSERT_HR(S_OK, server.Start(0, static_cast<DWORD>(change % 2)));
+                ASSERT_HR(S_OK, flooded.Start(0, static_cast<DWORD>(change % 2)));
                 ASSERT_HR(S_OK, camera->Pins().WaitForFrames(0, camera->Pins().Statistics(0).delivered + 3,
                                                              std::chrono::seconds(10)));
-                EXPECT_HR(S_OK, server.transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0));
+                EXPECT_HR(S_OK, flooded.transform->ProcessMessage(MFT_MESSAGE_COMMAND_FLUSH, 0));
                 if (change == 2)
                 {
-                    ASSERT_HR(S_OK, server.Stop(0));
+                    ASSERT_HR(S_OK, flooded.Stop(0));
                 }
             }
             if (round % 2 == 0) // every other round ends with frames in flight
             {
-                EXPECT_HR(S_OK, server.ShutDown());
+                EXPECT_HR(S_OK, flooded.ShutDown());
             }
-            done = true;
-            consumer.join();
+            consumer.reset();
         }
         EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
         EXPECT_REFS(camera, 1);
         camera.Reset();
         if (round == 20) // by then the platform has made its own threads
         {
-            handlesBefore = tarn_test::CountHandles();
+            handlesBefore = CountHandles();
         }
     }
     // The platform's thread pool comes and goes by a few.
-    EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::CountHandles() <= handlesBefore + 12; }))
-        << handlesBefore << " -> " << tarn_test::CountHandles();
+    EXPECT_TRUE(WaitUntil([&] { return CountHandles() <= handlesBefore + 12; }))
+        << handlesBefore << " -> " << CountHandles();
 }
 
 } // namespace

@@ -2,19 +2,11 @@
 #include "core/MediaEventGenerator.h"
 #include "core/OutputStream.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/core/TestParts.h"
-#include "tests/support/Expect.h"
 #include "tests/trace/TraceLines.h"
 
-using mft_core::InputStream;
-using mft_core::MediaTypeList;
-using mft_core::OutputStream;
-using mft_core::OutputStreamConfiguration;
-using tarn_test::MakeSample;
-using tarn_test::MakeType;
-using tarn_test::TestEventGenerator;
+using namespace mft_core;
+using namespace tarn_test;
 
 namespace
 {
@@ -26,42 +18,30 @@ std::unique_ptr<OutputStream> StreamWith(const MediaTypeList &types, TestEventGe
     return std::make_unique<OutputStream>(0, generator, configuration);
 }
 
-std::pair<UINT32, UINT32> Closest(const MediaTypeList &types, UINT32 minFps, UINT32 minWidth, UINT32 minHeight,
-                                  UINT32 *fps = nullptr)
+// "none" where there is none.
+std::string Closest(const MediaTypeList &types, UINT32 minFps, UINT32 minWidth = 1, UINT32 minHeight = 1)
 {
     ComPtr<IMFMediaType> found;
-    if (FAILED(StreamWith(types)->FindClosestMediaType(&found, MFVideoFormat_D16, minFps, minWidth, minHeight)))
-    {
-        return {0, 0};
-    }
     mft_utils::MediaTypeData data;
-    EXPECT_HR(S_OK, mft_utils::MediaTypeParser::GetMediaTypeData(data, found.Get()));
-    if (fps != nullptr)
-    {
-        *fps = data.FPS();
-    }
-    return {data.width, data.height};
+    return FAILED(StreamWith(types)->FindClosestMediaType(&found, MFVideoFormat_D16, minFps, minWidth, minHeight)) ||
+                   FAILED(mft_utils::MediaTypeParser::GetMediaTypeData(data, found.Get()))
+               ? "none"
+               : std::to_string(data.width) + "x" + std::to_string(data.height) + "@" + std::to_string(data.FPS());
 }
-
-using Size = std::pair<UINT32, UINT32>;
 
 TEST(StreamTest, ClosestTypeIsTheSmallestFrameThenTheLowestRate)
 {
-    UINT32 fps = 0;
-    EXPECT_EQ(Size(640, 480), Closest({MakeType(640, 480, 60), MakeType(640, 480, 30)}, 30, 640, 480, &fps));
-    EXPECT_EQ(30u, fps);
-    EXPECT_EQ(Size(640, 480), Closest({MakeType(1280, 720, 30), MakeType(640, 480, 30)}, 30, 1, 1));
-    EXPECT_EQ(Size(640, 480), Closest({MakeType(640, 480, 30), MakeType(1280, 720, 30)}, 30, 1, 1));
+    EXPECT_EQ("640x480@30", Closest({MakeType(640, 480, 60), MakeType(640, 480, 30)}, 30, 640, 480));
+    EXPECT_EQ("640x480@30", Closest({MakeType(1280, 720, 30), MakeType(640, 480, 30)}, 30));
+    EXPECT_EQ("640x480@30", Closest({MakeType(640, 480, 30), MakeType(1280, 720, 30)}, 30));
     // Each is smaller in one dimension: the later one replaces the earlier.
-    EXPECT_EQ(Size(800, 480), Closest({MakeType(640, 720, 30), MakeType(800, 480, 30)}, 30, 1, 1));
-    EXPECT_EQ(Size(640, 720), Closest({MakeType(800, 480, 30), MakeType(640, 720, 30)}, 30, 1, 1));
-    EXPECT_EQ(Size(640, 480), Closest({MakeType(320, 240, 30), MakeType(640, 480, 60)}, 31, 1, 1));
-    EXPECT_EQ(Size(0, 0), Closest({MakeType(640, 480, 30)}, 30, 641, 480));
-    EXPECT_EQ(Size(0, 0), Closest({MakeType(640, 480, 30, MFVideoFormat_L8)}, 30, 1, 1));
+    EXPECT_EQ("800x480@30", Closest({MakeType(640, 720, 30), MakeType(800, 480, 30)}, 30));
+    EXPECT_EQ("640x720@30", Closest({MakeType(800, 480, 30), MakeType(640, 720, 30)}, 30));
+    EXPECT_EQ("640x480@60", Closest({MakeType(320, 240, 30), MakeType(640, 480, 60)}, 31));
+    EXPECT_EQ("none", Closest({MakeType(640, 480, 30)}, 30, 641, 480));
+    EXPECT_EQ("none", Closest({MakeType(640, 480, 30, MFVideoFormat_L8)}, 30));
     // A type without a denominator counts as 0 frames a second, and its rate replaces nothing.
-    EXPECT_EQ(Size(640, 480),
-              Closest({MakeType(640, 480, 30), MakeType(640, 480, 30, MFVideoFormat_D16, 0)}, 0, 1, 1, &fps));
-    EXPECT_EQ(0u, fps);
+    EXPECT_EQ("640x480@0", Closest({MakeType(640, 480, 30), MakeType(640, 480, 30, MFVideoFormat_D16, 0)}, 0));
 }
 
 TEST(StreamTest, MatchingComparesSizeRateAndSubtypeOnly)
@@ -90,7 +70,7 @@ TEST(StreamTest, OutputAttributesDescribeTheStreamAndKeepThePinsOwn)
     OutputStreamConfiguration configuration;
     configuration.parentName = "Parent";
     *configuration.mtList = {MakeType(640, 480, 30), MakeType(640, 480, 30, MFVideoFormat_L8)};
-    configuration.depth = mft_core::DepthDescription{0, 125000};
+    configuration.depth = DepthDescription{0, 125000};
     ASSERT_HR(S_OK, MFCreateAttributes(&configuration.attributes, 3));
     ASSERT_HR(S_OK, configuration.attributes->SetUINT32(MF_DEVICESTREAM_STREAM_ID, 99));
     ASSERT_HR(S_OK, configuration.attributes->SetUINT32(MF_SA_D3D11_SHARED_WITHOUT_MUTEX, 1));
@@ -110,8 +90,8 @@ TEST(StreamTest, OutputAttributesDescribeTheStreamAndKeepThePinsOwn)
     GUID category{};
     EXPECT_HR(S_OK, attributes->GetGUID(MF_DEVICESTREAM_STREAM_CATEGORY, &category));
     EXPECT_TRUE(IsEqualGUID(PINNAME_VIDEO_CAPTURE, category));
-    EXPECT_EQ((tarn_test::Bytes{1, 2, 3}), tarn_test::BlobOf(attributes, MFStreamExtension_PinholeCameraIntrinsics));
-    EXPECT_TRUE(tarn_test::BlobOf(attributes, MFStreamExtension_CameraExtrinsics).empty());
+    EXPECT_EQ((Bytes{1, 2, 3}), BlobOf(attributes, MFStreamExtension_PinholeCameraIntrinsics));
+    EXPECT_TRUE(BlobOf(attributes, MFStreamExtension_CameraExtrinsics).empty());
 
     // The offered types are copies: the configuration's stay as they were.
     ComPtr<IMFMediaType> offered;
@@ -164,12 +144,12 @@ TEST(StreamTest, ATypeWithoutARateDoesNotInheritTheFormerOnesFrames)
     for (const auto &[rate, denominator] : {std::pair{30u, 0u}, std::pair{0u, 1u}})
     {
         const auto stream = StreamWith({MakeType(640, 480, 30)}, &generator);
-        const tarn_test::TraceLines trace(mft_utils::TraceLevel::Information);
+        const TraceLines trace(mft_utils::TraceLevel::Information);
         ASSERT_HR(S_OK, stream->SetState(DeviceStreamState_Run));
         for (int frame = 0; frame < 2; ++frame)
         {
             const MFTIME before = MFGetSystemTime();
-            EXPECT_TRUE(tarn_test::WaitUntil([&] { return MFGetSystemTime() > before + 10; })); // a microsecond
+            EXPECT_TRUE(WaitUntil([&] { return MFGetSystemTime() > before + 10; })); // a microsecond
             EXPECT_HR(S_OK, stream->ProcessSample(MakeSample(frame).Get()));
         }
         ASSERT_HR(S_OK, stream->SetState(DeviceStreamState_Stop));

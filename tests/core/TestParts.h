@@ -1,11 +1,6 @@
 // Small parts that the core tests put together.
 #pragma once
 
-#include "platform/MediaFoundation.h"
-
-#include <mutex>
-#include <vector>
-
 #include "core/ITopologyNode.h"
 #include "core/MediaEventGenerator.h"
 #include "tests/support/Samples.h"
@@ -18,16 +13,11 @@ class TestEventGenerator : public mft_core::MediaEventGenerator
 {
   public:
     TestEventGenerator() : Object("Test event generator") {}
-    // clang-format off
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
     ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    // clang-format on
 
-    void ShutDown()
-    {
-        MediaEventGenerator::Shutdown();
-    }
+    void ShutDown() { MediaEventGenerator::Shutdown(); }
 
     // Takes the queued events away and counts those of the type.
     int Count(MediaEventType wanted)

@@ -1,8 +1,6 @@
 // A simulated depth camera with what the transform's components reach it through.
 #pragma once
 
-#include <memory>
-
 #include "ks/ExtensionUnitKsControl.h"
 #include "ks/FirmwareCommandPipe.h"
 #include "sim/CameraIdentifiers.h"

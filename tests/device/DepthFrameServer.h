@@ -3,8 +3,6 @@
 
 #include "platform/ExtendedCameraControl.h"
 
-#include <string>
-
 #include "sim/CameraIdentifiers.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/support/TestFrameServer.h"
@@ -20,6 +18,17 @@ class DepthFrameServer : public TestFrameServer
 {
   public:
     using TestFrameServer::TestFrameServer;
+
+    // The usual camera, or one that differs from it.
+    static tarn_sim::CameraConfiguration SteppedTarnDepth(
+        const std::function<void(tarn_sim::CameraConfiguration &)> &change = [](auto &) {})
+    {
+        auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
+        configuration.pacing = tarn_sim::Pacing::Stepped;
+        configuration.buffersPerPin = 64;
+        change(configuration);
+        return configuration;
+    }
 
     // What the pin runs with, for example "INZI 640x480@30"; "stopped" when it does not run.
     std::string Pin()
@@ -52,10 +61,7 @@ class DepthFrameServer : public TestFrameServer
         Pump();
         return result;
     }
-    bool HasConfidenceMap()
-    {
-        return Property(KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP) != 0;
-    }
+    bool HasConfidenceMap() { return Property(KSPROPERTY_TARN_DMFT_CONTROL_CONFIDENCE_MAP) != 0; }
 
     HRESULT SetFaceLogin(bool on)
     {
@@ -71,10 +77,7 @@ class DepthFrameServer : public TestFrameServer
     }
 
     // What applications want.
-    UINT32 Preset()
-    {
-        return Property(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS);
-    }
+    UINT32 Preset() { return Property(KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS); }
 };
 
 } // namespace tarn_test

@@ -1,13 +1,6 @@
 // What the depth transform must look like after any sequence of calls, kept beside it by the tests.
 #pragma once
 
-#include "platform/MediaFoundation.h"
-
-#include <algorithm>
-#include <array>
-#include <optional>
-#include <string>
-
 #include "tarn/depth_presets.h"
 #include "tests/device/DepthServer.h"
 
@@ -105,15 +98,9 @@ class DepthModel
         return S_OK;
     }
 
-    bool IsFaceLogin() const
-    {
-        return pin.rfind("PAIR", 0) == 0;
-    }
+    bool IsFaceLogin() const { return pin.rfind("PAIR", 0) == 0; }
 
-    bool AnyRuns() const
-    {
-        return running[kDepth] || running[kInfrared];
-    }
+    bool AnyRuns() const { return running[kDepth] || running[kInfrared]; }
 
     std::array<std::optional<VideoSize>, 2> running;
     std::string pin = "stopped"; // as DepthServer::Pin tells it

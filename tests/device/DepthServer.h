@@ -19,22 +19,14 @@ class DepthServer : public DepthFrameServer
     {
     }
 
-    static tarn_sim::CameraConfiguration SteppedTarnDepth()
-    {
-        auto configuration = tarn_sim::CameraConfiguration::TarnDepth();
-        configuration.pacing = tarn_sim::Pacing::Stepped;
-        configuration.buffersPerPin = 64;
-        return configuration;
-    }
-
     static tarn_sim::CameraConfiguration WithoutSubtype(const GUID &subtype)
     {
-        auto configuration = SteppedTarnDepth();
-        std::erase_if(configuration.pins.front().types, [&](const ComPtr<IMFMediaType> &type) {
-            GUID present{};
-            return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &present)) && IsEqualGUID(present, subtype) != 0;
+        return SteppedTarnDepth([&](auto &configuration) {
+            std::erase_if(configuration.pins.front().types, [&](const ComPtr<IMFMediaType> &type) {
+                GUID present{};
+                return SUCCEEDED(type->GetGUID(MF_MT_SUBTYPE, &present)) && IsEqualGUID(present, subtype) != 0;
+            });
         });
-        return configuration;
     }
 };
 

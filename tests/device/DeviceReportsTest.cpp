@@ -6,12 +6,9 @@
 #include "tests/device/DepthCamera.h"
 #include "tests/device/DepthServer.h"
 
-using mft_core::TarnDeviceInfo;
-using mft_core::TarnFwErrorHandler;
+using namespace mft_core;
+using namespace tarn_test;
 using tarn_sim::CameraConfiguration;
-using tarn_test::DepthCamera;
-using tarn_test::DepthServer;
-using tarn_test::TraceLines;
 
 namespace
 {
@@ -40,11 +37,11 @@ TEST(TarnDeviceInfoTest, ItIsFoundOnTheTransformAndOnBothOfItsOutputs)
     ASSERT_HR(S_OK, server.transform.As(&face));
     ComPtr<IMFAttributes> stores[3];
     ASSERT_HR(S_OK, face->GetAttributes(&stores[0]));
-    ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(tarn_test::kDepth, &stores[1]));
-    ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(tarn_test::kInfrared, &stores[2]));
+    ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(kDepth, &stores[1]));
+    ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(kInfrared, &stores[2]));
     for (const auto &store : stores)
     {
-        EXPECT_EQ(CameraConfiguration::TarnDepth().deviceInfo, tarn_test::BlobOf(store, TARN_DEVICE_INFO_RECORD));
+        EXPECT_EQ(CameraConfiguration::TarnDepth().deviceInfo, BlobOf(store, TARN_DEVICE_INFO_RECORD));
         for (const auto &[key, expected] : {std::pair{&TARN_DEVICE_SERIAL_NUMBER, L"TRN0000000000042"}, // a full field
                                             std::pair{&TARN_DEVICE_FIRMWARE_VERSION, L"3.10.2.17"},
                                             std::pair{&TARN_DEVICE_PRODUCT_NAME, L"Tarn simulated"}})

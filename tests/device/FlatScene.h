@@ -30,15 +30,9 @@ class FlatScene : public tarn_sim::IFrameSource
     }
 
     // Both bytes of every depth value; never the infrared's.
-    static std::uint8_t DepthByte(std::uint64_t number)
-    {
-        return static_cast<std::uint8_t>(0x10 + number % 64);
-    }
+    static std::uint8_t DepthByte(std::uint64_t number) { return static_cast<std::uint8_t>(0x10 + number % 64); }
     // Of 0x0101, 0x0202 or 0x0303: 10 bits.
-    static std::uint8_t InfraredByte(std::uint64_t number)
-    {
-        return static_cast<std::uint8_t>(1 + number % 3);
-    }
+    static std::uint8_t InfraredByte(std::uint64_t number) { return static_cast<std::uint8_t>(1 + number % 3); }
     // What becomes of it in 8 bits.
     static std::uint8_t InfraredPixel(std::uint64_t number)
     {

@@ -1,15 +1,13 @@
 // Which frames get into a chain, and what is said of the others.
-#include <cstring>
-
-#include "platform/CameraAttributes.h"
 
 #include "core/InputStream.h"
 #include "device/nodes/TarnFrameFormatTopologyNode.h"
-#include "sim/FrameMetadata.h"
 #include "tarn/tarn_formats.h"
 #include "tests/core/TestParts.h"
 #include "tests/device/DepthCamera.h"
+#include "tests/support/Metadata.h"
 
+using namespace tarn_test;
 using namespace mft_core;
 using std::make_shared;
 
@@ -33,10 +31,10 @@ class TarnFrameFormatTopologyNodeTest : public testing::Test
     bool Passes(const std::shared_ptr<TarnFrameFormatTopologyNode> &node, DWORD length,
                 const std::optional<TARN_FRAME_METADATA> &record = std::nullopt)
     {
-        const auto sample = tarn_test::MakeSample(0, tarn_test::Bytes(length));
+        const auto sample = MakeSample(0, Bytes(length));
         if (record)
         {
-            tarn_sim::AttachMetadata(sample.Get(), *record, tarn_sim::MetadataFault::None);
+            AttachItems(sample.Get(), MakeBuffer(Item(TARN_FRAME_METADATA_ITEM_ID, RawBytes(*record))));
         }
         const std::size_t before = end->Times().size();
         node->Process(sample.Get());
@@ -48,22 +46,19 @@ class TarnFrameFormatTopologyNodeTest : public testing::Test
     }
     static TARN_FRAME_METADATA Record(const GUID &subtype, std::uint16_t width, std::uint16_t height)
     {
-        TARN_FRAME_METADATA record{};
-        record.magic = TARN_FRAME_METADATA_MAGIC;
-        record.version = TARN_FRAME_METADATA_VERSION;
-        record.size = sizeof(record);
+        TARN_FRAME_METADATA record = FrameRecord();
         record.formatFourCc = subtype.Data1;
         record.width = width;
         record.height = height;
         return record;
     }
 
-    const tarn_test::DepthCamera device;
-    tarn_test::TestEventGenerator generator;
-    const std::shared_ptr<tarn_test::RecordingNode> end = make_shared<tarn_test::RecordingNode>();
+    const DepthCamera device;
+    TestEventGenerator generator;
+    const std::shared_ptr<RecordingNode> end = make_shared<RecordingNode>();
     const std::shared_ptr<ConfidenceMapState> mapState = make_shared<ConfidenceMapState>();
-    const ComPtr<IMFMediaType> small = tarn_test::MakeType(320, 240, 30, CUSTOM_GUID_KELP_Z);
-    const ComPtr<IMFMediaType> large = tarn_test::MakeType(640, 480, 30, CUSTOM_GUID_KELP_Z);
+    const ComPtr<IMFMediaType> small = MakeType(320, 240, 30, CUSTOM_GUID_KELP_Z);
+    const ComPtr<IMFMediaType> large = MakeType(640, 480, 30, CUSTOM_GUID_KELP_Z);
 };
 
 TEST_F(TarnFrameFormatTopologyNodeTest, AFrameWithoutARecordIsRefusedForTheLengthOfAFormerFormatOnly)
@@ -88,7 +83,7 @@ TEST_F(TarnFrameFormatTopologyNodeTest, AFrameWithoutARecordIsRefusedForTheLengt
 TEST_F(TarnFrameFormatTopologyNodeTest, ARecordTellsTheFormatAndRefusalsAreSaidAsAnError)
 {
     const auto node = NodeFor({CUSTOM_GUID_KELP_ZI}, 320, 240, large);
-    const tarn_test::TraceLines errors(mft_utils::TraceLevel::Error);
+    const TraceLines errors(mft_utils::TraceLevel::Error);
     const TARN_FRAME_METADATA ours = Record(CUSTOM_GUID_KELP_ZI, 320, 240);
     EXPECT_TRUE(Passes(node, 2 * kSmall, ours));
     EXPECT_TRUE(Passes(node, kLarge, ours)); // padded to the length of a former format

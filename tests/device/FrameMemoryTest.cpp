@@ -2,8 +2,6 @@
 // some beyond the transform. TARN_SOAK_FRAMES=n makes the runs as long.
 #include <windows.h>
 
-#include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <deque>
 #include <random>
@@ -12,12 +10,10 @@
 #include "tarn/sample_attributes.h"
 #include "tests/device/DepthServer.h"
 #include "tests/device/FlatScene.h"
+#include "tests/device/PatternedMemory.h"
 #include "tools/frameserver/SampleDetails.h"
 
-using tarn_test::DepthServer;
-using tarn_test::FlatScene;
-using tarn_test::kDepth;
-using tarn_test::kInfrared;
+using namespace tarn_test;
 
 namespace
 {
@@ -47,7 +43,7 @@ struct HeldFrame
 
     void Check(std::size_t pixels) const
     {
-        const auto bytes = tarn_test::PixelsOf(sample);
+        const auto bytes = BytesOf(sample);
         ASSERT_LE(pixels, bytes.size());
         EXPECT_TRUE(std::all_of(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(pixels),
                                 [this](BYTE byte) { return byte == value; }));
@@ -86,27 +82,31 @@ SIZE_T HeldBytes()
     return bytes;
 }
 
+void Start(DepthServer &server, const Scenario &scenario)
+{
+    EXPECT_HR(S_OK, server.SetConfidenceMap(scenario.map));
+    EXPECT_HR(S_OK, server.SetFaceLogin(scenario.faceLogin));
+    if (scenario.depth)
+    {
+        EXPECT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
+    }
+    if (scenario.infrared)
+    {
+        EXPECT_HR(S_OK, scenario.faceLogin ? server.Run(kInfrared, 360, 360, 60) : server.Run(kInfrared, 320, 240, 30));
+    }
+}
+
 class Consumer
 {
   public:
     Consumer(DepthServer &frameServer, const Scenario &played) : server(frameServer), scenario(played)
     {
-        EXPECT_HR(S_OK, server.SetConfidenceMap(scenario.map));
-        EXPECT_HR(S_OK, server.SetFaceLogin(scenario.faceLogin));
-        if (scenario.depth)
-        {
-            EXPECT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
-        }
-        if (scenario.infrared)
-        {
-            EXPECT_HR(S_OK,
-                      scenario.faceLogin ? server.Run(kInfrared, 360, 360, 60) : server.Run(kInfrared, 320, 240, 30));
-        }
+        Start(server, scenario);
     }
 
     void Frame()
     {
-        EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
+        server.Step(1);
         if (scenario.depth)
         {
             Receive(kDepth);
@@ -166,9 +166,8 @@ TEST(FrameMemoryTest, FramesStayRightAndMemoryFlatWhileAConsumerKeepsSome)
     {
         SCOPED_TRACE(scenario.name);
         const std::size_t objects = user_space_frameworks::Object::LiveCount();
-        auto configuration = DepthServer::SteppedTarnDepth();
-        configuration.frameSource = std::make_shared<FlatScene>();
-        const auto camera = user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(configuration);
+        const auto camera = user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(DepthServer::SteppedTarnDepth(
+            [](auto &configuration) { configuration.frameSource = std::make_shared<FlatScene>(); }));
         std::optional<DepthServer> server(camera);
         std::optional<Consumer> consumer(std::in_place, *server, scenario);
         SIZE_T most = 0; // in the first half
@@ -191,8 +190,58 @@ TEST(FrameMemoryTest, FramesStayRightAndMemoryFlatWhileAConsumerKeepsSome)
         consumer->CheckAll();
         consumer.reset();
         EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(std::chrono::seconds(5)));
-        EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
-        EXPECT_TRUE(tarn_test::WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
+        EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(camera) == 1; }));
+        EXPECT_TRUE(WaitUntil([&] { return user_space_frameworks::Object::LiveCount() == objects; }));
+    }
+}
+
+// One frame into the transform, and the pixels and maps of what comes out.
+void Play(DepthServer &server, const Scenario &scenario, std::vector<tarn_test::Bytes> &outputs)
+{
+    EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
+    for (const auto &[wanted, output] : {std::pair{scenario.depth, kDepth}, {scenario.infrared, kInfrared}})
+    {
+        if (wanted)
+        {
+            const auto sample = server.WaitForSamples(output, 1).at(0);
+            outputs.push_back(tarn_test::PixelsOf(sample));
+            outputs.push_back(tarn_test::BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP));
+        }
+    }
+}
+
+// A few frames, each made in memory that holds nothing but `value`.
+std::vector<tarn_test::Bytes> OutputsOver(BYTE value, const Scenario &scenario)
+{
+    const tarn_test::PatternedMemory memory(value);
+    DepthServer server;
+    Start(server, scenario);
+    std::vector<tarn_test::Bytes> outputs;
+    for (int i = 0; i < 4; ++i)
+    {
+        Play(server, scenario, outputs);
+        EXPECT_EQ(scenario.infrared, memory.FillFree() > 0); // depth alone passes the camera's samples on
+    }
+    if (value == 0)
+    {
+        Play(server, scenario, outputs);
+        EXPECT_EQ(scenario.infrared, tarn_test::PatternedMemory::CountWithout(0) > 0);
+        server.camera->Controls().privacy = true;
+        Play(server, scenario, outputs);
+        EXPECT_EQ(0U, tarn_test::PatternedMemory::CountWithout(0)); // no picture is kept
+        outputs.resize(outputs.size() * 4 / 6);
+    }
+    return outputs;
+}
+
+TEST(FrameMemoryTest, NothingOfWhatTheMemoryHeldIsSeen)
+{
+    for (const Scenario &scenario : kScenarios)
+    {
+        SCOPED_TRACE(scenario.name);
+        const auto fresh = OutputsOver(0, scenario);
+        EXPECT_EQ(fresh, OutputsOver(0xA5, scenario));
+        EXPECT_EQ(fresh, OutputsOver(0xFF, scenario));
     }
 }
 

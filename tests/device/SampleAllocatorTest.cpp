@@ -6,10 +6,7 @@
 #include "tests/device/DepthServer.h"
 #include "tests/device/SceneComparison.h"
 
-using tarn_test::DepthServer;
-using tarn_test::kDepth;
-using tarn_test::kInfrared;
-using tarn_test::ShowsScene;
+using namespace tarn_test;
 
 namespace
 {
@@ -27,22 +24,10 @@ class CaptureAllocator : public user_space_frameworks::ComObject<IMFVideoCapture
   public:
     explicit CaptureAllocator(bool refusesTypes = false) : refuses(refusesTypes) {}
 
-    HRESULT STDMETHODCALLTYPE SetDirectXManager(IUnknown *) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE UninitializeSampleAllocator() override
-    {
-        return platform->UninitializeSampleAllocator();
-    }
-    HRESULT STDMETHODCALLTYPE InitializeSampleAllocator(DWORD, IMFMediaType *) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE AllocateSample(IMFSample **sample) override
-    {
-        return platform->AllocateSample(sample);
-    }
+    HRESULT STDMETHODCALLTYPE SetDirectXManager(IUnknown *) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE UninitializeSampleAllocator() override { return platform->UninitializeSampleAllocator(); }
+    HRESULT STDMETHODCALLTYPE InitializeSampleAllocator(DWORD, IMFMediaType *) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE AllocateSample(IMFSample **sample) override { return platform->AllocateSample(sample); }
     HRESULT STDMETHODCALLTYPE InitializeCaptureSampleAllocator(DWORD, DWORD, DWORD, DWORD minimum, IMFAttributes *,
                                                                IMFMediaType *type) override
     {
@@ -62,20 +47,18 @@ bool IsAllocated(const ComPtr<IMFSample> &sample)
     return SUCCEEDED(buffer.As(&plane));
 }
 
-class AllocatingServer : public DepthServer
+struct AllocatingServer : DepthServer
 {
-  public:
-    HRESULT Offer(DWORD output, IUnknown *allocator)
+    ComPtr<IMFSampleAllocatorControl> Control()
     {
         ComPtr<IMFSampleAllocatorControl> control;
         EXPECT_HR(S_OK, transform.As(&control));
-        return control->SetDefaultAllocator(output, allocator);
+        return control;
     }
+    HRESULT Offer(DWORD output, IUnknown *allocator) { return Control()->SetDefaultAllocator(output, allocator); }
     HRESULT Usage(DWORD output, MFSampleAllocatorUsage &usage)
     {
-        ComPtr<IMFSampleAllocatorControl> control;
-        EXPECT_HR(S_OK, transform.As(&control));
-        return control->GetAllocatorUsage(output, nullptr, &usage);
+        return Control()->GetAllocatorUsage(output, nullptr, &usage);
     }
 };
 
@@ -92,20 +75,20 @@ TEST(SampleAllocatorTest, SamplesOfBothKindsAreFilledRowByRow)
         EXPECT_TRUE(ShowsScene(kInfrared, sample, 360, 360));
     }
     ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 60)); // both
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
+    server.Step(1);
     const auto depth = server.WaitForSamples(kDepth, 1).at(0);
     EXPECT_TRUE(IsAllocated(depth));
     EXPECT_TRUE(ShowsScene(kDepth, depth, 320, 240));
     EXPECT_TRUE(IsAllocated(server.WaitForSamples(kInfrared, 1).at(0)));
 
     ASSERT_HR(S_OK, server.Run(kInfrared, 640, 480, 60)); // another type
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
+    server.Step(1);
     const auto changed = server.WaitForSamples(kInfrared, 1).at(0);
     EXPECT_TRUE(IsAllocated(changed));
     EXPECT_TRUE(ShowsScene(kInfrared, changed, 640, 480));
     server.camera->Controls().privacy = true;
-    ASSERT_HR(S_OK, server.camera->Pins().Step(0, 1));
-    const auto blank = tarn_test::PixelsOf(server.WaitForSamples(kInfrared, 1).at(0));
+    server.Step(1);
+    const auto blank = BytesOf(server.WaitForSamples(kInfrared, 1).at(0));
     EXPECT_EQ(std::vector<BYTE>(std::size_t{640} * 480), blank);
 }
 
@@ -155,7 +138,7 @@ TEST(SampleAllocatorTest, StopShutdownAndAnotherAllocatorLetGoOfTheOldOne)
     EXPECT_REFS(third, 1);
     EXPECT_TRUE(ShowsScene(kInfrared, kept, 360, 360));
     kept.Reset();
-    EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(second) == 1; }));
+    EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(second) == 1; }));
 }
 
 TEST(SampleAllocatorTest, EachOutputTellsWhoseSamplesComeOut)
@@ -170,8 +153,8 @@ TEST(SampleAllocatorTest, EachOutputTellsWhoseSamplesComeOut)
 
     auto configuration = tarn_sim::CameraConfiguration::TarnColor();
     configuration.pins.front().streamId = 5;
-    tarn_test::TestFrameServer color(user_space_frameworks::MakeCom<mft_core::TarnColorDeviceMft>(),
-                                     user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(configuration));
+    TestFrameServer color(user_space_frameworks::MakeCom<mft_core::TarnColorDeviceMft>(),
+                          user_space_frameworks::MakeCom<tarn_sim::SimulatedCamera>(configuration));
     ComPtr<IMFSampleAllocatorControl> control;
     ASSERT_HR(S_OK, color.transform.As(&control));
     DWORD input = 0;

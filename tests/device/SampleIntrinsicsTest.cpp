@@ -1,20 +1,12 @@
 // The camera model on a sample is right for that sample's pixels, whatever was cut and scaled on the way.
-#include <cstring>
-#include <memory>
 #include <ostream>
-#include <vector>
 
 #include "platform/CameraAttributes.h"
 
 #include "tests/device/DepthServer.h"
 #include "tests/device/ProbeScene.h"
 
-using tarn_test::DepthServer;
-using tarn_test::kDepth;
-using tarn_test::kInfrared;
-using tarn_test::PixelsOf;
-using tarn_test::ProbeScene;
-using tarn_test::Ray;
+using namespace tarn_test;
 
 namespace
 {
@@ -51,16 +43,9 @@ struct Session
 class SampleIntrinsicsTest : public testing::TestWithParam<Session>
 {
   protected:
-    static tarn_sim::CameraConfiguration CameraThatSees(const std::shared_ptr<ProbeScene> &seen)
-    {
-        auto configuration = DepthServer::SteppedTarnDepth();
-        configuration.frameSource = seen;
-        return configuration;
-    }
-
     ComPtr<IMFSample> Frame(const Output &wanted)
     {
-        EXPECT_HR(S_OK, server.camera->Pins().Step(0, 1));
+        server.Step(1);
         ComPtr<IMFSample> frame;
         for (const Output &output : GetParam().outputs)
         {
@@ -83,7 +68,7 @@ class SampleIntrinsicsTest : public testing::TestWithParam<Session>
         MFPinholeCameraIntrinsics intrinsics{};
         const ComPtr<IMFSample> first = Frame(output);
         ASSERT_NE(nullptr, first.Get());
-        const auto blob = tarn_test::BlobOf(first, MFSampleExtension_PinholeCameraIntrinsics);
+        const auto blob = BlobOf(first, MFSampleExtension_PinholeCameraIntrinsics);
         ASSERT_EQ(sizeof(intrinsics), blob.size()) << "one model";
         std::memcpy(&intrinsics, blob.data(), sizeof(intrinsics));
         EXPECT_EQ(1u, intrinsics.IntrinsicModelCount);
@@ -99,7 +84,7 @@ class SampleIntrinsicsTest : public testing::TestWithParam<Session>
         for (const std::size_t axis : {0u, 1u})
         {
             scene->Show(rays, axis);
-            const std::vector<BYTE> pixels = PixelsOf(Frame(output));
+            const std::vector<BYTE> pixels = BytesOf(Frame(output));
             const double pixelsPerCount =
                 axis == 0 ? model.CameraModel.FocalLength.x / scene->lens.focalLengthX / ProbeScene::kGain
                           : model.CameraModel.FocalLength.y / scene->lens.focalLengthY / ProbeScene::kGain;
@@ -120,9 +105,8 @@ class SampleIntrinsicsTest : public testing::TestWithParam<Session>
         lens.radialK3 = model.DistortionModel.Radial_k3;
         lens.tangentialP1 = model.DistortionModel.Tangential_p1;
         lens.tangentialP2 = model.DistortionModel.Tangential_p2;
-        return tarn_test::Undistort(
-            lens, {(x - double{model.CameraModel.PrincipalPoint.x}) / model.CameraModel.FocalLength.x,
-                   (y - double{model.CameraModel.PrincipalPoint.y}) / model.CameraModel.FocalLength.y});
+        return Undistort(lens, {(x - double{model.CameraModel.PrincipalPoint.x}) / model.CameraModel.FocalLength.x,
+                                (y - double{model.CameraModel.PrincipalPoint.y}) / model.CameraModel.FocalLength.y});
     }
 
     static double ValueAt(const Output &output, const std::vector<BYTE> &pixels, std::size_t index)
@@ -137,7 +121,7 @@ class SampleIntrinsicsTest : public testing::TestWithParam<Session>
     }
 
     std::shared_ptr<ProbeScene> scene = std::make_shared<ProbeScene>();
-    DepthServer server{CameraThatSees(scene)};
+    DepthServer server{DepthServer::SteppedTarnDepth([this](auto &camera) { camera.frameSource = scene; })};
 };
 
 TEST_P(SampleIntrinsicsTest, EveryProbedPixelSeesThePointThatItsModelNames)

@@ -1,21 +1,15 @@
 // Nodes that write records on samples, and the one that blanks them.
-#include <cstring>
-#include <vector>
 
-#include "platform/CameraAttributes.h"
-#include "platform/CaptureMetadata.h"
-
-#include "core/OutputStream.h"
-#include "device/nodes/TarnCalibrationTopologyNode.h"
 #include "device/nodes/TarnConfidenceMapTopologyNode.h"
 #include "device/nodes/TarnDepthMetadataTopologyNode.h"
 #include "device/nodes/TarnDepthPrivacyTopologyNode.h"
 #include "device/nodes/UvcMetaDataWrapper.h"
-#include "tarn/frame_metadata.h"
 #include "tarn/sample_attributes.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/core/TestParts.h"
 #include "tests/device/DepthCamera.h"
+#include "tests/ks/FakeFilter.h"
+#include "tests/support/Metadata.h"
 
 using namespace mft_core;
 using namespace tarn_test;
@@ -24,31 +18,15 @@ using std::make_shared;
 namespace
 {
 
-// The driver's record with these flags, as bytes.
+// The driver's record with these flags.
 Bytes Record(std::uint8_t flags)
 {
-    TARN_FRAME_METADATA record{};
-    record.magic = TARN_FRAME_METADATA_MAGIC;
-    record.version = TARN_FRAME_METADATA_VERSION;
-    record.size = sizeof(record);
-    record.flags = flags;
-    record.frameCounter = 77;
-    Bytes bytes(sizeof(record));
-    std::memcpy(bytes.data(), &record, sizeof(record));
-    return bytes;
+    return RawBytes(FrameRecord(flags));
 }
 
-void Attach(IMFSample *sample, const Bytes &payload)
+void Attach(IMFSample *sample, const Bytes &record)
 {
-    const KSCAMERA_METADATA_ITEMHEADER header{TARN_FRAME_METADATA_ITEM_ID,
-                                              static_cast<ULONG>(sizeof(header) + payload.size())};
-    Bytes item(sizeof(header));
-    std::memcpy(item.data(), &header, sizeof(header));
-    item.insert(item.end(), payload.begin(), payload.end());
-    ComPtr<IMFAttributes> store;
-    EXPECT_HR(S_OK, MFCreateAttributes(&store, 1));
-    EXPECT_HR(S_OK, store->SetUnknown(MF_CAPTURE_METADATA_FRAME_RAWSTREAM, MakeBuffer(item).Get()));
-    EXPECT_HR(S_OK, sample->SetUnknown(MFSampleExtension_CaptureMetadata, store.Get()));
+    AttachItems(sample, MakeBuffer(Item(TARN_FRAME_METADATA_ITEM_ID, record)));
 }
 
 // All that the buffer can hold, beyond its current length too.
@@ -62,28 +40,6 @@ Bytes Contents(const ComPtr<IMFSample> &sample, DWORD index = 0)
     Bytes bytes(data, data + capacity);
     EXPECT_HR(S_OK, buffer->Unlock());
     return bytes;
-}
-
-TEST(TarnCalibrationTopologyNodeTest, SamplesCarryTheirOwnIntrinsicsAndTheStreamsExtrinsics)
-{
-    TestEventGenerator generator;
-    OutputStreamConfiguration configuration;
-    configuration.mtList->push_back(MakeType(64, 48, 30));
-    const auto end = make_shared<RecordingNode>();
-    const auto plain = MakeSample(0);
-    TarnCalibrationTopologyNode(end, OutputStream(0, &generator, configuration), {}).Process(plain.Get());
-    EXPECT_TRUE(BlobOf(plain, MFSampleExtension_PinholeCameraIntrinsics).empty());
-    EXPECT_TRUE(BlobOf(plain, MFSampleExtension_CameraExtrinsics).empty());
-
-    const std::shared_ptr<UINT8[]> three(new UINT8[3]{1, 2, 3});
-    const std::shared_ptr<UINT8[]> two(new UINT8[2]{4, 5});
-    configuration.intrinsics = {two, 2}; // of the whole stream: not for samples
-    configuration.extrinsics = {two, 2};
-    const auto calibrated = MakeSample(0);
-    TarnCalibrationTopologyNode(end, OutputStream(0, &generator, configuration), {three, 3}).Process(calibrated.Get());
-    EXPECT_EQ((Bytes{1, 2, 3}), BlobOf(calibrated, MFSampleExtension_PinholeCameraIntrinsics));
-    EXPECT_EQ((Bytes{4, 5}), BlobOf(calibrated, MFSampleExtension_CameraExtrinsics));
-    EXPECT_EQ(2u, end->Times().size());
 }
 
 TEST(TarnDepthMetadataTopologyNodeTest, ARecordThatHoldsBecomesABlobAndOthersDoNot)
@@ -233,36 +189,20 @@ TEST(FramePrivacyTest, TheCameraIsAskedWhenItAnnouncesThePrivacyControl)
     }
 }
 
-// A camera whose frames tell while it is being asked.
-class BusyCamera final : public user_space_frameworks::ComObject<IKsControl>
-{
-  public:
-    BusyCamera(IKsControl *busyControl, FramePrivacy &framePrivacy) : control(busyControl), privacy(framePrivacy) {}
-    HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY property, ULONG length, void *data, ULONG dataLength,
-                                         ULONG *returned) noexcept override
-    {
-        const HRESULT result = control->KsProperty(property, length, data, dataLength, returned);
-        if (property->Flags == KSPROPERTY_TYPE_GET)
-        {
-            privacy.Tell(true);
-        }
-        return result;
-    }
-    // clang-format off
-    HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, void *, ULONG, ULONG *) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, void *, ULONG, ULONG *) noexcept override { return E_NOTIMPL; }
-    // clang-format on
-
-  private:
-    const ComPtr<IKsControl> control;
-    FramePrivacy &privacy;
-};
-
 TEST(FramePrivacyTest, AnAnswerDoesNotOpenWhatAFrameHasClosedMeanwhile)
 {
     const DepthCamera device;
     FramePrivacy privacy("Test");
-    const auto busy = user_space_frameworks::MakeCom<BusyCamera>(device.camera.Get(), privacy);
+    const auto busy = user_space_frameworks::MakeCom<FakeFilter>(); // its frames tell while it is being asked
+    busy->answer = [&](FilterCall call) {
+        const HRESULT result = device.camera->KsProperty(&call.request.Property, call.requestLength, call.data,
+                                                         call.dataLength, call.bytesReturned);
+        if (call.request.Property.Flags == KSPROPERTY_TYPE_GET)
+        {
+            privacy.Tell(true);
+        }
+        return result;
+    };
     privacy.AskCamera(busy.Get());
     EXPECT_EQ(FramePrivacy::State::On, privacy.Now());
 }

@@ -1,9 +1,7 @@
 // What the transform must make of the generated scene.
 #pragma once
 
-#include <array>
 #include <cmath>
-#include <cstring>
 
 #include "sim/GeneratedScene.h"
 #include "tests/device/DepthFrameServer.h"
@@ -62,7 +60,7 @@ inline bool ShowsScene(DWORD output, const ComPtr<IMFSample> &sample, UINT32 wid
     return isEqual;
 }
 
-// Whether the sample carries the scene's confidence in 16 levels.
+// Whether the sample carries the scene's confidence in 16 levels, in front of the rest of its plane.
 inline bool HasConfidenceOfScene(const ComPtr<IMFSample> &sample)
 {
     const tarn_sim::FrameRequest request = RequestOf(sample);
@@ -71,7 +69,7 @@ inline bool HasConfidenceOfScene(const ComPtr<IMFSample> &sample)
     std::transform(expected.begin(), expected.end(), expected.begin(),
                    [](BYTE raw) { return static_cast<BYTE>(std::clamp(raw - 15, 0, 127) / 8); });
     const Bytes map = tarn_host::SampleDetails::Of(*sample.Get()).confidence;
-    return map.size() >= expected.size() && std::equal(expected.begin(), expected.end(), map.begin());
+    return map.size() == 2 * expected.size() && std::equal(expected.begin(), expected.end(), map.begin());
 }
 
 } // namespace tarn_test

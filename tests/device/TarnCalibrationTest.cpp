@@ -1,75 +1,30 @@
+// What the transform makes of the camera's table beyond the model of each frame.
 #include "device/calibration/TarnCalibration.h"
 
 #include "platform/CameraAttributes.h"
 
-#include <cstring>
-
 #include "tarn/calibration_table.h"
 #include "tests/device/DepthCamera.h"
 
-using mft_core::CameraBlob;
-using mft_core::CameraPose;
-using mft_core::TarnCalibration;
-using tarn_sim::CameraConfiguration;
-using tarn_sim::MakeVideoType;
-using tarn_test::DepthCamera;
-using tarn_test::TraceLines;
+using namespace mft_core;
+using namespace tarn_sim;
+using namespace tarn_test;
 
 namespace
 {
 
-TarnCalibration Calibration(const DepthCamera &device)
+std::unique_ptr<TarnCalibration> Calibration(const DepthCamera &device)
 {
-    return {device.unit.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL, TARN_CALIBRATION_CONTROL, "Test"};
-}
-
-const mft_core::MediaTypeList &Types()
-{
-    static const mft_core::MediaTypeList types{MakeVideoType(MFVideoFormat_D16, 640, 480, 30),
-                                               MakeVideoType(MFVideoFormat_D16, 1280, 720, 30),
-                                               MakeVideoType(MFVideoFormat_D16, 640, 480, 60)};
-    return types;
-}
-
-TEST(TarnCalibrationTest, IntrinsicsHoldOneModelPerFrameSize)
-{
-    const DepthCamera device;
-    TarnCalibration calibration = Calibration(device);
-    ASSERT_HR(S_OK, calibration.Init());
-
-    const CameraBlob blob = calibration.CreateIntrinsics(Types());
-
-    ASSERT_EQ(4u + 2 * sizeof(MFPinholeCameraIntrinsic_IntrinsicModel), blob.sizeBytes);
-    UINT32 count = 0;
-    MFPinholeCameraIntrinsic_IntrinsicModel models[2];
-    std::memcpy(&count, blob.data.get(), sizeof(count));
-    std::memcpy(models, blob.data.get() + sizeof(count), sizeof(models));
-    EXPECT_EQ(2u, count);
-    EXPECT_EQ(640u, models[0].Width);
-    EXPECT_EQ(480u, models[0].Height);
-    EXPECT_FLOAT_EQ(474.5F, models[0].CameraModel.FocalLength.x);
-    EXPECT_FLOAT_EQ(238.5F, models[0].CameraModel.PrincipalPoint.y);
-    EXPECT_EQ(1280u, models[1].Width);
-    EXPECT_EQ(720u, models[1].Height);
-    EXPECT_FLOAT_EQ(949.0F, models[1].CameraModel.FocalLength.x);
-    EXPECT_FLOAT_EQ(357.5F, models[1].CameraModel.PrincipalPoint.y);
-    EXPECT_FLOAT_EQ(-0.125F, models[1].DistortionModel.Radial_k1);
-    EXPECT_FLOAT_EQ(-0.00025F, models[1].DistortionModel.Tangential_p2);
-
-    ComPtr<IMFMediaType> sizeless; // gives no model
-    ASSERT_HR(S_OK, MFCreateMediaType(&sizeless));
-    EXPECT_EQ(nullptr, calibration.CreateIntrinsics({sizeless, nullptr}).data);
-    EXPECT_EQ(nullptr, calibration.CreateIntrinsics({}).data);
+    auto calibration = std::make_unique<TarnCalibration>(device.unit.Get(), KSPROPERTYSETID_TARN_DEPTH_CONTROL,
+                                                         TARN_CALIBRATION_CONTROL, "Test");
+    EXPECT_HR(S_OK, calibration->Init());
+    return calibration;
 }
 
 TEST(TarnCalibrationTest, ExtrinsicsTurnByOneDegreeAboutYAndAreInMetres)
 {
     const DepthCamera device;
-    TarnCalibration calibration = Calibration(device);
-    ASSERT_HR(S_OK, calibration.Init());
-
-    const CameraBlob blob = calibration.CreateExtrinsics(CameraPose::Depth);
-
+    const CameraBlob blob = Calibration(device)->CreateExtrinsics(CameraPose::Depth);
     ASSERT_EQ(sizeof(MFCameraExtrinsics), blob.sizeBytes);
     MFCameraExtrinsics extrinsics;
     std::memcpy(&extrinsics, blob.data.get(), sizeof(extrinsics));
@@ -85,28 +40,30 @@ TEST(TarnCalibrationTest, ExtrinsicsTurnByOneDegreeAboutYAndAreInMetres)
     EXPECT_NEAR(0.9999619231, transform.Orientation.w, 1e-6);
 }
 
-TEST(TarnCalibrationTest, ACameraWithoutAUsableTableWorksWithoutRecords)
+TEST(TarnCalibrationTest, WithoutAUsableTableOrSizeThereAreNoRecords)
 {
-    auto missing = CameraConfiguration::TarnDepth();
-    missing.calibrationTable.clear();
-    auto tooShort = CameraConfiguration::TarnDepth();
-    tooShort.calibrationTable.resize(100);
-    auto tooLong = CameraConfiguration::TarnDepth();
-    tooLong.calibrationTable.resize(2000); // longer than a control's answer can be
-    auto spoilt = CameraConfiguration::TarnDepth();
-    spoilt.calibrationTable[20] ^= 1;
-    for (const auto &configuration : {missing, tooShort, tooLong, spoilt})
+    const MediaTypeList types{MakeVideoType(MFVideoFormat_D16, 640, 480, 30)};
+    const auto table = CameraConfiguration::TarnDepth().calibrationTable;
+    auto spoilt = table;
+    spoilt[20] ^= 1;
+    auto tooLong = table;
+    tooLong.resize(2000); // longer than a control's answer can be
+    for (const auto &bytes : {std::vector<std::uint8_t>{}, {table.begin(), table.begin() + 100}, tooLong, spoilt})
     {
+        auto configuration = CameraConfiguration::TarnDepth();
+        configuration.calibrationTable = bytes;
         const TraceLines trace;
         const DepthCamera device(configuration);
-        TarnCalibration calibration = Calibration(device);
-
-        EXPECT_HR(S_OK, calibration.Init());
-
-        EXPECT_EQ(nullptr, calibration.CreateIntrinsics(Types()).data);
-        EXPECT_EQ(nullptr, calibration.CreateExtrinsics(CameraPose::Origin).data);
+        const auto calibration = Calibration(device);
+        EXPECT_EQ(nullptr, calibration->CreateIntrinsics(types).data);
+        EXPECT_EQ(nullptr, calibration->CreateExtrinsics(CameraPose::Origin).data);
         EXPECT_TRUE(trace.Contains("no table"));
     }
+    ComPtr<IMFMediaType> sizeless;
+    ASSERT_HR(S_OK, MFCreateMediaType(&sizeless));
+    const DepthCamera device;
+    EXPECT_EQ(nullptr, Calibration(device)->CreateIntrinsics({sizeless, nullptr}).data);
+    EXPECT_EQ(nullptr, Calibration(device)->CreateIntrinsics({}).data);
 }
 
 } // namespace

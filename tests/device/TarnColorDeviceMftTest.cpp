@@ -10,8 +10,7 @@
 #include "tests/trace/TraceLines.h"
 #include "tools/frameserver/SampleDetails.h"
 
-using tarn_test::Bytes;
-using tarn_test::PixelsOf;
+using namespace tarn_test;
 using user_space_frameworks::MakeCom;
 
 namespace
@@ -30,7 +29,7 @@ class TarnColorDeviceMftTest : public testing::Test
         }
         return configuration;
     }
-    struct Server : tarn_test::TestFrameServer
+    struct Server : TestFrameServer
     {
         explicit Server(bool hasExtensionUnit = true)
             : TestFrameServer(MakeCom<mft_core::TarnColorDeviceMft>(),
@@ -48,13 +47,13 @@ TEST_F(TarnColorDeviceMftTest, FramesAndFormatsAreUntouchedAndCarryTheirRecords)
     ComPtr<IMFAttributes> attributes;
     ASSERT_HR(S_OK, server.transform->GetOutputStreamAttributes(0, &attributes));
     EXPECT_EQ(4u + 3 * sizeof(MFPinholeCameraIntrinsic_IntrinsicModel), // 640, 1280 and 1920 wide
-              tarn_test::BlobOf(attributes, MFStreamExtension_PinholeCameraIntrinsics).size());
+              BlobOf(attributes, MFStreamExtension_PinholeCameraIntrinsics).size());
 
     ASSERT_HR(S_OK, server.Start(0, 2)); // 1280 x 720
     const auto sample = server.StepAndCollect(0, 2).at(1);
     Bytes picture(std::size_t{1280} * 720 * 2);
     tarn_sim::GeneratedScene().Render({1, 1280, 720, true}, tarn_sim::Plane::Yuy2, picture.data());
-    EXPECT_TRUE(picture == PixelsOf(sample));
+    EXPECT_TRUE(picture == BytesOf(sample));
     const auto details = tarn_host::SampleDetails::Of(*sample.Get());
     EXPECT_EQ(1u, details.record.value_or(TARN_FRAME_METADATA{}).frameCounter);
     ASSERT_EQ(1u, details.intrinsics.size());
@@ -71,12 +70,12 @@ TEST_F(TarnColorDeviceMftTest, APrivateFrameIsBlackByItsFormatAndACompressedOneI
     const auto privacy = std::make_shared<mft_core::FramePrivacy>("Test");
     privacy->Tell(true);
     const auto blankedIn = [&](const GUID &subtype, std::size_t bytesInFirst, std::size_t bytesInSecond) {
-        const auto end = std::make_shared<tarn_test::RecordingNode>();
-        const auto type = tarn_test::MakeType(5, 2, 30, subtype); // odd: no chroma pair ends a row of luma
-        const auto sample = tarn_test::MakeSample(0, Bytes(bytesInFirst));
-        EXPECT_HR(S_OK, sample->AddBuffer(tarn_test::MakeBuffer(Bytes(bytesInSecond)).Get()));
+        const auto end = std::make_shared<RecordingNode>();
+        const auto type = MakeType(5, 2, 30, subtype); // odd: no chroma pair ends a row of luma
+        const auto sample = MakeSample(0, Bytes(bytesInFirst));
+        EXPECT_HR(S_OK, sample->AddBuffer(MakeBuffer(Bytes(bytesInSecond)).Get()));
         mft_core::TarnColorPrivacyTopologyNode(end, privacy, type.Get()).Process(sample.Get());
-        return end->Times().empty() ? Bytes{} : PixelsOf(sample);
+        return end->Times().empty() ? Bytes{} : BytesOf(sample);
     };
     EXPECT_EQ((Bytes{16, 128, 16, 128, 16, 128}), blankedIn(MFVideoFormat_YUY2, 4, 2));
     Bytes planes(10, 16);
@@ -94,7 +93,7 @@ TEST_F(TarnColorDeviceMftTest, NothingIsSeenWhilePrivacyIsOn)
     plan.metadata = tarn_sim::MetadataFault::Absent; // the camera itself is asked at the start
     server.camera->Faults().SetPlan(plan);
     ASSERT_HR(S_OK, server.Start(0));
-    const Bytes pixels = PixelsOf(server.StepAndCollect(0, 1).at(0));
+    const Bytes pixels = BytesOf(server.StepAndCollect(0, 1).at(0));
     for (std::size_t i = 0; i < pixels.size(); ++i)
     {
         ASSERT_EQ(i % 2 == 0 ? 16 : 128, pixels[i]) << i;
@@ -103,7 +102,7 @@ TEST_F(TarnColorDeviceMftTest, NothingIsSeenWhilePrivacyIsOn)
 
 TEST_F(TarnColorDeviceMftTest, ItsExtensionUnitTakesPropertiesTellsErrorsAndMayBeMissing)
 {
-    const tarn_test::TraceLines trace;
+    const TraceLines trace;
     Server server;
     BYTE value = 42;
     // No node is named by the application: the transform adds it.
@@ -113,7 +112,7 @@ TEST_F(TarnColorDeviceMftTest, ItsExtensionUnitTakesPropertiesTellsErrorsAndMayB
     ASSERT_HR(S_OK, server.Start(0));
     server.camera->Controls().SetErrorCode(TARN_FIRMWARE_ERROR_USB_BANDWIDTH);
     EXPECT_EQ(1u, server.camera->Ks().SignalAutoUpdate());
-    EXPECT_TRUE(tarn_test::WaitUntil([&] { return trace.Contains("firmware error: USB bandwidth (7)"); }));
+    EXPECT_TRUE(WaitUntil([&] { return trace.Contains("firmware error: USB bandwidth (7)"); }));
 
     Server without(false);
     ASSERT_HR(S_OK, without.Start(0));

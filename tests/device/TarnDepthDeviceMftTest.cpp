@@ -1,20 +1,14 @@
 // What the depth transform offers before anything streams.
 #include "device/TarnDepthDeviceMft.h"
 
-#include <cstring>
-#include <functional>
-#include <thread>
-
 #include "device/DepthPresetTable.h"
 #include "tarn/firmware_errors.h"
 #include "tarn/tarn_formats.h"
 #include "tests/device/DepthServer.h"
 #include "tests/trace/TraceLines.h"
 
-using tarn_sim::SimulatedCamera;
-using tarn_test::DepthServer;
-using tarn_test::kDepth;
-using tarn_test::kInfrared;
+using namespace tarn_sim;
+using namespace tarn_test;
 using user_space_frameworks::MakeCom;
 
 namespace
@@ -25,7 +19,7 @@ std::string ModelsOf(const DepthServer &server, DWORD output)
 {
     ComPtr<IMFAttributes> attributes;
     EXPECT_HR(S_OK, server.transform->GetOutputStreamAttributes(output, &attributes));
-    const tarn_test::Bytes blob = tarn_test::BlobOf(attributes, MFStreamExtension_PinholeCameraIntrinsics);
+    const Bytes blob = BlobOf(attributes, MFStreamExtension_PinholeCameraIntrinsics);
     std::string sizes;
     for (std::size_t at = 4; at < blob.size(); at += sizeof(MFPinholeCameraIntrinsic_IntrinsicModel))
     {
@@ -63,7 +57,7 @@ TEST(TarnDepthDeviceMftTest, DepthComesFirstInEighthsOfAMillimetreAndInfraredWit
     EXPECT_EQ("640x480 1280x720 320x240 ", ModelsOf(server, kDepth));
     ComPtr<IMFAttributes> attributes;
     EXPECT_HR(S_OK, server.transform->GetOutputStreamAttributes(kDepth, &attributes));
-    EXPECT_EQ(sizeof(MFCameraExtrinsics), tarn_test::BlobOf(attributes, MFStreamExtension_CameraExtrinsics).size());
+    EXPECT_EQ(sizeof(MFCameraExtrinsics), BlobOf(attributes, MFStreamExtension_CameraExtrinsics).size());
 
     EXPECT_EQ(6u, TypeCount(server, kInfrared));
     const ComPtr<IMFMediaType> faceLogin = server.OutputType(kInfrared);
@@ -90,36 +84,37 @@ TEST(TarnDepthDeviceMftTest, ACameraWithoutFaceLoginFormatOffersNeitherTypeNorMo
 
 TEST(TarnDepthDeviceMftTest, ACameraWithoutCalibrationWorksWithoutRecords)
 {
-    auto configuration = DepthServer::SteppedTarnDepth();
-    configuration.calibrationTable.clear();
-    DepthServer server(configuration);
+    DepthServer server(
+        DepthServer::SteppedTarnDepth([](auto &configuration) { configuration.calibrationTable.clear(); }));
     EXPECT_EQ("", ModelsOf(server, kDepth));
     ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
-    EXPECT_EQ(1u, server.StepAndCollect(kDepth, 1).size());
+    const auto sample = server.StepAndCollect(kDepth, 1).at(0);
+    EXPECT_TRUE(BlobOf(sample, MFSampleExtension_PinholeCameraIntrinsics).empty());
+    EXPECT_TRUE(BlobOf(sample, MFSampleExtension_CameraExtrinsics).empty());
 }
 
 TEST(TarnDepthDeviceMftTest, AFilterWithTwoPinsIsRefused)
 {
-    auto configuration = DepthServer::SteppedTarnDepth();
-    configuration.pins.push_back(configuration.pins.front());
-    configuration.pins.back().streamId = 1;
-    const DepthServer server(configuration);
+    const DepthServer server(DepthServer::SteppedTarnDepth([](auto &configuration) {
+        configuration.pins.push_back(configuration.pins.front());
+        configuration.pins.back().streamId = 1;
+    }));
     EXPECT_HR(E_FAIL, server.initialized);
 }
 
 TEST(TarnDepthDeviceMftTest, AFirmwareErrorIsTracedWhenTheCameraSignalsIt)
 {
-    const tarn_test::TraceLines trace;
+    const TraceLines trace;
     DepthServer server;
     ASSERT_HR(S_OK, server.Run(kDepth, 640, 480, 30));
     server.camera->Controls().SetErrorCode(TARN_FIRMWARE_ERROR_LASER_CURRENT);
     EXPECT_EQ(1u, server.camera->Ks().SignalAutoUpdate());
-    EXPECT_TRUE(tarn_test::WaitUntil([&] { return trace.Contains("firmware error: laser current (2)"); }));
+    EXPECT_TRUE(WaitUntil([&] { return trace.Contains("firmware error: laser current (2)"); }));
 }
 
 TEST(TarnDepthDeviceMftTest, AHealthySessionTracesNoError)
 {
-    const tarn_test::TraceLines errors(mft_utils::TraceLevel::Error);
+    const TraceLines errors(mft_utils::TraceLevel::Error);
     {
         DepthServer server;
         EXPECT_EQ(nullptr, server.FindType(kInfrared, {1, 1, 1})); // looked at every type
@@ -146,13 +141,13 @@ TEST(TarnDepthDeviceMftTest, ShutdownComesWhileTheCameraStillAnswersAnApplicatio
     {
         KSPROPERTY_TARN_HW_COMMAND command;
         UINT32 answer[2];
-    } echo{{tarn_sim::kOpcodeEcho, 8, 11, 22, 33, 44}, {}};
+    } echo{{kOpcodeEcho, 8, 11, 22, 33, 44}, {}};
     BYTE laser = 7;
     UINT32 preset = TARN_DEPTH_PRESET_CLOSE_UP; // takes many calls of the camera
     const std::function<HRESULT(DepthServer &)> calls[] = {
         [&](DepthServer &server) {
-            return server.SendProperty(KSPROPERTYSETID_TARN_DEPTH_CONTROL, tarn_sim::kControlLaserPower,
-                                       KSPROPERTY_TYPE_SET, &laser, sizeof(laser));
+            return server.SendProperty(KSPROPERTYSETID_TARN_DEPTH_CONTROL, kControlLaserPower, KSPROPERTY_TYPE_SET,
+                                       &laser, sizeof(laser));
         },
         [&](DepthServer &server) {
             return server.SendProperty(KSPROPERTYSETID_TARN_DMFT_CONTROL, KSPROPERTY_TARN_DMFT_CONTROL_HW_COMMAND,
@@ -164,18 +159,18 @@ TEST(TarnDepthDeviceMftTest, ShutdownComesWhileTheCameraStillAnswersAnApplicatio
         SCOPED_TRACE(testing::Message() << "call " << &call - calls);
         DepthServer server;
         ASSERT_HR(S_OK, server.Run(kDepth, 320, 240, 30));
-        tarn_sim::FaultPlan plan;
+        FaultPlan plan;
         plan.ksDelay = std::chrono::milliseconds(200);
         plan.ksDelayedCall = 1;
         server.camera->Faults().SetPlan(plan);
-        const auto arrived = [&] { return server.camera->Calls(tarn_sim::Method::KsProperty); };
+        const auto arrived = [&] { return server.camera->Calls(Method::KsProperty); };
         const std::uint64_t before = arrived();
         std::thread application([&] { EXPECT_HR(S_OK, call(server)); });
-        EXPECT_TRUE(tarn_test::WaitUntil([&] { return arrived() > before; }));
+        EXPECT_TRUE(WaitUntil([&] { return arrived() > before; }));
         EXPECT_HR(S_OK, server.ShutDown());
         application.join();
         EXPECT_EQ(0u, server.camera->Ks().EventListenerCount());
-        EXPECT_EQ(&call != &calls[0], server.camera->Controls().ValueOf(tarn_sim::kControlLaserPower) != laser);
+        EXPECT_EQ(&call != &calls[0], server.camera->Controls().ValueOf(kControlLaserPower) != laser);
     }
     EXPECT_EQ(22u, echo.answer[1]);
 }
@@ -190,13 +185,13 @@ TEST(TarnDepthDeviceMftTest, ATransformReleasedWithoutShutdownLeavesNothing)
             ASSERT_HR(S_OK, server.SetFaceLogin(true));
             ASSERT_HR(S_OK, server.Start(output));
             EXPECT_EQ(1u, camera->Ks().EventListenerCount());
-            EXPECT_EQ(output == kDepth, LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT) ==
-                                            camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
+            EXPECT_EQ(output == kDepth,
+                      LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT) == camera->Controls().ValueOf(kControlLaserPower));
             server.isShutDown = true; // as far as the server cares
         }
-        EXPECT_TRUE(tarn_test::WaitUntil([&] { return tarn_test::ReferenceCount(camera) == 1; }));
+        EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(camera) == 1; }));
         EXPECT_EQ(0u, camera->Ks().EventListenerCount());
-        EXPECT_EQ(LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT), camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
+        EXPECT_EQ(LaserPowerOf(TARN_DEPTH_PRESET_DEFAULT), camera->Controls().ValueOf(kControlLaserPower));
     }
 }
 

@@ -1,15 +1,9 @@
 #include "device/TarnDepthPresets.h"
 
-#include <thread>
-#include <vector>
-
-#include "device/properties/TarnDepthPresetsKsPropertyHandler.h"
 #include "tests/device/DepthCamera.h"
 
-using mft_core::DepthPreset;
-using mft_core::TarnDepthPresets;
-using tarn_test::DepthCamera;
-using tarn_test::TraceLines;
+using namespace mft_core;
+using namespace tarn_test;
 using Types = TarnDepthPresets::PresetTypes;
 
 namespace
@@ -19,12 +13,11 @@ namespace
 struct CameraState
 {
     explicit CameraState(const DepthCamera &device)
-        : autoRange(device.camera->Ks().FirmwareNow().autoRange),
-          parameters{device.camera->Ks().FirmwareNow().autoRangeParam1,
-                     device.camera->Ks().FirmwareNow().autoRangeParam2},
-          hdrOn(device.camera->Ks().FirmwareNow().hdrOn),
-          hdrConfiguration(hdrOn ? device.camera->Ks().FirmwareNow().hdrConfiguration : std::vector<std::uint8_t>{})
     {
+        const auto firmware = device.camera->Ks().FirmwareNow();
+        autoRange = firmware.autoRange;
+        parameters = {firmware.autoRangeParam1, firmware.autoRangeParam2};
+        hdrConfiguration = firmware.hdrOn ? firmware.hdrConfiguration : std::vector<std::uint8_t>{};
         for (const ULONG id :
              {tarn_sim::kControlLaserPower, tarn_sim::kControlAccuracy, tarn_sim::kControlMotionVersusRange,
               tarn_sim::kControlFilterOption, tarn_sim::kControlConfidenceThreshold})
@@ -36,9 +29,8 @@ struct CameraState
 
     std::vector<int> controls;
     std::vector<std::uint8_t> autoRange;
-    std::uint32_t parameters[2];
-    bool hdrOn;
-    std::vector<std::uint8_t> hdrConfiguration;
+    std::vector<std::uint32_t> parameters;
+    std::vector<std::uint8_t> hdrConfiguration; // empty: off
 };
 
 class TarnDepthPresetsTest : public testing::Test
@@ -51,7 +43,7 @@ class TarnDepthPresetsTest : public testing::Test
 TEST_F(TarnDepthPresetsTest, EveryPresetIsTakenWholeByTheCamera)
 {
     ASSERT_HR(S_OK, presets->Init());
-    for (const DepthPreset &preset : mft_core::DepthPresetTable())
+    for (const DepthPreset &preset : DepthPresetTable())
     {
         ASSERT_HR(S_OK, presets->ApplyPreset(static_cast<Types>(preset.type))) << preset.name;
 
@@ -61,7 +53,7 @@ TEST_F(TarnDepthPresetsTest, EveryPresetIsTakenWholeByTheCamera)
                                     preset.confidenceThreshold}),
                   state.controls);
         EXPECT_EQ(preset.autoRange.noBlock ? 0u : 12u, state.autoRange.size());
-        EXPECT_EQ(preset.hdr.on, state.hdrOn);
+        EXPECT_NE(preset.hdr.on, state.hdrConfiguration.empty());
     }
     EXPECT_EQ(0u, device.camera->Ks().FirmwareNow().refused);
 }
@@ -140,7 +132,7 @@ TEST_F(TarnDepthPresetsTest, FaceLoginEndsWithWhatApplicationsWantAlsoAfterRefus
 {
     const auto inForce = [this](Types type) {
         return device.camera->Controls().ValueOf(tarn_sim::kControlLaserPower) ==
-                   mft_core::FindDepthPreset(static_cast<std::uint32_t>(type))->laserPower &&
+                   FindDepthPreset(static_cast<std::uint32_t>(type))->laserPower &&
                presets->GetCurrentPreset() == type;
     };
     ASSERT_HR(S_OK, presets->ApplyPreset(Types::LOW_POWER));
@@ -165,7 +157,7 @@ TEST_F(TarnDepthPresetsTest, FaceLoginEndsWithWhatApplicationsWantAlsoAfterRefus
     device.FailKsCall(3, true);
     EXPECT_HR(E_ABORT, presets->BeginFaceLogin());
     EXPECT_HR(E_ABORT, presets->RestoreWantedPreset());
-    EXPECT_NE(mft_core::FindDepthPreset(TARN_DEPTH_PRESET_CLOSE_UP)->laserPower,
+    EXPECT_NE(FindDepthPreset(TARN_DEPTH_PRESET_CLOSE_UP)->laserPower,
               device.camera->Controls().ValueOf(tarn_sim::kControlLaserPower));
     device.camera->Faults().SetPlan({});
     EXPECT_HR(S_OK, presets->RestoreWantedPreset());
@@ -191,38 +183,6 @@ TEST_F(TarnDepthPresetsTest, PresetsFromTwoThreadsDoNotMix)
     const CameraState afterwards(device);
     ASSERT_HR(S_OK, presets->ApplyPreset(presets->GetCurrentPreset()));
     EXPECT_EQ(afterwards, CameraState(device));
-}
-
-TEST_F(TarnDepthPresetsTest, ThePropertyGetsSetsAndChecks)
-{
-    ASSERT_HR(S_OK, presets->Init());
-    mft_core::TarnDepthPresetsKsPropertyHandler handler(presets);
-    KSPROPERTY get{};
-    get.Set = KSPROPERTYSETID_TARN_DMFT_CONTROL;
-    get.Id = KSPROPERTY_TARN_DMFT_CONTROL_DEPTH_PRESETS;
-    get.Flags = KSPROPERTY_TYPE_GET;
-    KSPROPERTY set = get;
-    set.Flags = KSPROPERTY_TYPE_SET;
-    KSPROPERTY neither = get;
-    neither.Flags = KSPROPERTY_TYPE_BASICSUPPORT;
-    std::uint32_t preset = TARN_DEPTH_PRESET_FACE_LOGIN;
-    ULONG returned = 0;
-    EXPECT_TRUE(handler.Handles(get));
-
-    EXPECT_HR(S_OK, handler.Run(&set, sizeof(set), &preset, sizeof(preset), &returned));
-    EXPECT_EQ(4u, returned);
-    EXPECT_EQ(Types::FACE_LOGIN, presets->GetCurrentPreset());
-    preset = 13;
-    EXPECT_HR(E_INVALIDARG, handler.Run(&set, sizeof(set), &preset, sizeof(preset), nullptr));
-    EXPECT_HR(S_OK, handler.Run(&get, sizeof(get), &preset, sizeof(preset), &returned));
-    EXPECT_EQ(14u, preset);
-
-    returned = 0;
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_MORE_DATA), handler.Run(&get, sizeof(get), &preset, 3, &returned));
-    EXPECT_EQ(4u, returned);
-    EXPECT_HR(HRESULT_FROM_WIN32(ERROR_MORE_DATA), handler.Run(&set, sizeof(set), nullptr, 0, &returned));
-    EXPECT_HR(E_POINTER, handler.Run(&set, sizeof(set), nullptr, 4, &returned));
-    EXPECT_HR(E_INVALIDARG, handler.Run(&neither, sizeof(neither), &preset, sizeof(preset), &returned));
 }
 
 } // namespace

@@ -1,11 +1,6 @@
 #include "device/nodes/UvcMetaDataWrapper.h"
 
-#include "platform/CameraAttributes.h"
-
-#include <tarn/frame_metadata.h>
-
 #include "tests/nodes/FrameMemory.h"
-#include "tests/support/Expect.h"
 
 using mft_core::UvcMetaDataWrapper;
 using namespace tarn_test;
@@ -26,7 +21,7 @@ TEST(UvcMetaDataWrapperTest, FindsTheRecordBehindOtherItemsAndHoldsItWhileAlive)
 {
     const Bytes record{1, 2, 3, 4, 5, 6, 7, 8};
     const auto frame = MakeFrame(Bytes(4));
-    AttachMetadata(frame.Get(), Item(kOther, Bytes(16)) + Item(kOther, {}) + Item(kCustom, record) + Item(kOther, {}));
+    AttachMetadata(frame, Item(kOther, Bytes(16)) + Item(kOther, {}) + Item(kCustom, record) + Item(kOther, {}));
     {
         const UvcMetaDataWrapper metaData(frame.Get());
         frame->DeleteAllItems();
@@ -62,7 +57,7 @@ TEST(UvcMetaDataWrapperTest, MalformedItemsCountAsNoMetadata)
     for (const Bytes &items : cases)
     {
         const auto frame = MakeFrame(Bytes(4));
-        AttachMetadata(frame.Get(), items);
+        AttachMetadata(frame, items);
         const UvcMetaDataWrapper metaData(frame.Get());
         EXPECT_FALSE(metaData.HasMetaData()) << "case " << &items - cases;
         EXPECT_FALSE(metaData.ByteAt(0).has_value());
@@ -75,7 +70,7 @@ TEST(UvcMetaDataWrapperTest, MissingPartsCountAsNoMetadata)
     const auto frame = MakeFrame(Bytes(4));
     EXPECT_FALSE(UvcMetaDataWrapper(frame.Get()).HasMetaData());
 
-    const auto store = AttachMetadata(frame.Get(), Item(kCustom, Bytes(64)));
+    const auto store = AttachMetadata(frame, Item(kCustom, Bytes(64)));
     {
         const FailingCall lockFails(1);
         EXPECT_FALSE(UvcMetaDataWrapper(frame.Get()).HasMetaData());

@@ -2,11 +2,8 @@
 // read or written outside ends the process; lengths and pointers are honest, contents are not.
 #include "platform/ExtendedCameraControl.h"
 
-#include <array>
 #include <cstdlib>
-#include <cstring>
 #include <iostream>
-#include <memory>
 #include <random>
 
 #include "core/PassThroughDeviceMft.h"
@@ -28,6 +25,7 @@
 #include "trace/DebugTraceSink.h"
 #include "base/UniqueHandle.h"
 
+using namespace tarn_test;
 using namespace mft_core;
 using user_space_frameworks::MakeCom;
 
@@ -47,7 +45,7 @@ class Fuzzer
         filter->nodes = {KSNODETYPE_DEV_SPECIFIC};
         const auto unit = MakeCom<ExtensionUnitKsControl>(KSPROPERTYSETID_TARN_DEPTH_CONTROL);
         const bool ready = unit->Init(filter.Get(), filter.Get(), 1) == S_OK;
-        filter->answer = [this](const tarn_test::FilterCall &call) { return Answer(call); };
+        filter->answer = [this](const FilterCall &call) { return Answer(call); };
         const auto pipe = std::make_shared<FirmwareCommandPipe>(unit, KSPROPERTYSETID_TARN_DEPTH_CONTROL, 7, "pipe");
         const auto property = [this](std::shared_ptr<KsPropHandler> handler) {
             return device->RegisterKsPropertyHandler(std::move(handler)) == S_OK;
@@ -105,10 +103,7 @@ class Fuzzer
     }
 
   private:
-    bool Chance(unsigned oneIn)
-    {
-        return random() % oneIn == 0;
-    }
+    bool Chance(unsigned oneIn) { return random() % oneIn == 0; }
     template <class T, std::size_t n>
     T Pick(const T (&choices)[n])
     {
@@ -189,7 +184,7 @@ class Fuzzer
     }
 
     // A camera that fails, lies about lengths and answers with anything, often with the right echo.
-    HRESULT Answer(const tarn_test::FilterCall &call)
+    HRESULT Answer(const FilterCall &call)
     {
         if (call.request.Property.Flags & KSPROPERTY_TYPE_SET)
         {
@@ -220,7 +215,7 @@ class Fuzzer
     mft_kernels::GuardedMemory dataPages{kMost};
     mft_kernels::GuardedMemory returnedPage{sizeof(ULONG)};
     user_space_frameworks::UniqueHandle event{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
-    ComPtr<tarn_test::FakeFilter> filter = MakeCom<tarn_test::FakeFilter>();
+    ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
     ComPtr<PassThroughDeviceMft> device = MakeCom<PassThroughDeviceMft>("Test device");
     std::shared_ptr<FaceAuthState> faceAuth = std::make_shared<FaceAuthState>();
     std::shared_ptr<OneShotKsEventHandler> oneShot =

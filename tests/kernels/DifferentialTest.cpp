@@ -2,8 +2,8 @@
 #include "tests/kernels/EverySet.h"
 #include "tests/kernels/KernelCase.h"
 
-namespace mft_kernels
-{
+using namespace mft_kernels;
+
 namespace
 {
 constexpr std::size_t kWidths = 130; // past two vectors of the widest set
@@ -129,4 +129,3 @@ TEST_P(DifferentialTest, SharpenOfEveryWidthAndInTiles)
 
 INSTANTIATE_TEST_SUITE_P(EverySet, DifferentialTest, testing::ValuesIn(VectorSets()), NameOfSet);
 } // namespace
-} // namespace mft_kernels

@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
-namespace mft_kernels
-{
+using namespace mft_kernels;
+
 namespace
 {
 constexpr CpuRegisters kEverything = {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF};
@@ -168,4 +168,3 @@ TEST(InstructionSetTest, TheForcedSetIsTheOneThatRuns)
     ForceInstructionSet("");
 }
 } // namespace
-} // namespace mft_kernels

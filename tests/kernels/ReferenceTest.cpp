@@ -13,21 +13,15 @@
 #include <numeric>
 #include <vector>
 
-namespace mft_kernels
-{
+using namespace mft_kernels;
+
 namespace
 {
 class ReferenceTest : public testing::TestWithParam<std::string>
 {
   protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(ForceInstructionSet(GetParam()));
-    }
-    void TearDown() override
-    {
-        ForceInstructionSet("");
-    }
+    void SetUp() override { ASSERT_TRUE(ForceInstructionSet(GetParam())); }
+    void TearDown() override { ForceInstructionSet(""); }
 };
 
 std::vector<std::uint16_t> ResizeImage(const std::vector<std::uint16_t> &image, std::size_t width, std::size_t height,
@@ -177,4 +171,3 @@ TEST_P(ReferenceTest, SharpenIsAnUnsharpMask)
 
 INSTANTIATE_TEST_SUITE_P(EverySet, ReferenceTest, testing::ValuesIn(AllSets()), NameOfSet);
 } // namespace
-} // namespace mft_kernels

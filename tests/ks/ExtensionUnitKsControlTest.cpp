@@ -1,9 +1,6 @@
 #include "ks/ExtensionUnitKsControl.h"
 
-#include <cstring>
-
 #include "tests/ks/FakeFilter.h"
-#include "tests/support/Expect.h"
 
 using namespace mft_core;
 using namespace tarn_test;
@@ -24,10 +21,7 @@ class ExtensionUnitKsControlTest : public testing::Test
             return call.request.NodeId == node ? S_OK : HRESULT_FROM_WIN32(ERROR_SET_NOT_FOUND);
         };
     }
-    HRESULT Init()
-    {
-        return unit->Init(filter.Get(), filter.Get(), 3);
-    }
+    HRESULT Init() { return unit->Init(filter.Get(), filter.Get(), 3); }
 
     ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
     ComPtr<ExtensionUnitKsControl> unit = MakeCom<ExtensionUnitKsControl>(kTestSet);

@@ -1,14 +1,8 @@
 // The smallest camera filter: records every KS call byte for byte and answers as the test says.
 #pragma once
 
-#include "platform/KsTopologyInfo.h"
-
-#include <cstdint>
-#include <functional>
-#include <mutex>
-#include <vector>
-
-#include "base/ComObject.h"
+#include "sim/RefusingFilter.h"
+#include "tests/support/Expect.h"
 
 namespace tarn_test
 {
@@ -21,11 +15,7 @@ inline constexpr HRESULT kBareSetNotFound = 0x492; // without severity and facil
 
 inline KSIDENTIFIER MakeRequest(const GUID &set, ULONG id, ULONG flags)
 {
-    KSIDENTIFIER request{};
-    request.Set = set;
-    request.Id = id;
-    request.Flags = flags;
-    return request;
+    return {{{set, id, flags}}};
 }
 
 // One KS call as it arrived; pointers are the caller's.
@@ -49,68 +39,81 @@ struct FilterCall
 };
 
 // Thread-safe.
-class FakeFilter : public user_space_frameworks::ComObject<IMFTransform, IKsControl, IKsTopologyInfo>
+class FakeFilter : public tarn_sim::RefusingFilter
 {
   public:
-    using Answer = std::function<HRESULT(const FilterCall &call)>;
-
     // Runs for every call, outside the record's lock; S_OK when there is none.
-    Answer answer;
+    std::function<HRESULT(const FilterCall &call)> answer;
     // Types of the topology's nodes; GUID_NULL makes get_NodeType fail.
     std::vector<GUID> nodes;
     HRESULT nodeCountResult = S_OK;
     bool hasTopology = true;
 
-    std::vector<FilterCall> Calls() const;
-    void Forget();
+    std::vector<FilterCall> Calls() const
+    {
+        const std::scoped_lock guard(mutex);
+        return calls;
+    }
+    void Forget()
+    {
+        const std::scoped_lock guard(mutex);
+        calls.clear();
+    }
 
-    HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY request, ULONG requestLength, void *data, ULONG dataLength,
-                                         ULONG *bytesReturned) override;
-    HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD request, ULONG requestLength, void *data, ULONG dataLength,
-                                       ULONG *bytesReturned) override;
-    HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT request, ULONG requestLength, void *data, ULONG dataLength,
-                                      ULONG *bytesReturned) override;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **object) noexcept override;
-    HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD *count) override;
-    HRESULT STDMETHODCALLTYPE get_NodeType(DWORD index, GUID *type) override;
+    // clang-format off
+    HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY request, ULONG length, void *data, ULONG dataLength, ULONG *returned) override { return Serve(FilterCall::Kind::Property, request, length, data, dataLength, returned); }
+    HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD request, ULONG length, void *data, ULONG dataLength, ULONG *returned) override { return Serve(FilterCall::Kind::Method, request, length, data, dataLength, returned); }
+    HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT request, ULONG length, void *data, ULONG dataLength, ULONG *returned) override { return Serve(FilterCall::Kind::Event, request, length, data, dataLength, returned); }
 
     // What no test uses.
-    // clang-format off
-    HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Category(DWORD, GUID *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD, KSTOPOLOGY_CONNECTION *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_NodeName(DWORD, WCHAR *, DWORD, DWORD *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD, REFIID, void **) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTGetStreamLimits(DWORD *, DWORD *, DWORD *, DWORD *) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE MFTGetStreamCount(DWORD *, DWORD *) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE MFTGetStreamIDs(DWORD, DWORD *, DWORD, DWORD *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTGetInputStreamInfo(DWORD, MFT_INPUT_STREAM_INFO *) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE MFTGetOutputStreamInfo(DWORD, MFT_OUTPUT_STREAM_INFO *) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetAttributes(IMFAttributes **) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetInputStreamAttributes(DWORD, IMFAttributes **) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetOutputStreamAttributes(DWORD, IMFAttributes **) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTDeleteInputStream(DWORD) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTAddInputStreams(DWORD, DWORD *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTGetInputAvailableType(DWORD, DWORD, IMFMediaType **) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE MFTGetOutputAvailableType(DWORD, DWORD, IMFMediaType **) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTSetInputType(DWORD, IMFMediaType *, DWORD) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTSetOutputType(DWORD, IMFMediaType *, DWORD) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTGetInputCurrentType(DWORD, IMFMediaType **) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE MFTGetOutputCurrentType(DWORD, IMFMediaType **) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTGetInputStatus(DWORD, DWORD *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTGetOutputStatus(DWORD *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTSetOutputBounds(LONGLONG, LONGLONG) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTProcessEvent(DWORD, IMFMediaEvent *) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTProcessMessage(MFT_MESSAGE_TYPE, ULONG_PTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTProcessInput(DWORD, IMFSample *, DWORD) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MFTProcessOutput(DWORD, DWORD, MFT_OUTPUT_DATA_BUFFER *, DWORD *) override { return E_NOTIMPL; }
     // clang-format on
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **object) noexcept override
+    {
+        if (!hasTopology && IsEqualGUID(iid, __uuidof(IKsTopologyInfo)))
+        {
+            *object = nullptr;
+            return E_NOINTERFACE;
+        }
+        return RefusingFilter::QueryInterface(iid, object);
+    }
+    HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD *count) override
+    {
+        *count = static_cast<DWORD>(nodes.size());
+        return nodeCountResult;
+    }
+    HRESULT STDMETHODCALLTYPE get_NodeType(DWORD index, GUID *type) override
+    {
+        *type = nodes.at(index);
+        return IsEqualGUID(*type, GUID{}) ? E_INVALIDARG : S_OK;
+    }
 
   private:
     HRESULT Serve(FilterCall::Kind kind, const KSIDENTIFIER *request, ULONG requestLength, void *data, ULONG dataLength,
-                  ULONG *bytesReturned);
+                  ULONG *bytesReturned)
+    {
+        FilterCall call{kind, request != nullptr, {}, requestLength, data, {}, dataLength, bytesReturned};
+        if (request != nullptr)
+        {
+            std::memcpy(&call.request, request, std::min<std::size_t>(requestLength, sizeof(call.request)));
+        }
+        if (const auto *const first = static_cast<const std::uint8_t *>(data))
+        {
+            call.bytes.assign(first, first + dataLength);
+        }
+        {
+            const std::scoped_lock guard(mutex);
+            calls.push_back(call);
+        }
+        return answer ? answer(call) : S_OK;
+    }
 
     mutable std::mutex mutex;
     std::vector<FilterCall> calls; // guarded by mutex

@@ -1,14 +1,8 @@
 #include "ks/FirmwareCommandPipe.h"
 
-#include <array>
-#include <atomic>
-#include <cstring>
 #include <stdexcept>
-#include <thread>
-#include <vector>
 
 #include "tests/ks/FakeFilter.h"
-#include "tests/support/Expect.h"
 
 using namespace mft_core;
 using namespace tarn_test;
@@ -39,18 +33,9 @@ class FirmwareCommandPipeTest : public testing::Test
             return getResult;
         };
     }
-    HRESULT Set(const BYTE *payload = nullptr, ULONG length = 0)
-    {
-        return pipe.Set(1, payload, length, 0, 0, 0, 0);
-    }
-    HRESULT Get(BYTE *buffer, ULONG length, ULONG mark)
-    {
-        return pipe.Get(buffer, 59, length, mark, 0, 0, 0);
-    }
-    int BlockLength() const
-    {
-        return block[0] | block[1] << 8;
-    }
+    HRESULT Set(const BYTE *payload = nullptr, ULONG length = 0) { return pipe.Set(1, payload, length, 0, 0, 0, 0); }
+    HRESULT Get(BYTE *buffer, ULONG length, ULONG mark) { return pipe.Get(buffer, 59, length, mark, 0, 0, 0); }
+    int BlockLength() const { return block[0] | block[1] << 8; }
 
     ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
     std::array<BYTE, 1024> block{};
@@ -62,26 +47,6 @@ class FirmwareCommandPipeTest : public testing::Test
 };
 
 } // namespace
-
-TEST_F(FirmwareCommandPipeTest, CommandBlockIsLaidOutAsTheFirmwareReadsIt)
-{
-    const BYTE payload[] = {0x51, 0x52, 0x53};
-    ASSERT_HR(S_OK, pipe.Set(0xA6, payload, sizeof(payload), 0x11111111, 2, 3, 0x44444444));
-    const BYTE expected[] = {23, 0, 0xAB, 0xCD, 0xA6, 0, 0,    0,    0x11, 0x11, 0x11, 0x11, 2,   0,
-                             0,  0, 3,    0,    0,    0, 0x44, 0x44, 0x44, 0x44, 0x51, 0x52, 0x53};
-    EXPECT_EQ(0, std::memcmp(expected, block.data(), sizeof(expected)));
-
-    const auto calls = filter->Calls();
-    ASSERT_EQ(2u, calls.size());
-    for (const FilterCall &call : calls)
-    {
-        const KSPROPERTY request =
-            MakeRequest(kTestSet, kControl, &call == &calls[0] ? KSPROPERTY_TYPE_SET : KSPROPERTY_TYPE_GET);
-        EXPECT_EQ(0, std::memcmp(&request, &call.request, sizeof(request)));
-        EXPECT_EQ(24u, call.requestLength);
-        EXPECT_EQ(1024u, call.dataLength);
-    }
-}
 
 TEST_F(FirmwareCommandPipeTest, PayloadLimitsFromBothSides)
 {
@@ -147,25 +112,18 @@ TEST_F(FirmwareCommandPipeTest, EveryAnswerBelongsToItsCommandUnderEightThreads)
 {
     constexpr int kRounds = 500;
     std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (ULONG number = 1; number <= 8; ++number)
-    {
-        threads.emplace_back([&, number] {
-            for (int round = 0; round < kRounds; ++round)
-            {
-                BYTE buffer[8] = {};
-                const ULONG mark = (number << 4 | static_cast<ULONG>(round & 0xF)) & 0xFF;
-                const bool read = (round + static_cast<int>(number)) % 3 != 0;
-                const HRESULT result = read ? pipe.Get(buffer, number, sizeof(buffer), mark, 0, 0, 0)
-                                            : pipe.Set(number, buffer, sizeof(buffer), mark, 0, 0, 0);
-                wrong += FAILED(result) || (read && (buffer[0] != mark || buffer[7] != mark));
-            }
-        });
-    }
-    for (auto &thread : threads)
-    {
-        thread.join();
-    }
+    OnThreads(8, [&](int thread) {
+        const auto number = static_cast<ULONG>(thread + 1);
+        for (int round = 0; round < kRounds; ++round)
+        {
+            BYTE buffer[8] = {};
+            const ULONG mark = (number << 4 | static_cast<ULONG>(round & 0xF)) & 0xFF;
+            const bool read = (round + thread) % 3 != 0;
+            const HRESULT result = read ? pipe.Get(buffer, number, sizeof(buffer), mark, 0, 0, 0)
+                                        : pipe.Set(number, buffer, sizeof(buffer), mark, 0, 0, 0);
+            wrong += FAILED(result) || (read && (buffer[0] != mark || buffer[7] != mark));
+        }
+    });
     EXPECT_EQ(0, wrong);
     EXPECT_EQ(8u * kRounds * 2, filter->Calls().size());
 }

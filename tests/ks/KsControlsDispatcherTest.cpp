@@ -1,18 +1,12 @@
 #include "ks/KsControlsDispatcher.h"
 
-#include <atomic>
-#include <cstring>
 #include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "core/PassThroughDeviceMft.h"
 #include "ks/CompleteSetPropsHandler.h"
 #include "ks/KsControlsProxy.h"
 #include "ks/PassthroughKsHandlers.h"
 #include "tests/ks/FakeFilter.h"
-#include "tests/support/Expect.h"
 #include "base/ComObject.h"
 
 using namespace mft_core;
@@ -38,59 +32,34 @@ class NumberHandler : public KsPropHandler
     const HRESULT result;
 };
 
-class Journal : public IKsControlsObserver
+// Tells the test in words what it hears.
+class Observer : public IKsControlsObserver
 {
   public:
-    std::string text;
-
+    explicit Observer(std::function<void(const std::string &)> hears) : hear(std::move(hears)) {}
     void OnKsControlEntry(KsControlType type, const KSIDENTIFIER *request, ULONG requestLength, const void *data,
                           ULONG dataLength, const ULONG *bytesReturned) override
     {
-        Write("entry", type, request, requestLength, data, dataLength, bytesReturned);
+        hear("entry" + Words(type, request, requestLength, data, dataLength, bytesReturned));
     }
     void OnKsControlExit(KsControlType type, const KSIDENTIFIER *request, ULONG requestLength, const void *data,
                          ULONG dataLength, const ULONG *bytesReturned, HRESULT result) override
     {
-        Write("exit", type, request, requestLength, data, dataLength, bytesReturned);
-        text += "=" + std::to_string(result) + ";";
+        hear("exit" + Words(type, request, requestLength, data, dataLength, bytesReturned) + "=" +
+             std::to_string(result) + ";");
     }
 
   private:
-    void Write(const char *what, KsControlType type, const KSIDENTIFIER *request, ULONG requestLength, const void *data,
-               ULONG dataLength, const ULONG *bytesReturned)
+    static std::string Words(KsControlType type, const KSIDENTIFIER *request, ULONG requestLength, const void *data,
+                             ULONG dataLength, const ULONG *bytesReturned)
     {
-        text += std::string(what) + std::to_string(static_cast<unsigned>(type)) + " id" + std::to_string(request->Id) +
-                " " + std::to_string(requestLength) + " '" +
-                (data == nullptr ? "" : std::string(static_cast<const char *>(data), dataLength)) + "' " +
-                (bytesReturned == nullptr ? "null" : std::to_string(*bytesReturned)) + ";";
-    }
-};
-
-// Checks that every entry it hears has its exit.
-class PairingObserver : public IKsControlsObserver
-{
-  public:
-    void OnKsControlEntry(KsControlType, const KSIDENTIFIER *, ULONG, const void *, ULONG, const ULONG *) override
-    {
-        ++open;
-    }
-    void OnKsControlExit(KsControlType, const KSIDENTIFIER *, ULONG, const void *, ULONG, const ULONG *,
-                         HRESULT) override
-    {
-        --open;
-        ++calls;
+        return std::to_string(static_cast<unsigned>(type)) + " id" + std::to_string(request->Id) + " " +
+               std::to_string(requestLength) + " '" +
+               (data == nullptr ? "" : std::string(static_cast<const char *>(data), dataLength)) + "' " +
+               (bytesReturned == nullptr ? "null" : std::to_string(*bytesReturned)) + ";";
     }
 
-    std::atomic<int> open{0};
-    std::atomic<int> calls{0};
-};
-
-class ThrowingObserver : public IKsControlsObserver
-{
-    void OnKsControlEntry(KsControlType, const KSIDENTIFIER *, ULONG, const void *, ULONG, const ULONG *) override
-    {
-        throw std::runtime_error("observer");
-    }
+    const std::function<void(const std::string &)> hear;
 };
 
 class KsControlsDispatcherTest : public testing::Test
@@ -108,6 +77,7 @@ class KsControlsDispatcherTest : public testing::Test
 
     ComPtr<PassThroughDeviceMft> device = MakeCom<PassThroughDeviceMft>("Test device");
     ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
+    std::string heard; // by the journal of a test
 };
 
 } // namespace
@@ -185,7 +155,7 @@ TEST_F(KsControlsDispatcherTest, DefaultHandlersAndTheProxyPassEverythingOnUncha
 
 TEST_F(KsControlsDispatcherTest, IdentifiersThatCannotBeReadAreRefusedSilently)
 {
-    const auto journal = std::make_shared<Journal>();
+    const auto journal = std::make_shared<Observer>([this](const std::string &words) { heard += words; });
     ASSERT_HR(S_OK, device->RegisterKsControlsObserver(journal));
     KSIDENTIFIER request = MakeRequest(kTestSet, 1, KSPROPERTY_TYPE_GET);
 
@@ -195,13 +165,14 @@ TEST_F(KsControlsDispatcherTest, IdentifiersThatCannotBeReadAreRefusedSilently)
     EXPECT_HR(E_INVALIDARG, device->KsMethod(&request, 0, nullptr, 0, nullptr));
     EXPECT_HR(E_INVALIDARG, device->KsEvent(&request, sizeof(request) - 1, nullptr, 0, nullptr));
     EXPECT_HR(kNotFound, device->KsEvent(nullptr, 0, nullptr, 0, nullptr));
-    EXPECT_EQ("", journal->text);
+    EXPECT_EQ("", heard);
 }
 
 TEST_F(KsControlsDispatcherTest, ObserversHearEntryAndExitInOrder)
 {
-    const auto journal = std::make_shared<Journal>();
-    ASSERT_HR(S_OK, device->RegisterKsControlsObserver(std::make_shared<ThrowingObserver>()));
+    const auto journal = std::make_shared<Observer>([this](const std::string &words) { heard += words; });
+    ASSERT_HR(S_OK, device->RegisterKsControlsObserver(
+                        std::make_shared<Observer>([](const std::string &) { throw std::runtime_error("observer"); })));
     ASSERT_HR(S_OK, device->RegisterKsControlsObserver(journal));
     EXPECT_HR(E_INVALIDARG, device->RegisterKsControlsObserver(nullptr));
     ASSERT_HR(S_OK, Register(kTestSet, 2, E_UNEXPECTED));
@@ -223,45 +194,39 @@ TEST_F(KsControlsDispatcherTest, ObserversHearEntryAndExitInOrder)
               "entry2 id1 24 '' null;exit2 id1 24 '' null;=1170;"
               "entry0 id1 24 '' null;exit0 id1 24 '' null;=1170;"
               "entry1 id2 24 '' null;exit1 id2 24 '' null;=-2147467259;",
-              journal->text);
+              heard);
 
-    journal->text.clear();
+    heard.clear();
     EXPECT_HR(S_OK, device->UnregisterKsControlsObserver(journal));
     EXPECT_HR(kNotFound, device->UnregisterKsControlsObserver(journal));
     EXPECT_HR(E_FAIL, Property(kTestSet, 2));
-    EXPECT_EQ("", journal->text);
+    EXPECT_EQ("", heard);
 }
 
 TEST_F(KsControlsDispatcherTest, ObserversComeAndGoWhileCallsRun)
 {
     const auto proxy = MakeCom<KsControlsProxy>(filter);
-    std::atomic<bool> done{false};
-    std::vector<std::thread> callers;
-    for (int caller = 0; caller < 3; ++caller)
-    {
-        callers.emplace_back([&] {
-            KSIDENTIFIER request = MakeRequest(kTestSet, 1, 2);
-            while (!done)
-            {
-                proxy->KsProperty(&request, sizeof(request), nullptr, 0, nullptr);
-            }
-        });
-    }
-    int heard = 0;
+    const auto call = [&] {
+        KSIDENTIFIER request = MakeRequest(kTestSet, 1, 2);
+        proxy->KsProperty(&request, sizeof(request), nullptr, 0, nullptr);
+    };
+    const Repeating callers[] = {Repeating(call), Repeating(call), Repeating(call)};
+    int told = 0;
     for (int round = 0; round < 50; ++round)
     {
-        const auto observer = std::make_shared<PairingObserver>();
+        std::atomic<int> open{0};
+        std::atomic<int> calls{0};
+        auto observer = std::make_shared<Observer>([&](const std::string &words) {
+            const bool isExit = words.starts_with("exit");
+            open += isExit ? -1 : 1;
+            calls += isExit ? 1 : 0;
+        });
         EXPECT_HR(S_OK, proxy->RegisterKsControlsObserver(observer));
-        heard += WaitUntil([&] { return observer->calls > 0; });
+        told += WaitUntil([&] { return calls > 0; });
         EXPECT_HR(S_OK, proxy->UnregisterKsControlsObserver(observer));
         WaitUntil([&] { return observer.use_count() == 1; });
-        EXPECT_EQ(0, observer->open); // what was told of an entry was told of the exit
+        EXPECT_EQ(0, open); // what was told of an entry was told of the exit
         filter->Forget();
     }
-    done = true;
-    for (auto &caller : callers)
-    {
-        caller.join();
-    }
-    EXPECT_EQ(50, heard);
+    EXPECT_EQ(50, told);
 }

@@ -1,18 +1,15 @@
-#include <memory>
 
 #include "core/PassThroughDeviceMft.h"
 #include "ks/OneShotKsEventHandler.h"
 #include "ks/RegularKsEventHandler.h"
 #include "tests/ks/FakeFilter.h"
 #include "tests/support/HandleCount.h"
-#include "tests/support/Expect.h"
 #include "base/ComObject.h"
 #include "base/UniqueHandle.h"
 
+using namespace user_space_frameworks;
 using namespace mft_core;
 using namespace tarn_test;
-using user_space_frameworks::MakeCom;
-using user_space_frameworks::UniqueHandle;
 
 namespace
 {
@@ -47,10 +44,7 @@ class KsEventHandlersTest : public testing::Test
         KSEVENT request = MakeRequest(kTestSet, 1, flags);
         return handler.Run(&request, sizeof(request), &eventData, sizeof(eventData), nullptr);
     }
-    bool Signalled() const
-    {
-        return WaitForSingleObject(event.Get(), 0) == WAIT_OBJECT_0;
-    }
+    bool Signalled() const { return WaitForSingleObject(event.Get(), 0) == WAIT_OBJECT_0; }
 
     UniqueHandle event{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
     KSEVENTDATA eventData{};

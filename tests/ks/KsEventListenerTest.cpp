@@ -1,24 +1,16 @@
 #include "ks/KsEventListener.h"
 
-#include <atomic>
-#include <cstring>
-#include <mutex>
-#include <thread>
-
-#include "tests/ks/FakeFilter.h"
+#include "tests/ks/EventCamera.h"
 #include "tests/support/HandleCount.h"
-#include "tests/support/Expect.h"
 #include "tests/trace/TraceLines.h"
 
+using namespace user_space_frameworks;
 using namespace mft_core;
 using namespace tarn_test;
-using user_space_frameworks::MakeCom;
-using user_space_frameworks::UniqueHandle;
 
 namespace
 {
 
-constexpr ULONG kAutoUpdate = 1;
 constexpr HRESULT kTimedOut = HRESULT_FROM_WIN32(ERROR_TIMEOUT);
 
 class CountingObserver : public KsEventsObserver
@@ -33,116 +25,8 @@ class CountingObserver : public KsEventsObserver
             WaitForSingleObject(hold.Get(), 5000);
         }
     }
-
     std::atomic<int> events{0};
     UniqueHandle hold; // the notification stays under way until it is signalled
-};
-
-// Signals like a camera: through its own duplicate of the handle, from enable to disable.
-class EventCamera
-{
-  public:
-    EventCamera()
-    {
-        filter->answer = [this](const FilterCall &call) { return Serve(call); };
-    }
-    void Signal()
-    {
-        const std::scoped_lock guard(mutex);
-        if (handle)
-        {
-            SetEvent(handle.Get());
-        }
-    }
-    bool Enabled()
-    {
-        const std::scoped_lock guard(mutex);
-        return static_cast<bool>(handle);
-    }
-
-    ComPtr<FakeFilter> filter = MakeCom<FakeFilter>();
-    std::atomic<HRESULT> enableResult{S_OK};
-    std::atomic<HRESULT> disableResult{S_OK};
-    std::function<void()> duringEnable;
-
-  private:
-    HRESULT Serve(const FilterCall &call)
-    {
-        auto *data = static_cast<KSEVENTDATA *>(call.data);
-        const std::scoped_lock guard(mutex);
-        if (!call.hasIdentifier)
-        {
-            EXPECT_EQ(subscriber, data); // the address is how the filter knows the subscription
-            handle.Reset();
-            return disableResult;
-        }
-        const KSEVENT expected = MakeRequest(KSEVENTSETID_VIDCAPTOSTI, kAutoUpdate, KSEVENT_TYPE_ENABLE);
-        EXPECT_EQ(0, std::memcmp(&expected, &call.request, sizeof(expected)));
-        EXPECT_EQ(24u, call.requestLength);
-        EXPECT_EQ(32u, call.dataLength);
-        EXPECT_EQ(KSEVENTF_EVENT_HANDLE, data->NotificationType);
-        if (duringEnable)
-        {
-            duringEnable();
-        }
-        if (FAILED(enableResult))
-        {
-            return enableResult;
-        }
-        EXPECT_FALSE(handle);
-        subscriber = data;
-        return DuplicateHandle(GetCurrentProcess(), data->EventHandle.Event, GetCurrentProcess(),
-                               handle.ReleaseAndGetAddressOf(), 0, FALSE, DUPLICATE_SAME_ACCESS)
-                   ? S_OK
-                   : E_FAIL;
-    }
-
-    std::mutex mutex;
-    UniqueHandle handle;
-    KSEVENTDATA *subscriber = nullptr;
-};
-
-// A platform whose waits end as the test says, in place of the real one while it lives.
-struct OwnWaits
-{
-    OwnWaits()
-    {
-        current = this;
-    }
-    ~OwnWaits()
-    {
-        current = nullptr;
-    }
-    static void CallBack(IMFAsyncResult *result)
-    {
-        result->SetStatus(MF_E_OPERATION_CANCELLED);
-        reinterpret_cast<MFASYNCRESULT *>(result)->pCallback->Invoke(result);
-    }
-
-    static inline OwnWaits *current = nullptr;
-    std::vector<ComPtr<IMFAsyncResult>> waits;
-    HRESULT cancelResult = S_OK;
-    int callsDuringCancel = 0;
-};
-
-// Waits that fail as the test says, or are never answered.
-class FaultyWait : public WaitWorkItemWrapper
-{
-  public:
-    HRESULT WaitAsync(HANDLE, IMFAsyncResult *result, IMFAsyncCallback *) override
-    {
-        EXPECT_HR(S_OK, result->GetStatus());
-        pending = result;
-        return waitResult;
-    }
-    HRESULT Cancel() override
-    {
-        return cancelResult;
-    }
-
-    HRESULT waitResult = S_OK;
-    HRESULT cancelResult = S_OK;
-    ComPtr<IMFAsyncResult> pending;
 };
 
 class KsEventListenerTest : public testing::Test
@@ -156,13 +40,19 @@ class KsEventListenerTest : public testing::Test
         EXPECT_TRUE(WaitUntil([&] { return ReferenceCount(listener) == 1; }));
         EXPECT_REFS(camera.filter, 1);
     }
-    void UseFaultyWait(DWORD stopTimeoutMs)
+    // Ready to start, with the observer.
+    void Init()
+    {
+        ASSERT_HR(S_OK, listener->RegisterObserver(observer));
+        ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    }
+    void InitWithFaultyWait()
     {
         auto wrapper = std::make_unique<FaultyWait>();
         wait = wrapper.get();
-        listener = MakeCom<KsEventListener>(KSEVENTSETID_VIDCAPTOSTI, kAutoUpdate, "faulty", stopTimeoutMs,
-                                            std::move(wrapper));
-        ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+        listener =
+            MakeCom<KsEventListener>(KSEVENTSETID_VIDCAPTOSTI, kAutoUpdate, "faulty", DWORD{20}, std::move(wrapper));
+        Init();
     }
     // Runs the callback of the pending wait as the platform would.
     HRESULT Answer(HRESULT status)
@@ -215,23 +105,20 @@ extern "C"
 TEST_F(KsEventListenerTest, ACancelledWaitMayCallBackAnyNumberOfTimesAtAnyTime)
 {
     const TraceLines errors(mft_utils::TraceLevel::Error);
-    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
-    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    Init();
     OwnWaits platform;
-    for (const HRESULT result : {S_OK, MF_E_NOT_FOUND})
+    for (const auto &[result, atOnce] :
+         {std::pair{S_OK, 0}, {S_OK, 1}, {S_OK, 2}, {MF_E_NOT_FOUND, 0}, {MF_E_NOT_FOUND, 1}, {MF_E_NOT_FOUND, 2}})
     {
-        for (const int atOnce : {0, 1, 2})
-        {
-            platform.cancelResult = result;
-            platform.callsDuringCancel = atOnce;
-            ASSERT_HR(S_OK, listener->Start());
-            const ULONGLONG begun = GetTickCount64();
-            EXPECT_HR(S_OK, listener->Stop());
-            EXPECT_LT(GetTickCount64() - begun, KsEventListener::kStopTimeoutMs / 2) << atOnce;
-            EXPECT_FALSE(camera.Enabled());
-            OwnWaits::CallBack(platform.waits.back().Get());
-            OwnWaits::CallBack(platform.waits.back().Get());
-        }
+        platform.cancelResult = result;
+        platform.callsDuringCancel = atOnce;
+        ASSERT_HR(S_OK, listener->Start());
+        const ULONGLONG begun = GetTickCount64();
+        EXPECT_HR(S_OK, listener->Stop());
+        EXPECT_LT(GetTickCount64() - begun, KsEventListener::kStopTimeoutMs / 2) << atOnce;
+        EXPECT_FALSE(camera.Enabled());
+        OwnWaits::CallBack(platform.waits.back().Get());
+        OwnWaits::CallBack(platform.waits.back().Get());
     }
     ASSERT_HR(S_OK, listener->Uninit());
     for (const auto &late : platform.waits)
@@ -248,12 +135,10 @@ TEST_F(KsEventListenerTest, EachStateTakesWhatItCan)
     EXPECT_HR(S_OK, listener->Stop());
     EXPECT_HR(S_OK, listener->Uninit());
     EXPECT_HR(E_POINTER, listener->Init(nullptr));
-    EXPECT_HR(E_NOTIMPL, listener->GetParameters(nullptr, nullptr));
-    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    Init();
     EXPECT_HR(E_UNEXPECTED, listener->Init(camera.filter.Get()));
     EXPECT_HR(S_OK, listener->Stop());
     EXPECT_HR(E_POINTER, listener->Invoke(nullptr));
-
     for (int round = 0; round < 3; ++round)
     {
         ASSERT_HR(S_OK, listener->Start());
@@ -261,7 +146,6 @@ TEST_F(KsEventListenerTest, EachStateTakesWhatItCan)
         EXPECT_HR(E_UNEXPECTED, listener->Start());
         EXPECT_HR(S_OK, listener->Stop());
         EXPECT_FALSE(camera.Enabled());
-        EXPECT_HR(S_OK, listener->Stop());
     }
     ASSERT_HR(S_OK, listener->Uninit());
     EXPECT_HR(E_OUTOFMEMORY, listener->Start());
@@ -272,68 +156,54 @@ TEST_F(KsEventListenerTest, EachStateTakesWhatItCan)
 TEST_F(KsEventListenerTest, EverySignalReachesEveryObserverOnce)
 {
     const auto second = std::make_shared<CountingObserver>();
-    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
     ASSERT_HR(S_OK, listener->RegisterObserver(second));
     EXPECT_HR(E_INVALIDARG, listener->RegisterObserver(nullptr));
-    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    Init();
     for (int run = 0; run < 2; ++run) // the second run's wait must not look cancelled
     {
         ASSERT_HR(S_OK, listener->Start());
         for (int signal = 1; signal <= 20; ++signal)
         {
             camera.Signal();
-            ASSERT_TRUE(WaitUntil([&] { return second->events == run * 20 + signal; }));
+            ASSERT_TRUE(WaitUntil([&] { return observer->events == run * 20 + signal; }));
         }
         ASSERT_HR(S_OK, listener->Stop());
     }
-    EXPECT_EQ(40, observer->events);
+    EXPECT_EQ(40, second->events);
 
-    ASSERT_HR(S_OK, listener->UnregisterObserver(observer));
-    EXPECT_HR(kNotFound, listener->UnregisterObserver(observer));
+    ASSERT_HR(S_OK, listener->UnregisterObserver(second));
+    EXPECT_HR(kNotFound, listener->UnregisterObserver(second));
     ASSERT_HR(S_OK, listener->Start());
     camera.Signal();
-    EXPECT_TRUE(WaitUntil([&] { return second->events == 41; }));
-    EXPECT_EQ(40, observer->events);
+    EXPECT_TRUE(WaitUntil([&] { return observer->events == 41; }));
+    EXPECT_EQ(40, second->events);
 }
 
 TEST_F(KsEventListenerTest, StopWaitsForTheNotificationUnderWay)
 {
     observer->hold.Reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
-    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    Init();
     ASSERT_HR(S_OK, listener->Start());
     camera.Signal();
     ASSERT_TRUE(WaitUntil([&] { return observer->events == 1; }));
 
     std::atomic<int> stopped{0};
-    const auto stop = [&] { stopped += listener->Stop() == S_OK; };
-    std::thread first(stop);
-    std::thread second(stop); // two stops, one completion
+    std::thread stops([&] { OnThreads(2, [&](int) { stopped += listener->Stop() == S_OK; }); }); // one completion
     camera.Signal();
     EXPECT_FALSE(WaitUntil([&] { return stopped > 0; }, std::chrono::milliseconds(50)));
     EXPECT_HR(E_UNEXPECTED, listener->Start());
     SetEvent(observer->hold.Get());
-    first.join();
-    second.join();
+    stops.join();
     EXPECT_EQ(2, stopped);
-    EXPECT_EQ(1, observer->events); // what was signalled while it stopped is dropped
     ASSERT_HR(S_OK, listener->Start());
-    EXPECT_EQ(1, observer->events);
+    EXPECT_EQ(1, observer->events); // what was signalled while it stopped is dropped
 }
 
 TEST_F(KsEventListenerTest, ThousandCyclesWithSignalsFromAnotherThread)
 {
-    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
-    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    Init();
     const auto cycles = [&](int count) {
-        std::atomic<bool> done{false};
-        std::thread signals([&] {
-            while (!done)
-            {
-                camera.Signal();
-                std::this_thread::yield();
-            }
-        });
+        const Repeating signals([&] { camera.Signal(); });
         for (int cycle = 0; cycle < count && !HasFailure(); ++cycle)
         {
             ASSERT_HR(S_OK, listener->Start());
@@ -343,8 +213,6 @@ TEST_F(KsEventListenerTest, ThousandCyclesWithSignalsFromAnotherThread)
             }
             ASSERT_HR(S_OK, listener->Stop());
         }
-        done = true;
-        signals.join();
     };
     cycles(10); // the platform makes its threads
     const int before = CountHandles();
@@ -367,14 +235,13 @@ TEST_F(KsEventListenerTest, ReleasedByItsOwnerWhileACancelledWaitIsUnderWay)
 
 TEST_F(KsEventListenerTest, StopThatTimesOutCanBeRepeated)
 {
-    UseFaultyWait(20);
+    InitWithFaultyWait();
     ASSERT_HR(S_OK, listener->Start());
     EXPECT_HR(kTimedOut, listener->Stop());
     EXPECT_HR(kTimedOut, listener->Stop());
     EXPECT_HR(E_UNEXPECTED, listener->Start());
     EXPECT_FALSE(listener->IsStarted()); // which is why
     EXPECT_TRUE(camera.Enabled());       // and nothing was given up
-
     EXPECT_HR(S_OK, Answer(MF_E_OPERATION_CANCELLED));
     EXPECT_FALSE(camera.Enabled());
     EXPECT_HR(S_OK, listener->Stop());
@@ -385,11 +252,10 @@ TEST_F(KsEventListenerTest, StopThatTimesOutCanBeRepeated)
 
 TEST_F(KsEventListenerTest, AListenerGivenUpTooEarlyEndsWithTheLateAnswer)
 {
-    UseFaultyWait(20);
+    InitWithFaultyWait();
     for (const HRESULT cancelResult : {S_OK, E_ACCESSDENIED})
     {
         wait->cancelResult = cancelResult;
-        ASSERT_HR(S_OK, listener->RegisterObserver(observer));
         ASSERT_HR(S_OK, listener->Start());
         EXPECT_HR(cancelResult == S_OK ? kTimedOut : cancelResult, listener->Uninit());
         EXPECT_HR(E_UNEXPECTED, listener->Start());
@@ -399,42 +265,26 @@ TEST_F(KsEventListenerTest, AListenerGivenUpTooEarlyEndsWithTheLateAnswer)
         EXPECT_EQ(0, observer->events); // its owner may be gone
         EXPECT_REFS(listener, 1);
         EXPECT_REFS(camera.filter, 1);
-        ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+        Init();
     }
 }
 
 TEST_F(KsEventListenerTest, AStopEndsNoOtherStop)
 {
-    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
-    std::atomic<bool> done{false};
-    std::vector<std::thread> stopping;
-    for (int i = 0; i < 3; ++i)
-    {
-        stopping.emplace_back([&] {
-            while (!done)
-            {
-                EXPECT_HR(S_OK, listener->Stop());
-                std::this_thread::yield();
-            }
-        });
-    }
+    Init();
+    const auto stop = [&] { EXPECT_HR(S_OK, listener->Stop()); };
+    const Repeating stopping[] = {Repeating(stop), Repeating(stop), Repeating(stop)};
     for (int round = 0; round < 5000; ++round)
     {
         listener->Start(); // or another thread's stop has ended it already
         EXPECT_HR(S_OK, listener->Stop());
         EXPECT_FALSE(camera.Enabled());
     }
-    done = true;
-    for (std::thread &thread : stopping)
-    {
-        thread.join();
-    }
 }
 
 TEST_F(KsEventListenerTest, FailuresOfWaitAndCameraLeaveItStartable)
 {
-    UseFaultyWait(20);
-    ASSERT_HR(S_OK, listener->RegisterObserver(observer));
+    InitWithFaultyWait();
     camera.enableResult = E_ACCESSDENIED;
     EXPECT_HR(E_ACCESSDENIED, listener->Start());
     camera.enableResult = S_OK;
@@ -466,7 +316,7 @@ TEST_F(KsEventListenerTest, FailuresOfWaitAndCameraLeaveItStartable)
 
 TEST_F(KsEventListenerTest, StopDuringStartEndsTheStart)
 {
-    ASSERT_HR(S_OK, listener->Init(camera.filter.Get()));
+    Init();
     std::thread stopping;
     std::atomic<HRESULT> stopped{E_PENDING};
     camera.duringEnable = [&] {
@@ -478,6 +328,6 @@ TEST_F(KsEventListenerTest, StopDuringStartEndsTheStart)
     stopping.join();
     EXPECT_HR(S_OK, stopped);
     EXPECT_FALSE(camera.Enabled());
-    camera.duringEnable = nullptr;
+    camera.duringEnable = [] {};
     EXPECT_HR(S_OK, listener->Start());
 }

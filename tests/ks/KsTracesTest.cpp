@@ -1,11 +1,12 @@
 // Texts of the trace that support tools search for.
 #include "core/PassThroughDeviceMft.h"
+#include "device/TarnGuidNames.h"
 #include "device/properties/TarnHwCommandKsPropertyHandler.h"
 #include "ks/PassthroughKsHandlers.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/ks/FakeFilter.h"
-#include "tests/support/Expect.h"
 #include "tests/trace/TraceLines.h"
+#include "trace/GuidTranslator.h"
 
 using namespace mft_core;
 using namespace tarn_test;
@@ -45,4 +46,27 @@ TEST(KsTracesTest, CallsAreDumpedAndFailedStepsAreNamedAsWritten)
     {
         EXPECT_TRUE(trace.Contains(part)) << part;
     }
+}
+
+TEST(KsTracesTest, PropertiesOfTheDeviceAppearByName)
+{
+    RegisterTarnGuidNames(); // before the translators: nothing to add to
+    ASSERT_EQ(S_OK, mft_utils::GuidTranslator::Create());
+    ASSERT_EQ(S_OK, mft_utils::KsIdentifierTranslator::Create());
+    RegisterTarnGuidNames();
+    for (const auto &[set, id, flags, name] :
+         {std::tuple{&KSPROPERTYSETID_TARN_DMFT_CONTROL, 3u, KSPROPERTY_TYPE_GET,
+                     "KSPROPERTYSETID_TARN_DMFT_CONTROL {F84AB655-8931-42BD-8C04-8AE2881454FE} property HW_COMMAND (3) "
+                     "GET"},
+          {&KSPROPERTYSETID_TARN_DEPTH_CONTROL, 6u, KSPROPERTY_TYPE_SET | KSPROPERTY_TYPE_TOPOLOGY,
+           "KSPROPERTYSETID_TARN_DEPTH_CONTROL {A55751A1-F3C5-4A5E-8D5A-6854B8FA2716} property "
+           "CONFIDENCE_THRESHHOLD (6) SET|TOPOLOGY"},
+          {&KSPROPERTYSETID_TARN_COLOR_CONTROL, 3u, KSPROPERTY_TYPE_GET,
+           "KSPROPERTYSETID_TARN_COLOR_CONTROL {B8EC416E-A3AC-4580-8D5C-0BEE1597E43D} property XU_ERROR (3) GET"}})
+    {
+        const KSIDENTIFIER request = MakeRequest(*set, id, static_cast<ULONG>(flags));
+        EXPECT_EQ(name, mft_utils::KsIdentifierTranslator::Name(&request, mft_utils::KsIdentifierKind::Property));
+    }
+    mft_utils::KsIdentifierTranslator::Destroy();
+    mft_utils::GuidTranslator::Destroy();
 }

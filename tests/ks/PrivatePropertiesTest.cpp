@@ -1,7 +1,4 @@
-// The depth transform's own properties, each through a dispatcher as an application reaches them.
-#include <array>
-#include <cstring>
-#include <vector>
+// Properties that the transforms answer themselves, each through a dispatcher as an application reaches them.
 
 #include "platform/ExtendedCameraControl.h"
 
@@ -9,11 +6,12 @@
 #include "device/properties/FaceAuthKsPropertyHandler.h"
 #include "device/properties/TarnApiVersion.h"
 #include "device/properties/TarnConfidenceMapConfig.h"
+#include "device/properties/TarnDepthPresetsKsPropertyHandler.h"
 #include "device/properties/TarnHwCommandKsPropertyHandler.h"
 #include "ks/FirmwareCommandPipe.h"
+#include "ks/WarmStartKsPropsHandler.h"
 #include "tarn/tarn_dmft.h"
 #include "tests/ks/FakeFilter.h"
-#include "tests/support/Expect.h"
 #include "base/ComObject.h"
 
 using namespace mft_core;
@@ -26,7 +24,9 @@ namespace
 constexpr ULONG kGet = KSPROPERTY_TYPE_GET;
 constexpr ULONG kSet = KSPROPERTY_TYPE_SET;
 constexpr ULONG kSupport = KSPROPERTY_TYPE_BASICSUPPORT;
-constexpr ULONG kFaceAuth = KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE; // the others are of the private set
+// Of the platform's set; the others are of the private one.
+constexpr ULONG kFaceAuth = KSPROPERTY_CAMERACONTROL_EXTENDED_FACEAUTH_MODE;
+constexpr ULONG kWarmStart = KSPROPERTY_CAMERACONTROL_EXTENDED_WARMSTART;
 
 class PrivatePropertiesTest : public testing::Test
 {
@@ -34,7 +34,10 @@ class PrivatePropertiesTest : public testing::Test
     PrivatePropertiesTest()
     {
         EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(faceAuthHandler));
+        EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<WarmStartKsPropsHandler>()));
         EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<TarnApiVersion>()));
+        EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<TarnDepthPresetsKsPropertyHandler>(
+                            std::make_shared<TarnDepthPresets>(nullptr, nullptr))));
         EXPECT_HR(S_OK, device->RegisterKsPropertyHandler(std::make_shared<TarnConfidenceMapConfig>(
                             [this](bool enable) {
                                 applied.push_back(enable);
@@ -57,12 +60,13 @@ class PrivatePropertiesTest : public testing::Test
     // `returned` afterwards holds the size, or 99 when it was not touched.
     HRESULT Call(ULONG id, ULONG flags, void *data, ULONG length)
     {
-        KSPROPERTY request = MakeRequest(
-            id == kFaceAuth ? KSPROPERTYSETID_ExtendedCameraControl : KSPROPERTYSETID_TARN_DMFT_CONTROL, id, flags);
+        const bool isOwn = id != kFaceAuth && id != kWarmStart;
+        KSPROPERTY request =
+            MakeRequest(isOwn ? KSPROPERTYSETID_TARN_DMFT_CONTROL : KSPROPERTYSETID_ExtendedCameraControl, id, flags);
         returned = 99;
         filter->Forget();
         const HRESULT result = device->KsProperty(&request, sizeof(request), data, length, &returned);
-        if (id != kFaceAuth && flags != kSet) // a null count must be survived as well
+        if (id != kFaceAuth && (id == kWarmStart || flags != kSet)) // a null count must be survived as well
         {
             EXPECT_EQ(result, device->KsProperty(&request, sizeof(request), data, length, nullptr));
         }
@@ -94,7 +98,7 @@ TEST_F(PrivatePropertiesTest, EachCallIsServedOrRefusedWithTheSizeItNeeds)
 {
     const struct
     {
-        ULONG id, flags, bufferLength; // the last one of a command only
+        ULONG id, flags, value; // the length of a command's buffer, or the lowest byte of the wanted flags
         bool hasData;
         ULONG length;
         HRESULT result;
@@ -107,6 +111,12 @@ TEST_F(PrivatePropertiesTest, EachCallIsServedOrRefusedWithTheSizeItNeeds)
         {0, kSet, 0, true, 8, E_UNEXPECTED, 8, 0},
         {0, kSupport, 0, true, 8, E_INVALIDARG, 8, 0},
         {0, kGet, 0, false, 8, E_POINTER, 8, 0},
+        {1, kGet, 0, true, 4, S_OK, 4, 0},
+        {1, kGet, 0, true, 3, kMoreData, 4, 0},
+        {1, kSet, 0, false, 0, kMoreData, 4, 0},
+        {1, kSet, 0, false, 4, E_POINTER, 4, 0},
+        {1, kSet, 0, true, 4, E_INVALIDARG, 4, 0}, // there is no preset 13
+        {1, kSupport, 0, true, 4, E_INVALIDARG, 4, 0},
         {2, kSet, 0, true, 3, kMoreData, 4, 0},
         {2, kSet, 0, false, 4, E_POINTER, 4, 0},
         {2, 0, 0, true, 4, E_INVALIDARG, 4, 0},
@@ -127,11 +137,25 @@ TEST_F(PrivatePropertiesTest, EachCallIsServedOrRefusedWithTheSizeItNeeds)
         {kFaceAuth, kGet, 0, true, 39, kMoreData, 40, 0},
         {kFaceAuth, kSupport, 0, true, 40, E_INVALIDARG, 0, 0},
         {kFaceAuth, kSet, 0, false, 40, E_POINTER, 0, 0},
+        {kWarmStart, kGet, 0, true, 0, kMoreData, 40, 0},
+        {kWarmStart, kGet, 0, true, 39, kMoreData, 0, 0},
+        {kWarmStart, kGet, 0, false, 40, S_OK, 0, 0},
+        {kWarmStart, kGet, 0, true, 41, S_OK, 40, 0},
+        {kWarmStart, kSet, 0, true, 0, kMoreData, 40, 0},
+        {kWarmStart, kSet, 0, true, 39, kMoreData, 0, 0},
+        {kWarmStart, kSet, 0, false, 40, S_OK, 0, 0},
+        {kWarmStart, kSet, 0, true, 40, S_OK, 16, 0},
+        {kWarmStart, kSet, 1, true, 40, E_INVALIDARG, 0, 0}, // switching it on
+        {kWarmStart, kSet, 2, true, 40, S_OK, 16, 0},        // only the lowest bit counts
+        {kWarmStart, kSet | kGet, 0, true, 40, S_OK, 16, 0}, // a set first of all
+        {kWarmStart, kSupport, 0, true, 40, S_OK, 0, 0},
+        {kWarmStart, 0, 0, false, 0, S_OK, 0, 0},
     };
     for (const auto &row : rows)
     {
         SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-        auto block = HwCommand(1, row.bufferLength);
+        auto block = HwCommand(13, row.value);
+        block[16] = static_cast<BYTE>(row.value); // of a command a parameter
         EXPECT_HR(row.result, Call(row.id, row.flags, row.hasData ? block.data() : nullptr, row.length));
         EXPECT_EQ(row.returned, returned);
         EXPECT_EQ(row.calls, filter->Calls().size());
@@ -182,19 +206,19 @@ TEST_F(PrivatePropertiesTest, HwCommandTravelsThroughThePipe)
     EXPECT_EQ(answered, block);
 }
 
-TEST_F(PrivatePropertiesTest, FaceAuthModeChangesOnlyWhenItMay)
+TEST_F(PrivatePropertiesTest, ExtendedControlsFillTheirHeaderAndFaceAuthChangesOnlyWhenItMay)
 {
     KSCAMERA_EXTENDEDPROP_HEADER block[2]; // 64 bytes, 40 used
-    std::memset(block, 0xEE, sizeof(block));
-    ASSERT_HR(S_OK, Call(kFaceAuth, kGet, block, 40));
-    EXPECT_EQ(40u, returned);
-    KSCAMERA_EXTENDEDPROP_HEADER expected = block[1]; // the fields that are not written stay the caller's
-    expected.Version = 1;
-    expected.Size = 40;
-    expected.Flags = 1;
-    expected.Capability = 3;
-    EXPECT_EQ(0, std::memcmp(&expected, block, sizeof(expected)));
-    EXPECT_EQ(0xEEEEEEEEu, block[1].Version);
+    for (const auto &[id, result, flags, capability] :
+         {std::tuple{kWarmStart, 0u, 0ull, 0x8000000000000000ull}, {kFaceAuth, 0xEEEEEEEEu, 1ull, 3ull}})
+    {
+        std::memset(block, 0xEE, sizeof(block)); // what is not written stays the caller's
+        const KSCAMERA_EXTENDEDPROP_HEADER expected{1, block[1].PinId, 40, result, flags, capability};
+        ASSERT_HR(S_OK, Call(id, kGet, block, 40));
+        EXPECT_EQ(40u, returned);
+        EXPECT_EQ(0, std::memcmp(&expected, block, sizeof(expected)));
+        EXPECT_EQ(0xEEEEEEEEu, block[1].Version);
+    }
 
     block[0].Flags = 2;
     EXPECT_HR(S_OK, Call(kFaceAuth, kSet, block, 40));

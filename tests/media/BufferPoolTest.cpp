@@ -1,7 +1,5 @@
 #include "media/BufferPool.h"
 
-#include <cstdint>
-
 #include "tests/support/Expect.h"
 
 namespace

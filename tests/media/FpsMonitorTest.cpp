@@ -1,11 +1,8 @@
 #include "media/FpsMonitor.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <limits>
 #include <stdexcept>
-#include <vector>
 
 #include "tests/support/Expect.h"
 

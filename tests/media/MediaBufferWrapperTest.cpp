@@ -1,16 +1,14 @@
 #include "media/MediaBufferWrapper.h"
 
-#include <gtest/gtest.h>
-
 #include "base/ComException.h"
 #include "base/ComObject.h"
+#include "tests/support/Expect.h"
 
 namespace
 {
 
 using mft_utils::MediaBufferWrapper;
 
-// clang-format off
 // A buffer whose lock can be made to fail, and that counts how often it is locked.
 class FakeBuffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
 {
@@ -26,7 +24,11 @@ class FakeBuffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
         *currentLength = 3;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE Unlock() noexcept override { --locks; return S_OK; }
+    HRESULT STDMETHODCALLTYPE Unlock() noexcept override
+    {
+        --locks;
+        return S_OK;
+    }
     HRESULT STDMETHODCALLTYPE GetCurrentLength(DWORD *) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE SetCurrentLength(DWORD) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetMaxLength(DWORD *) noexcept override { return E_NOTIMPL; }
@@ -36,7 +38,6 @@ class FakeBuffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
     int locks = 0;
     BYTE memory[4] = {};
 };
-// clang-format on
 
 void ExpectFailure(HRESULT result, const char *text, auto argument)
 {

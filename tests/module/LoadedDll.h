@@ -3,6 +3,8 @@
 
 #include "platform/MediaFoundation.h"
 
+#include <filesystem>
+#include <stdexcept>
 #include <string>
 
 namespace tarn_test
@@ -16,19 +18,43 @@ class LoadedDll
   public:
     // The file that TARN_MODULE names, or the one beside the test program. Throws std::runtime_error when it cannot be
     // loaded.
-    LoadedDll();
-    ~LoadedDll();
+    LoadedDll()
+    {
+        wchar_t text[1024] = {};
+        const bool isNamed = GetEnvironmentVariableW(L"TARN_MODULE", text, 1024) != 0;
+        if (!isNamed)
+        {
+            GetModuleFileNameW(nullptr, text, 1024);
+        }
+        std::filesystem::path file(text);
+        path = (isNamed ? file.make_preferred() : file.replace_filename(L"tarn_dmft.dll")).wstring();
+        module = LoadLibraryW(path.c_str());
+        if (module == nullptr)
+        {
+            throw std::runtime_error("cannot load " + file.string());
+        }
+    }
+    ~LoadedDll() { FreeLibrary(module); }
     LoadedDll(const LoadedDll &) = delete;
     LoadedDll &operator=(const LoadedDll &) = delete;
 
-    const std::wstring &Path() const;
-    HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void **object) const;
-    HRESULT CanUnloadNow() const;
-    HRESULT RegisterServer() const;
-    HRESULT UnregisterServer() const;
+    const std::wstring &Path() const { return path; }
+    HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void **object) const
+    {
+        return Export<HRESULT(WINAPI *)(REFCLSID, REFIID, void **)>("DllGetClassObject")(clsid, iid, object);
+    }
+    HRESULT CanUnloadNow() const { return Export<HRESULT(WINAPI *)()>("DllCanUnloadNow")(); }
+    HRESULT RegisterServer() const { return Export<HRESULT(WINAPI *)()>("DllRegisterServer")(); }
+    HRESULT UnregisterServer() const { return Export<HRESULT(WINAPI *)()>("DllUnregisterServer")(); }
 
   private:
-    HRESULT Call(const char *name) const;
+    template <class Function>
+    Function Export(const char *name) const
+    {
+        const FARPROC found = GetProcAddress(module, name);
+        return found != nullptr ? reinterpret_cast<Function>(reinterpret_cast<void *>(found))
+                                : throw std::runtime_error(std::string("no export ") + name);
+    }
 
     std::wstring path;
     HMODULE module = nullptr;

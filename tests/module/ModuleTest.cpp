@@ -1,19 +1,11 @@
 // The module's boundary, seen through the loaded DLL.
 #include "platform/DeviceTransform.h"
 
-#include <array>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tests/module/LoadedDll.h"
 #include "tests/support/Expect.h"
 #include "tests/support/HandleCount.h"
 
-using tarn_test::kColorClass;
-using tarn_test::kDepthClass;
-using tarn_test::LoadedDll;
+using namespace tarn_test;
 
 namespace
 {
@@ -145,10 +137,10 @@ TEST(ModuleTest, LoadingAndUnloadingLeavesNothing)
         }
         if (round == 5)
         {
-            before = tarn_test::CountHandles();
+            before = CountHandles();
         }
     }
-    EXPECT_LE(tarn_test::CountHandles(), before);
+    EXPECT_LE(CountHandles(), before);
     EXPECT_EQ(nullptr, GetModuleHandleW(L"tarn_dmft.dll"));
 }
 

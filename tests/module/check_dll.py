@@ -42,7 +42,7 @@ def main():
         sections = subprocess.run([objdump, "-h", dll], capture_output=True, text=True, check=True).stdout
         if ".debug_info" in sections:
             errors.append("the release carries debug information")
-        if not os.path.exists(dll + ".debug"):
+        if not os.path.exists(dll + ".debug") and not os.path.exists(os.path.splitext(dll)[0] + ".pdb"):
             errors.append("the split-off debug information is missing")
 
     for error in errors:

@@ -1,9 +1,7 @@
 // What every converting node promises, whatever it does with the pixels.
 #include "tests/nodes/FrameMemory.h"
 
-#include <algorithm>
 #include <stdexcept>
-#include <thread>
 
 #include "nodes/CropMmTopologyNode.h"
 #include "nodes/SharpeningTopologyNode.h"
@@ -11,7 +9,6 @@
 #include "nodes/Crop16BitTopologyNode.h"
 #include "nodes/ImageResizeTopologyNode.h"
 #include "nodes/SampleCopyTopologyNode.h"
-#include "tests/support/Expect.h"
 #include "tests/trace/TraceLines.h"
 
 using namespace mft_core;
@@ -52,19 +49,19 @@ class ConvertingNodesTest : public testing::TestWithParam<NodeCase>
 TEST_P(ConvertingNodesTest, OutputCarriesTheFrameAndTheInputStaysAsItWas)
 {
     const auto input = Frame(GetParam().neededBytes);
-    const Bytes before = BytesOf(input.Get());
+    const Bytes before = BytesOf(input);
     ComPtr<IMFMediaBuffer> buffer;
     input->GetBufferByIndex(0, &buffer);
 
     node->Process(input.Get());
 
     ASSERT_EQ(1u, end->samples.size());
-    ExpectFrameProperties(end->samples[0].Get());
-    EXPECT_EQ(GetParam().outputBytes, BytesOf(end->samples[0].Get()).size());
+    ExpectFrameProperties(end->samples[0]);
+    EXPECT_EQ(GetParam().outputBytes, BytesOf(end->samples[0]).size());
     EXPECT_REFS(end->samples[0], 1);
     EXPECT_REFS(input, 1);
     EXPECT_REFS(buffer, 2);
-    EXPECT_EQ(before, BytesOf(input.Get()));
+    EXPECT_EQ(before, BytesOf(input));
 }
 
 TEST_P(ConvertingNodesTest, FrameThatIsTooShortIsDropped)
@@ -119,7 +116,7 @@ TEST_P(ConvertingNodesTest, RecycledMemoryShowsNothingOfAnEarlierFrame)
 {
     const auto input = Frame(GetParam().neededBytes);
     node->Process(input.Get());
-    const Bytes expected = BytesOf(end->samples.at(0).Get());
+    const Bytes expected = BytesOf(end->samples.at(0));
     const auto pool = std::make_shared<mft_utils::BufferPool>();
     node->UseBuffers(pool);
     for (const BYTE pattern : {BYTE{0x00}, BYTE{0x5A}, BYTE{0xFF}})
@@ -138,7 +135,7 @@ TEST_P(ConvertingNodesTest, RecycledMemoryShowsNothingOfAnEarlierFrame)
         ComPtr<IMFMediaBuffer> output;
         ASSERT_HR(S_OK, end->samples.at(0)->GetBufferByIndex(0, &output));
         EXPECT_EQ(address, output.Get());
-        EXPECT_EQ(expected, BytesOf(end->samples[0].Get()));
+        EXPECT_EQ(expected, BytesOf(end->samples[0]));
     }
 }
 
@@ -153,40 +150,31 @@ TEST_P(ConvertingNodesTest, WithoutANextNodeTheFrameEndsInAnOutOfRangeFailure)
 
 TEST_P(ConvertingNodesTest, FramesOnSeveralThreadsDoNotMix)
 {
-    constexpr unsigned kThreads = 4;
+    constexpr int kThreads = 4;
     constexpr int kRounds = 20;
     std::vector<ComPtr<IMFSample>> inputs;
     std::vector<Bytes> expected;
-    for (unsigned i = 0; i < kThreads; ++i)
+    for (unsigned i = 0; i < unsigned{kThreads}; ++i)
     {
         inputs.push_back(Frame(GetParam().neededBytes, i));
         inputs[i]->SetSampleTime(i);
         node->Process(inputs[i].Get());
-        expected.push_back(BytesOf(end->samples[i].Get()));
+        expected.push_back(BytesOf(end->samples[i]));
     }
     end->samples.clear();
 
-    std::vector<std::thread> threads;
-    for (const auto &input : inputs)
-    {
-        threads.emplace_back([&] {
-            for (int round = 0; round < kRounds; ++round)
-            {
-                node->Process(input.Get());
-            }
-        });
-    }
-    for (auto &thread : threads)
-    {
-        thread.join();
-    }
-
-    ASSERT_EQ(kThreads * kRounds, end->samples.size());
+    OnThreads(kThreads, [&](int thread) {
+        for (int round = 0; round < kRounds; ++round)
+        {
+            node->Process(inputs[static_cast<std::size_t>(thread)].Get());
+        }
+    });
+    ASSERT_EQ(std::size_t{kThreads * kRounds}, end->samples.size());
     for (const auto &sample : end->samples)
     {
         LONGLONG index = 0;
         sample->GetSampleTime(&index);
-        ASSERT_EQ(expected[static_cast<std::size_t>(index)], BytesOf(sample.Get()));
+        ASSERT_EQ(expected[static_cast<std::size_t>(index)], BytesOf(sample));
     }
 }
 
@@ -208,48 +196,5 @@ constexpr NodeCase kCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Nodes, ConvertingNodesTest, testing::ValuesIn(kCases),
                          [](const testing::TestParamInfo<NodeCase> &instance) { return instance.param.name; });
-
-// A node that reads behind one that hands on copies, or views of the frame.
-using ChainMaker = NodePtr (*)(NodePtr end, OutputMemory memory);
-
-TEST(ViewTest, NodesBehindAViewGiveWhatTheyGiveBehindACopy)
-{
-    constexpr ChainMaker chains[] = {
-        [](NodePtr end, OutputMemory memory) -> NodePtr {
-            const NodePtr next = std::make_shared<TarnIr10to8TopologyNode>(end, 37, 27, 0.0, nullptr,
-                                                                           memory == OutputMemory::View ? 41 : 0);
-            return std::make_shared<Crop16BitTopologyNode>(next, 41, 32, 37, 27, nullptr, memory);
-        },
-        [](NodePtr end, OutputMemory memory) -> NodePtr {
-            const NodePtr next =
-                std::make_shared<ImageResizeTopologyNode>(end, 37, 27, 50, 20, memory == OutputMemory::View ? 41 : 0);
-            return std::make_shared<Crop16BitTopologyNode>(next, 41, 32, 37, 27, nullptr, memory);
-        },
-        [](NodePtr end, OutputMemory memory) -> NodePtr {
-            const NodePtr next = std::make_shared<Crop16BitTopologyNode>(end, 41, 14, 37, 14);
-            return std::make_shared<SampleCopyTopologyNode>(next, 0.5, 0.5, "Copy", 2 * 2 * 41 * 14, memory);
-        },
-    };
-    constexpr std::size_t kNeeded[] = {2 * (41 * 28 + 39), 2 * (41 * 28 + 39), 2 * 2 * 41 * 14}; // bytes
-    for (std::size_t i = 0; i < std::size(chains); ++i)
-    {
-        Bytes pixels = AsBytes(RandomPixels(41 * 32));
-        pixels.resize(kNeeded[i]); // and then a page that faults
-        const auto input = MakeFrame(pixels);
-        const auto copies = std::make_shared<CollectingNode>();
-        const auto views = std::make_shared<CollectingNode>();
-        chains[i](copies, OutputMemory::Own)->Process(input.Get());
-        chains[i](views, OutputMemory::View)->Process(input.Get());
-        ASSERT_EQ(1u, views->samples.size()) << i;
-        EXPECT_EQ(BytesOf(copies->samples.at(0).Get()), BytesOf(views->samples[0].Get())) << i;
-        ExpectFrameProperties(views->samples[0].Get());
-        EXPECT_EQ(pixels, BytesOf(input.Get()));
-        EXPECT_REFS(input, 1);
-
-        pixels.resize(kNeeded[i] / 2);
-        chains[i](views, OutputMemory::View)->Process(MakeFrame(pixels).Get());
-        EXPECT_EQ(1u, views->samples.size()) << i;
-    }
-}
 
 } // namespace

@@ -1,16 +1,10 @@
 // Frames between guard pages, and platform calls that fail on request.
 #pragma once
 
-#include "platform/MediaFoundation.h"
-
-#include <atomic>
-#include <mutex>
-#include <optional>
-#include <vector>
-
+#include "base/ComObject.h"
 #include "core/ITopologyNode.h"
 #include "tests/kernels/GuardedMemory.h"
-#include "base/ComObject.h"
+#include "tests/support/Metadata.h"
 
 namespace tarn_test
 {
@@ -21,12 +15,15 @@ namespace tarn_test
 class FailingCall
 {
   public:
-    explicit FailingCall(int number);
-    ~FailingCall();
+    explicit FailingCall(int number) { left = number; }
+    ~FailingCall() { left = 0; }
     FailingCall(const FailingCall &) = delete;
     FailingCall &operator=(const FailingCall &) = delete;
+    static bool HasFailed() { return left < 0; }
+    static bool IsThisOne() { return left > 0 && --left == 0 && --left < 0; }
 
-    bool HasFailed() const;
+  private:
+    static inline thread_local int left = 0; // until the failing one; 0 = off, -1 = it has come
 };
 
 // The last byte of the current length is the last one before a page that faults. Checks at its end that each lock was
@@ -34,16 +31,42 @@ class FailingCall
 class GuardedBuffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
 {
   public:
-    explicit GuardedBuffer(DWORD bufferSize);
-    ~GuardedBuffer() override;
+    explicit GuardedBuffer(DWORD bufferSize) : size(bufferSize), memory(bufferSize) { std::memset(Data(), 0xA5, size); }
+    ~GuardedBuffer() override { EXPECT_EQ(0, locks.load()); }
+    HRESULT STDMETHODCALLTYPE Lock(BYTE **data, DWORD *maxLength, DWORD *currentLength) override
+    {
+        if (FailingCall::IsThisOne())
+        {
+            return E_OUTOFMEMORY;
+        }
+        ++locks;
+        *data = Data();
+        for (DWORD *const length : {maxLength, currentLength})
+        {
+            if (length != nullptr)
+            {
+                *length = size;
+            }
+        }
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Unlock() override
+    {
+        --locks;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetCurrentLength(DWORD *length) override
+    {
+        *length = size;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE SetCurrentLength(DWORD length) override
+    {
+        return FailingCall::IsThisOne() ? E_OUTOFMEMORY : length == size ? S_OK : E_INVALIDARG;
+    }
+    HRESULT STDMETHODCALLTYPE GetMaxLength(DWORD *length) override { return GetCurrentLength(length); }
 
-    HRESULT STDMETHODCALLTYPE Lock(BYTE **data, DWORD *maxLength, DWORD *currentLength) override;
-    HRESULT STDMETHODCALLTYPE Unlock() override;
-    HRESULT STDMETHODCALLTYPE GetCurrentLength(DWORD *length) override;
-    HRESULT STDMETHODCALLTYPE SetCurrentLength(DWORD length) override;
-    HRESULT STDMETHODCALLTYPE GetMaxLength(DWORD *length) override;
-
-    BYTE *Data() const;
+    BYTE *Data() const { return memory.End() - size; }
 
   private:
     const DWORD size;
@@ -51,26 +74,34 @@ class GuardedBuffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
     std::atomic<int> locks{0};
 };
 
-using Bytes = std::vector<BYTE>;
 using Pixels = std::vector<std::uint16_t>;
 
-inline constexpr LONGLONG kTime100ns = 123456789;
-inline constexpr LONGLONG kDuration100ns = 333333;
+inline Bytes AsBytes(const Pixels &pixels)
+{
+    const auto *const first = reinterpret_cast<const BYTE *>(pixels.data());
+    return {first, first + pixels.size() * 2};
+}
+
+inline Pixels PixelsOf(const ComPtr<IMFSample> &sample)
+{
+    const Bytes bytes = BytesOf(sample);
+    Pixels pixels(bytes.size() / 2);
+    std::memcpy(pixels.data(), bytes.data(), pixels.size() * 2);
+    return pixels;
+}
+
+// Deterministic, over the whole range of values.
+Pixels RandomPixels(std::size_t count, unsigned seed = 1);
 
 // A sample with time, duration and an attribute, over a guarded buffer that holds the bytes.
 ComPtr<IMFSample> MakeFrame(const Bytes &bytes);
 ComPtr<IMFSample> MakeFrame(const Pixels &pixels);
-// A metadata item as the driver frames it; the size it announces need not be true.
-Bytes Item(ULONG id, const Bytes &payload, std::optional<ULONG> announcedSize = std::nullopt);
-ComPtr<IMFAttributes> AttachMetadata(IMFSample *sample, const Bytes &items);
-Bytes BytesOf(IMFSample *sample);
-Pixels PixelsOf(IMFSample *sample);
-// Deterministic, over the whole range of values.
-Pixels RandomPixels(std::size_t count, unsigned seed = 1);
-Bytes AsBytes(const Pixels &pixels);
 
-// Whether the sample carries what MakeFrame gave it.
-void ExpectFrameProperties(IMFSample *sample);
+// Expects on the sample what MakeFrame gave it.
+void ExpectFrameProperties(const ComPtr<IMFSample> &sample);
+
+// The items in a guarded buffer.
+ComPtr<IMFAttributes> AttachMetadata(const ComPtr<IMFSample> &sample, const Bytes &items);
 
 // Ends a chain and keeps what reaches it.
 class CollectingNode : public mft_core::ITopologyNode

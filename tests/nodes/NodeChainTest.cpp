@@ -5,9 +5,7 @@
 #include "tests/support/Expect.h"
 #include "tools/command/ExitCode.h"
 
-using tarn_host::ImageFrame;
-using tarn_host::NodeChain;
-using tarn_host::UsageError;
+using namespace tarn_host;
 
 namespace
 {

@@ -1,14 +1,7 @@
 #include "nodes/SplitterTopologyNode.h"
 
-#include "platform/CameraAttributes.h"
-
-#include <string>
-
-#include <tarn/frame_metadata.h>
-
 #include "device/nodes/TarnIrIlluminationTopologyNode.h"
 #include "tests/nodes/FrameMemory.h"
-#include "tests/support/Expect.h"
 
 using namespace mft_core;
 using namespace tarn_test;
@@ -76,7 +69,7 @@ TEST_F(SplitterTopologyNodeTest, SeparateSamplesShareBuffersButNoAttributes)
     for (const auto &branch : {a, b, c})
     {
         EXPECT_FALSE(branch->foundMark);
-        ExpectFrameProperties(branch->sample.Get());
+        ExpectFrameProperties(branch->sample);
         ComPtr<IMFMediaBuffer> branchBuffer;
         EXPECT_HR(S_OK, branch->sample->GetBufferByIndex(0, &branchBuffer));
         EXPECT_EQ(buffer, branchBuffer);
@@ -90,7 +83,7 @@ TEST_F(SplitterTopologyNodeTest, IlluminationOfOneBranchStaysOutOfTheOther)
 {
     Bytes record(sizeof(TARN_FRAME_METADATA));
     record[48] = 1;
-    AttachMetadata(frame.Get(), Item(TARN_FRAME_METADATA_ITEM_ID, record));
+    AttachMetadata(frame, Item(TARN_FRAME_METADATA_ITEM_ID, record));
     const auto lit = std::make_shared<CollectingNode>();
     const auto plain = std::make_shared<CollectingNode>();
     SplitterTopologyNode splitter(std::make_shared<TarnIrIlluminationTopologyNode>(lit), BranchSamples::Separate);

@@ -41,8 +41,16 @@ class InstallFactsTest(unittest.TestCase):
         for path in re.findall(r"`((?:system|devices\[\]|files\[\]|loaded\[\]|packages\[\]|server)\.\w+)`", table):
             self.assertRegex(SCRIPT, rf"\b{path.rpartition('.')[2]}\b", path)
 
+    def test_the_table_has_the_rows_of_the_tool(self):
+        tool = (ROOT / "tools/installation/InstallDecisions.cpp").read_text(encoding="ascii")
+        rows = re.findall(r"(?m)^\| `([\w-]+)` \|", PAGE[PAGE.index("| row |"):])
+        self.assertEqual(re.findall(r'(?m)^    \{"([\w-]+)", "\w+",', tool), list(dict.fromkeys(rows)))
+
     def test_the_script_knows_the_module_and_the_categories(self):
-        ids = set(re.findall(r"\{[0-9A-F]{8}-[0-9A-F-]{27}\}", SCRIPT))
+        tool = "".join((ROOT / f"tools/installation/{name}.cpp").read_text(encoding="ascii")
+                       for name in ("FactQueries", "JudgesOfDevice"))
+        ids, known = (set(re.findall(r"\{[0-9A-F]{8}-[0-9A-F-]{27}\}", text)) for text in (SCRIPT, tool))
+        self.assertEqual(ids, known)
         classes = {entry.clsid for entry in module.load(ROOT).classes}
         self.assertEqual(ids, classes | camera.CATEGORIES | {camera.SENSOR})
 

@@ -141,8 +141,10 @@ class RecordingBuilder
 
     std::vector<std::uint8_t> File() const
     {
-        std::vector<std::uint8_t> file(sizeof header);
-        std::memcpy(file.data(), &header, sizeof header);
+        tarn_recording_header head = header;
+        head.usedBytes = sizeof head + records.size();
+        std::vector<std::uint8_t> file(sizeof head);
+        std::memcpy(file.data(), &head, sizeof head);
         file.insert(file.end(), records.begin(), records.end());
         return file;
     }

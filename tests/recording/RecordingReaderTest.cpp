@@ -1,6 +1,10 @@
 // Every whole record of a damaged file is found, and what is none is named.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
 #include <functional>
 
 #include "tests/recording/RecordingBuilder.h"
@@ -74,11 +78,24 @@ const std::vector<DamageCase> kDamageCases{
     {"ClosedAndCut",
      [](File &file, const auto &at) {
          file[16] |= TARN_RECORDING_CLOSED;
-         file[57] = 0x10; // usedBytes
          file.resize(at[5]);
      },
      {1, 2, 3, 4, 5},
      {DamageKind::MissingEnd}},
+    {"ClosedAndBlankAtTheEnd",
+     [](File &file, const auto &at) {
+         file[16] |= TARN_RECORDING_CLOSED;
+         Fill(file, at[5], file.size(), 0);
+     },
+     {1, 2, 3, 4, 5},
+     {DamageKind::MissingEnd}},
+    {"TwoRecordsTakenOut",
+     [](File &file, const auto &at) {
+         file.erase(file.begin() + static_cast<std::ptrdiff_t>(at[2]),
+                    file.begin() + static_cast<std::ptrdiff_t>(at[4]));
+     },
+     {1, 2, 5, 6},
+     {DamageKind::MissingRecords}},
     {"Magic", [](File &file, const auto &) { file[0] = 0; }, {1, 2, 3, 4, 5, 6}, {DamageKind::Header}},
     {"FirstRecordsPlace", [](File &file, const auto &) { file[12] = 3; }, {1, 2, 3, 4, 5, 6}, {DamageKind::Header}},
     {"Version", [](File &file, const auto &) { file[8] = 9; }, {1, 2, 3, 4, 5, 6}, {DamageKind::Version}},
@@ -131,6 +148,32 @@ TEST(RecordedSessionTest, PartsAreOneSessionWhoseCallsAreJoined)
     EXPECT_TRUE(session.Find(end)->Failed());
     ASSERT_EQ(1U, session.Damages().size());
     EXPECT_EQ("part 1 of the session is missing", session.Damages()[0].ToText());
+}
+
+TEST(RecordedSessionTest, OtherPartsAreFoundBesideTheFileAndCopiesLeftAlone)
+{
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::temp_directory_path() / ("tarn-parts-" + std::to_string(getpid()));
+    fs::create_directories(folder);
+    RecordingBuilder parts[]{RecordingBuilder(0, 1), RecordingBuilder(1, 2), RecordingBuilder(0, 1)};
+    parts[2].header.sessionId = 7; // of something else
+    const char *const names[]{"events.1.bin", "events.bin", "events.2.bin"};
+    for (std::size_t i = 0; i < std::size(parts); ++i)
+    {
+        parts[i].Add(TARN_RECORD_CALL, TARN_CALL_SHUTDOWN);
+        const File file = parts[i].File();
+        std::ofstream(folder / names[i])
+            .write(reinterpret_cast<const char *>(file.data()), static_cast<std::streamsize>(file.size()));
+    }
+    fs::copy_file(folder / names[1], folder / "copy of events.bin");
+
+    const auto sessions = RecordedSession::Open({folder / "events.bin"});
+
+    ASSERT_EQ(1U, sessions.size());
+    EXPECT_EQ(2U, sessions[0].Files().size());
+    EXPECT_EQ(2U, sessions[0].Records().size());
+    EXPECT_TRUE(sessions[0].Damages().empty());
+    fs::remove_all(folder);
 }
 
 TEST(ValueTest, ListsEndBeforeWhatDoesNotFitAndNestOnlySoDeep)

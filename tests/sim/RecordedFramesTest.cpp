@@ -1,16 +1,14 @@
 // Replay of recorded pictures: units, sizes, what is damaged.
 #include "sim/RecordedFrames.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <string>
 
 #include "tests/sim/SimCase.h"
 
-namespace tarn_sim
-{
+using namespace tarn_sim;
+
 namespace
 {
 
@@ -33,10 +31,7 @@ class RecordedFramesTest : public testing::Test
         RecordedFrames(data / set, options).Render(request, plane, reinterpret_cast<std::uint8_t *>(pixels.data()));
         return pixels;
     }
-    Pixels Raw(const char *set, const char *picture) const
-    {
-        return ReadGreyPng(data / set / picture).pixels;
-    }
+    Pixels Raw(const char *set, const char *picture) const { return ReadGreyPng(data / set / picture).pixels; }
 
     const char *const dataFolder = std::getenv("TARN_DATA_DIR");
     const std::filesystem::path data = dataFolder == nullptr ? "" : dataFolder;
@@ -120,4 +115,3 @@ TEST_F(RecordedFramesTest, ADamagedPictureIsNamed)
 }
 
 } // namespace
-} // namespace tarn_sim

@@ -2,20 +2,14 @@
 #pragma once
 
 #include "platform/CameraAttributes.h"
-#include "platform/CaptureMetadata.h"
 
 #include <tarn/frame_metadata.h>
 #include <tarn/tarn_formats.h>
 
-#include <cstring>
-#include <functional>
-#include <mutex>
-#include <optional>
-#include <vector>
-
+#include "device/nodes/UvcMetaDataWrapper.h"
 #include "sim/CameraIdentifiers.h"
 #include "sim/SimulatedCamera.h"
-#include "tests/support/Expect.h"
+#include "tests/support/Samples.h"
 
 namespace tarn_sim
 {
@@ -32,9 +26,8 @@ inline ComPtr<SimulatedCamera> MakeCamera(CameraConfiguration configuration, Pac
 class TestSink : public IFrameSink
 {
   public:
-    explicit TestSink(bool keepSamples = true) : keep(keepSamples) {}
-
     std::function<void()> onFrame = [] {};
+    std::atomic<bool> keep{true};
     std::atomic<std::uint64_t> frames{0};
 
     void OnFrame(DWORD, IMFSample *sample) override
@@ -54,7 +47,6 @@ class TestSink : public IFrameSink
     }
 
   private:
-    const bool keep;
     std::mutex lock;
     std::vector<ComPtr<IMFSample>> kept;
 };
@@ -79,22 +71,7 @@ inline HRESULT NodeProperty(SimulatedCamera &camera, const GUID &set, ULONG id, 
     return camera.KsProperty(&request.Property, sizeof(request), data, length, returned);
 }
 
-inline std::vector<std::uint8_t> BytesOf(IMFMediaBuffer *buffer)
-{
-    BYTE *bytes = nullptr;
-    DWORD length = 0;
-    EXPECT_HR(S_OK, buffer->Lock(&bytes, nullptr, &length));
-    std::vector<std::uint8_t> copy(bytes, bytes + length);
-    EXPECT_HR(S_OK, buffer->Unlock());
-    return copy;
-}
-
-inline std::vector<std::uint8_t> BytesOf(IMFSample *sample)
-{
-    ComPtr<IMFMediaBuffer> buffer;
-    EXPECT_HR(S_OK, sample->ConvertToContiguousBuffer(&buffer));
-    return BytesOf(buffer.Get());
-}
+using tarn_test::BytesOf;
 
 // The raw metadata items of the sample; none when it has no store or no items.
 inline std::vector<std::uint8_t> MetadataItems(IMFSample *sample)
@@ -106,30 +83,20 @@ inline std::vector<std::uint8_t> MetadataItems(IMFSample *sample)
     {
         return {};
     }
-    return BytesOf(buffer.Get());
+    return BytesOf(buffer);
 }
 
-// The record in our item, found by walking the items in order.
+// What the transforms read of them.
 inline std::optional<TARN_FRAME_METADATA> RecordOf(IMFSample *sample)
 {
-    const auto items = MetadataItems(sample);
-    KSCAMERA_METADATA_ITEMHEADER header{};
-    for (std::size_t offset = 0; offset + sizeof(header) <= items.size(); offset += header.Size)
+    const mft_core::UvcMetaDataWrapper metaData(sample);
+    TARN_FRAME_METADATA record{};
+    if (metaData.PayloadSize() != sizeof(record))
     {
-        std::memcpy(&header, items.data() + offset, sizeof(header));
-        EXPECT_EQ(0U, offset % 8);
-        if (header.Size < sizeof(header) || header.Size > items.size() - offset)
-        {
-            return std::nullopt;
-        }
-        TARN_FRAME_METADATA record{};
-        if (header.MetadataId == MetadataId_Custom_Start && header.Size == sizeof(header) + sizeof(record))
-        {
-            std::memcpy(&record, items.data() + offset + sizeof(header), sizeof(record));
-            return record;
-        }
+        return std::nullopt;
     }
-    return std::nullopt;
+    std::memcpy(&record, metaData.Payload(), sizeof(record));
+    return record;
 }
 
 } // namespace tarn_sim

@@ -1,11 +1,14 @@
-// What the simulated filter tells a device transform about its streams, and how it stops.
+// What the simulated filter tells of its streams, how it stops, and what its faults do.
 #include "sim/SimulatedCamera.h"
 
+#include "sim/FaultPlan.h"
 #include "tests/sim/SimCase.h"
 #include "tests/support/HandleCount.h"
 
-namespace tarn_sim
-{
+using namespace tarn_test;
+
+using namespace tarn_sim;
+
 namespace
 {
 
@@ -29,7 +32,8 @@ TEST(SimulatedCameraTest, StartsAndStopsWithFramesInFlight)
     const auto camera = MakeCamera(CameraConfiguration::GenericDepth16(32, 24, 60), Pacing::AsFastAsTaken);
     std::atomic<bool> stopped{false};
     std::atomic<int> late{0};
-    TestSink sink(false);
+    TestSink sink;
+    sink.keep = false;
     sink.onFrame = [&] { late += stopped ? 1 : 0; };
     camera->Pins().SetFrameSink(&sink);
 
@@ -37,7 +41,7 @@ TEST(SimulatedCameraTest, StartsAndStopsWithFramesInFlight)
     {
         if (round == 20)
         {
-            handlesBefore = tarn_test::CountHandles();
+            handlesBefore = CountHandles();
         }
         stopped = false;
         const auto wanted = sink.frames + 3;
@@ -54,7 +58,7 @@ TEST(SimulatedCameraTest, StartsAndStopsWithFramesInFlight)
     camera->Pins().StopAll();
 
     EXPECT_EQ(0, late);
-    EXPECT_LE(tarn_test::CountHandles(), handlesBefore);
+    EXPECT_LE(CountHandles(), handlesBefore);
     EXPECT_HR(S_OK, camera->Pins().WaitForReturnOfFrames(kLongEnough));
     EXPECT_REFS(camera, 1);
 }
@@ -71,7 +75,7 @@ TEST(SimulatedCameraTest, MayBeReleasedByItsOwnCaptureThread)
     sink.Take();
     last = MakeCamera(CameraConfiguration::GenericDepth16(32, 24, 60), Pacing::AsFastAsTaken);
     sink.onFrame = [] {
-        if (tarn_test::WaitUntil([] { return handedOver.load(); }))
+        if (WaitUntil([] { return handedOver.load(); }))
         {
             last.Reset();
             released = true;
@@ -82,11 +86,84 @@ TEST(SimulatedCameraTest, MayBeReleasedByItsOwnCaptureThread)
               last->Pins().SetPinState(0, DeviceStreamState_Run, MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get()));
     handedOver = true;
 
-    ASSERT_TRUE(tarn_test::WaitUntil([] { return released.load(); }));
+    ASSERT_TRUE(WaitUntil([] { return released.load(); }));
     const auto samples = sink.Take();
     ASSERT_EQ(1U, samples.size());
-    EXPECT_EQ(32U * 24 * 2, BytesOf(samples.front().Get()).size());
+    EXPECT_EQ(32U * 24 * 2, BytesOf(samples.front()).size());
+}
+
+class FaultPlanTest : public testing::Test
+{
+  protected:
+    ComPtr<SimulatedCamera> camera = MakeCamera(CameraConfiguration::TarnDepth());
+    ComPtr<IMFMediaType> type = MakeVideoType(CUSTOM_GUID_KELP_Z, 320, 240, 30);
+};
+
+TEST_F(FaultPlanTest, FramesComeShortTwiceAndLate)
+{
+    FaultPlan plan;
+    plan.shortEvery = 2;
+    plan.duplicateEvery = 3;
+    plan.frameAfterStop = true;
+    camera->Faults().SetPlan(plan);
+    TestSink sink;
+    camera->Pins().SetFrameSink(&sink);
+    EXPECT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Run, type.Get()));
+    EXPECT_HR(S_OK, camera->Pins().Step(0, 3, kLongEnough));
+
+    const auto samples = sink.Take();
+    ASSERT_EQ(4U, samples.size());
+    EXPECT_EQ(320U * 240 * 2, BytesOf(samples[0]).size());
+    EXPECT_EQ(320U * 240, BytesOf(samples[1]).size());
+    EXPECT_EQ(samples[2].Get(), samples[3].Get());
+
+    EXPECT_HR(S_OK, camera->Pins().SetPinState(0, DeviceStreamState_Stop, nullptr));
+    EXPECT_HR(S_OK, camera->Pins().WaitForFrames(0, 5, kLongEnough));
+    EXPECT_EQ(1U, sink.Take().size());
+    camera->Pins().StopAll();
+}
+
+TEST_F(FaultPlanTest, MetadataIsBrokenInEachWay)
+{
+    FaultPlan plan;
+    for (const auto fault : {MetadataFault::Absent, MetadataFault::NoItems, MetadataFault::Truncated,
+                             MetadataFault::ZeroSizedItem, MetadataFault::HugeItem, MetadataFault::ShortPayload})
+    {
+        plan.metadata = fault;
+        camera->Faults().SetPlan(plan);
+        const auto samples = Capture(*camera.Get(), type.Get(), 1);
+        ASSERT_EQ(1U, samples.size());
+        EXPECT_FALSE(RecordOf(samples[0].Get()).has_value());
+        const bool hasItems = fault != MetadataFault::Absent && fault != MetadataFault::NoItems;
+        EXPECT_EQ(hasItems, !MetadataItems(samples[0].Get()).empty());
+    }
+    camera->Pins().StopAll();
+}
+
+// A source that fails must not stop the camera.
+class FailingSource : public IFrameSource
+{
+  public:
+    void Render(const FrameRequest &request, Plane, std::uint8_t *) override
+    {
+        if (request.number % 2 == 0)
+        {
+            throw std::runtime_error("no picture");
+        }
+    }
+};
+
+TEST(FailingSourceTest, CostsOnlyItsOwnFrames)
+{
+    auto configuration = CameraConfiguration::GenericDepth16(32, 24, 60);
+    configuration.frameSource = std::make_shared<FailingSource>();
+    const auto camera = MakeCamera(configuration);
+
+    EXPECT_EQ(3U, Capture(*camera.Get(), MakeVideoType(MFVideoFormat_D16, 32, 24, 60).Get(), 6).size());
+
+    EXPECT_EQ(3U, camera->Pins().Statistics(0).failed);
+    EXPECT_EQ(0U, camera->Pins().Statistics(0).outstanding);
+    camera->Pins().StopAll();
 }
 
 } // namespace
-} // namespace tarn_sim

@@ -1,18 +1,30 @@
-// Our own words for results, references and waiting.
+// Our own words for results, references, texts, threads and waiting, and the headers that nearly every test needs.
 #pragma once
 
 #include "platform/MediaFoundation.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <cstring>
 #include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 // The exact result code.
 #define EXPECT_HR(expected, call) EXPECT_EQ(static_cast<HRESULT>(expected), static_cast<HRESULT>(call))
 #define ASSERT_HR(expected, call) ASSERT_EQ(static_cast<HRESULT>(expected), static_cast<HRESULT>(call))
+
+#define EXPECT_CONTAINS(text, part) EXPECT_NE(std::string::npos, (text).find(part)) << (text)
 
 // The object's reference count, the caller's own references included.
 #define EXPECT_REFS(object, count) EXPECT_EQ(static_cast<ULONG>(count), ::tarn_test::ReferenceCount(object))
@@ -47,6 +59,35 @@ std::string ThrownText(const Call &call)
     }
     return "nothing thrown";
 }
+
+// Runs the body on so many threads at once, given each one's number, until all have returned.
+template <class Body>
+void OnThreads(int count, const Body &body)
+{
+    std::vector<std::jthread> threads;
+    for (int number = 0; number < count; ++number)
+    {
+        threads.emplace_back(body, number);
+    }
+}
+
+// Repeats the step on a thread of its own for as long as it lives.
+class Repeating
+{
+  public:
+    explicit Repeating(std::function<void()> repeatedStep)
+        : thread([step = std::move(repeatedStep)](const std::stop_token &stop) {
+              for (; !stop.stop_requested(); std::this_thread::yield())
+              {
+                  step();
+              }
+          })
+    {
+    }
+
+  private:
+    std::jthread thread;
+};
 
 // Polls for something that another thread brings about and nothing announces.
 inline bool WaitUntil(const std::function<bool()> &condition,

@@ -8,12 +8,15 @@ namespace tarn_test
 class OwnWork
 {
   public:
-    OwnWork();
-    ~OwnWork();
+    OwnWork() { ++depth; }
+    ~OwnWork() { --depth; }
     OwnWork(const OwnWork &) = delete;
     OwnWork &operator=(const OwnWork &) = delete;
 
-    static bool IsUnderWay();
+    static bool IsUnderWay() { return depth != 0; }
+
+  private:
+    static inline thread_local int depth = 0;
 };
 
 } // namespace tarn_test

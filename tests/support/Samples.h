@@ -1,11 +1,6 @@
 // Media types, samples and what is on them.
 #pragma once
 
-#include "platform/MediaFoundation.h"
-
-#include <algorithm>
-#include <vector>
-
 #include "tests/support/Expect.h"
 
 namespace tarn_test
@@ -52,16 +47,21 @@ inline ComPtr<IMFSample> MakeSample(LONGLONG time100ns, const Bytes &bytes = {},
     return sample;
 }
 
-inline Bytes PixelsOf(const ComPtr<IMFSample> &sample)
+inline Bytes BytesOf(const ComPtr<IMFMediaBuffer> &buffer)
 {
-    ComPtr<IMFMediaBuffer> buffer;
-    EXPECT_HR(S_OK, sample->ConvertToContiguousBuffer(&buffer));
     BYTE *data = nullptr;
     DWORD length = 0;
     EXPECT_HR(S_OK, buffer->Lock(&data, nullptr, &length));
-    Bytes pixels(data, data + length);
+    Bytes bytes(data, data + length);
     EXPECT_HR(S_OK, buffer->Unlock());
-    return pixels;
+    return bytes;
+}
+
+inline Bytes BytesOf(const ComPtr<IMFSample> &sample)
+{
+    ComPtr<IMFMediaBuffer> buffer;
+    EXPECT_HR(S_OK, sample->ConvertToContiguousBuffer(&buffer));
+    return BytesOf(buffer);
 }
 
 // Empty when there is none.

@@ -6,7 +6,6 @@
 #include "platform/RealTimeClientEx.h"
 
 #include <map>
-#include <vector>
 
 #include "sim/SimulatedCamera.h"
 #include "tests/support/GiveInput.h"
@@ -147,6 +146,9 @@ class TestFrameServer : public tarn_sim::IFrameSink
         return Change(output, type, DeviceStreamState_Stop);
     }
 
+    // Has the camera deliver frames on a pin.
+    void Step(std::uint32_t frames, DWORD pin = 0) { EXPECT_HR(S_OK, camera->Pins().Step(pin, frames)); }
+
     // Null when nothing is ready.
     ComPtr<IMFSample> Collect(DWORD streamId)
     {
@@ -187,7 +189,7 @@ class TestFrameServer : public tarn_sim::IFrameSink
     // Has the camera deliver frames and waits for as many samples of the output.
     std::vector<ComPtr<IMFSample>> StepAndCollect(DWORD output, std::uint32_t frames)
     {
-        EXPECT_HR(S_OK, camera->Pins().Step(0, frames));
+        Step(frames);
         return WaitForSamples(output, frames);
     }
 

@@ -1,9 +1,4 @@
 // Every test ends with no object of ours alive and all heaps valid.
-#include "platform/MediaFoundation.h"
-
-#include <array>
-
-#include <gtest/gtest.h>
 
 #include "tests/support/Expect.h"
 #include "base/Object.h"
@@ -28,10 +23,7 @@ bool AllHeapsAreValid()
 class NothingLeft : public testing::EmptyTestEventListener
 {
   private:
-    void OnTestStart(const testing::TestInfo &) override
-    {
-        before = user_space_frameworks::Object::LiveCount();
-    }
+    void OnTestStart(const testing::TestInfo &) override { before = user_space_frameworks::Object::LiveCount(); }
     void OnTestEnd(const testing::TestInfo &) override
     {
         // The platform lets go of a work item's references a moment after the item has run.

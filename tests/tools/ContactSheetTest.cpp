@@ -1,14 +1,13 @@
 #include "tools/pictures/ContactSheet.h"
 
-#include <gtest/gtest.h>
-
 #include "tools/pictures/FalseColour.h"
 #include "tools/pictures/LevelRange.h"
+#include "tests/support/Expect.h"
+
+using namespace tarn_host;
 
 namespace
 {
-
-using namespace tarn_host;
 
 Thumbnail Frame(PixelKind pixels, std::uint16_t level)
 {

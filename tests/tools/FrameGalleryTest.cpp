@@ -1,14 +1,11 @@
 #include "tools/pictures/FrameGallery.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/Expect.h"
 
-#include <algorithm>
+using namespace tarn_host;
 
 namespace
 {
-
-using tarn_host::FrameGallery;
-using tarn_host::Thumbnail;
 
 std::vector<Thumbnail> Shown(std::size_t shown, std::uint64_t frames, bool alternate = false)
 {

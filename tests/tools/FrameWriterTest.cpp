@@ -1,37 +1,26 @@
 #include "tools/pictures/FrameWriter.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <array>
 #include <fstream>
-#include <iterator>
 
 #include "TemporaryFolder.h"
 #include "sim/PngImage.h"
 #include "sim/RecordingNotes.h"
 #include "tarn/sample_attributes.h"
 #include "tools/command/ExitCode.h"
+#include "tests/support/Expect.h"
+
+using namespace tarn_host;
 
 namespace
 {
 
-using namespace tarn_host;
 using tarn_host_test::TemporaryFolder;
-
-std::string ReadAll(const std::filesystem::path &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 FrameFormat Format(PixelKind pixels, std::uint32_t width, std::uint32_t height)
 {
-    FrameFormat format;
-    format.pixels = pixels;
-    format.size = {width, height, 30};
-    format.subtypeName = "TEST";
-    return format;
+    return {{width, height, 30}, pixels, "TEST"};
 }
 
 TEST(FrameWriterTest, DepthWithConfidenceBecomesTwoPicturesAndALine)
@@ -57,7 +46,7 @@ TEST(FrameWriterTest, DepthWithConfidenceBecomesTwoPicturesAndALine)
     EXPECT_EQ(map.bits, 8U);
     EXPECT_EQ(map.pixels, (std::vector<std::uint16_t>{15, 1}));
     EXPECT_EQ(tarn_sim::RecordingNotes::Of(folder.Path()).mmPerUnit, 0.125);
-    const auto line = nlohmann::json::parse(ReadAll(folder.Path() / "frames.jsonl"));
+    const auto line = nlohmann::json::parse(folder.Read("frames.jsonl"));
     EXPECT_EQ(line["number"], 12);
     EXPECT_EQ(line["time100ns"], "9007199254740993"); // a double would make it even
     EXPECT_EQ(line["confidenceFile"], "confidence_000012.png");
@@ -75,7 +64,7 @@ TEST(FrameWriterTest, FramesTooShortForTheirFormatAreSavedAsTheyAre)
     FrameWriter writer(folder.Path());
     writer.Write("infrared", 0, Format(PixelKind::Grey8, 2, 2), std::as_bytes(std::span(pixels)), details);
 
-    EXPECT_EQ(std::string("\x01\x02\x03"), ReadAll(folder.Path() / "ir_000000.raw"));
+    EXPECT_EQ(std::string("\x01\x02\x03"), folder.Read("ir_000000.raw"));
     EXPECT_FALSE(std::filesystem::exists(folder.Path() / "confidence_000000.png"));
 }
 

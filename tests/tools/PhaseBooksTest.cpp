@@ -1,13 +1,12 @@
 #include "tools/runs/PhaseBooks.h"
 
-#include <gtest/gtest.h>
-
 #include "tools/command/ExitCode.h"
+#include "tests/support/Samples.h"
+
+using namespace tarn_host;
 
 namespace
 {
-
-using namespace tarn_host;
 
 constexpr DWORD kInput = 0;
 constexpr DWORD kDepth = 0;
@@ -16,17 +15,7 @@ constexpr DWORD kInfrared = 1;
 class PhaseBooksTest : public testing::Test
 {
   protected:
-    static ComPtr<IMFSample> Frame(std::int64_t time)
-    {
-        ComPtr<IMFSample> sample;
-        EXPECT_EQ(S_OK, MFCreateSample(&sample));
-        EXPECT_EQ(S_OK, sample->SetSampleTime(time));
-        return sample;
-    }
-    void In(std::int64_t time)
-    {
-        books.FrameIn(kInput, *Frame(time).Get());
-    }
+    auto In(std::int64_t time) { return books.FrameIn(kInput, *tarn_test::MakeSample(time).Get()); }
     // False when the frame was passed over.
     bool Out(DWORD output, std::int64_t time)
     {
@@ -39,10 +28,7 @@ class PhaseBooksTest : public testing::Test
         }
         return collector != nullptr;
     }
-    StreamSummary Summary(std::size_t stretch) const
-    {
-        return books.Stretches().at(stretch)->collector.Summary();
-    }
+    StreamSummary Summary(std::size_t stretch) const { return books.Stretches().at(stretch)->collector.Summary(); }
 
     PhaseBooks books{0};
 };
@@ -101,9 +87,9 @@ TEST_F(PhaseBooksTest, AFrameMayOnlyBeRefusedDuringAChange)
 {
     books.Add(kDepth, kInput, {});
     books.Begin(kDepth, 0, false);
-    EXPECT_FALSE(books.FrameRefused(kInput, books.FrameIn(kInput, *Frame(1).Get())));
+    EXPECT_FALSE(books.FrameRefused(kInput, In(1)));
     books.BeginChange(true, {});
-    EXPECT_TRUE(books.FrameRefused(kInput, books.FrameIn(kInput, *Frame(2).Get())));
+    EXPECT_TRUE(books.FrameRefused(kInput, In(2)));
     EXPECT_EQ(0U, Summary(0).framesIn);
     books.Remove(kDepth);
     EXPECT_EQ(2U, Summary(0).between) << "of an output that does not come back";

@@ -1,21 +1,16 @@
 #include "tools/pictures/Picture.h"
 
-#include <gtest/gtest.h>
 #include <stb/stb_image.h>
-
-#include <fstream>
-#include <iterator>
-#include <memory>
 
 #include "TemporaryFolder.h"
 #include "tools/command/ExitCode.h"
+#include "tests/support/Expect.h"
+
+using namespace tarn_host;
 
 namespace
 {
 
-using tarn_host::HostError;
-using tarn_host::Picture;
-using tarn_host::Rgb;
 using tarn_host_test::TemporaryFolder;
 
 constexpr Rgb kWhite{255, 255, 255};
@@ -32,8 +27,7 @@ TEST(PictureTest, PngReadsBackPixelForPixel)
 
     picture.SavePng(folder.Path() / "picture.png");
 
-    std::ifstream file(folder.Path() / "picture.png", std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    const std::string bytes = folder.Read("picture.png");
     int width = 0;
     int height = 0;
     int channels = 0;

@@ -1,13 +1,12 @@
 #include "tools/runs/StreamStatistics.h"
+#include "tests/support/Expect.h"
 
-#include <gtest/gtest.h>
+using namespace tarn_host;
 
 namespace
 {
 
 using namespace std::chrono_literals;
-using tarn_host::StreamStatistics;
-using tarn_host::StreamSummary;
 
 constexpr StreamStatistics::Clock::time_point kStart{1h};
 

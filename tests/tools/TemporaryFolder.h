@@ -4,6 +4,8 @@
 #include <windows.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "tools/command/Text.h"
@@ -28,15 +30,14 @@ class TemporaryFolder
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
 
-    const std::filesystem::path &Path() const noexcept
+    const std::filesystem::path &Path() const noexcept { return path; }
+    std::string Read(const char *name) const
     {
-        return path;
+        std::ifstream file(path / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
     // UTF-8, as on a command line.
-    std::string Text() const
-    {
-        return tarn_host::ToText(path);
-    }
+    std::string Text() const { return tarn_host::ToText(path); }
 
   private:
     static inline unsigned made = 0;

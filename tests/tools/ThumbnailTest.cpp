@@ -1,16 +1,11 @@
 #include "tools/pictures/Thumbnail.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/Expect.h"
 
-#include <array>
+using namespace tarn_host;
 
 namespace
 {
-
-using tarn_host::FrameFormat;
-using tarn_host::PixelKind;
-using tarn_host::Rgb;
-using tarn_host::Thumbnail;
 
 FrameFormat FormatOf(PixelKind pixels, std::uint32_t width, std::uint32_t height)
 {

@@ -105,7 +105,7 @@ extern "C"
             event.data.emplace_back(reinterpret_cast<const char *>(static_cast<ULONG_PTR>(data[i].Ptr)), data[i].Size);
             event.types.push_back(data[i].Reserved);
         }
-        Fake().events.push_back(event);
+        (descriptor->Level == 0 ? Fake().moduleEvents : Fake().events).push_back(event);
         return ERROR_SUCCESS;
     };
 
@@ -121,7 +121,8 @@ extern "C"
             message.arguments.emplace_back(static_cast<const char *>(data), size);
         }
         va_end(arguments);
-        Fake().messages.push_back(message);
+        const bool isModule = message.arguments.at(0).starts_with("mft_utils::ModuleRecord");
+        (isModule ? Fake().moduleMessages : Fake().messages).push_back(message);
         return ERROR_SUCCESS;
     }
 }

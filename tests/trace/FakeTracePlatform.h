@@ -3,15 +3,10 @@
 
 #include "platform/EventTracing.h"
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "trace/Trace.h"
 #include "trace/TraceChannels.h"
 #include "trace/Tracing.h"
+#include "tests/support/Expect.h"
 
 namespace tarn_test
 {
@@ -59,6 +54,9 @@ struct FakeTracePlatform
     ULONG sessionFlags = 0;
     std::vector<WrittenMessage> messages;
     std::vector<WrittenEvent> events;
+    // The module's own record, which comes before the first of them.
+    std::vector<WrittenMessage> moduleMessages;
+    std::vector<WrittenEvent> moduleEvents;
 };
 
 // Tracing registered with the fake platform, and nothing left of it.

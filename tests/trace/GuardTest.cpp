@@ -1,15 +1,14 @@
 #include "trace/Guard.h"
 
-#include "platform/MediaFoundation.h"
-
-#include <gtest/gtest.h>
-
 #include <new>
 #include <stdexcept>
 
 #include "TraceLines.h"
 #include "base/Checked.h"
 #include "base/ComException.h"
+#include "tests/support/Expect.h"
+
+using namespace tarn_test;
 
 namespace sample_code
 {
@@ -49,7 +48,6 @@ HRESULT Entry(HRESULT result)
 namespace
 {
 
-using tarn_test::TraceLines;
 using Texts = std::vector<std::string>;
 
 TEST(CheckTest, LogsFunctionExpressionAndResultAndReturnsIt)

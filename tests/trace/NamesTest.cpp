@@ -1,13 +1,8 @@
 // Names of identifiers, types and functions as the traces show them.
 #include "trace/GuidTranslator.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <set>
 #include <source_location>
-#include <string>
-#include <thread>
 
 #include "platform/CameraAttributes.h"
 #include "platform/ExtendedCameraControl.h"
@@ -18,11 +13,12 @@
 #include "trace/MediaTypeTranslator.h"
 #include "trace/PlatformGuidNames.h"
 #include "trace/StreamNames.h"
+#include "tests/support/Expect.h"
+
+using namespace mft_utils;
 
 namespace
 {
-
-using namespace mft_utils;
 
 constexpr GUID kPrivate = {0xF84AB655, 0x8931, 0x42BD, {0x8C, 0x04, 0x8A, 0xE2, 0x88, 0x14, 0x54, 0xFE}};
 constexpr char kPrivateText[] = "{F84AB655-8931-42BD-8C04-8AE2881454FE}";
@@ -47,21 +43,14 @@ TEST(NamesTest, GuidsHaveNamesOnlyBetweenCreateAndDestroy)
 
 TEST(NamesTest, LookupsRunBesideCreateAndDestroy)
 {
-    std::atomic<bool> stop{false};
-    std::thread reader([&] {
-        while (!stop)
-        {
-            EXPECT_TRUE(GuidTranslator::Name(MFVideoFormat_D16).ends_with("00AA00389B71}"));
-        }
-    });
+    const tarn_test::Repeating reader(
+        [] { EXPECT_TRUE(GuidTranslator::Name(MFVideoFormat_D16).ends_with("00AA00389B71}")); });
     for (int i = 0; i < 10; ++i)
     {
         EXPECT_EQ(S_OK, GuidTranslator::Create());
         EXPECT_EQ(S_OK, GuidTranslator::Register(kPrivate, "TARN_PRIVATE"));
         GuidTranslator::Destroy();
     }
-    stop = true;
-    reader.join();
 }
 
 TEST(NamesTest, KsIdentifiersShowSetIdAndFlags)

@@ -23,10 +23,7 @@ class TraceLines
             },
             this, level);
     }
-    ~TraceLines()
-    {
-        mft_utils::DebugTraceSink::Instance().SetCallback(nullptr, nullptr);
-    }
+    ~TraceLines() { mft_utils::DebugTraceSink::Instance().SetCallback(nullptr, nullptr); }
     TraceLines(const TraceLines &) = delete;
     TraceLines &operator=(const TraceLines &) = delete;
 

@@ -1,24 +1,15 @@
 #include "trace/TraceLogging.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-#include <vector>
-
 #include "FakeTracePlatform.h"
 #include "TraceLines.h"
 #include "trace/GuidTranslator.h"
 #include "trace/TraceLoggingProvider.h"
 
+using namespace mft_utils;
+using namespace tarn_test;
+
 namespace
 {
-
-using mft_utils::EncodedEvent;
-using mft_utils::TextCutter;
-using mft_utils::TraceField;
-using mft_utils::TraceLevel;
-using tarn_test::WrittenEvent;
 
 // Reads the metadata as a trace consumer does and puts the values beside the names.
 std::string Decode(const WrittenEvent &event)
@@ -59,10 +50,10 @@ std::string Decode(const WrittenEvent &event)
 // Outside any activity.
 void WriteEvent(TraceLevel level, const char *name, std::initializer_list<TraceField> fields = {})
 {
-    mft_utils::WriteToTraceChannels({level, mft_utils::TraceOpcode::Info, nullptr, name, fields});
+    WriteToTraceChannels({level, TraceOpcode::Info, nullptr, name, fields});
 }
 
-using TraceLoggingTest = tarn_test::TracePlatformTest;
+using TraceLoggingTest = TracePlatformTest;
 
 TEST(ProviderNameTest, HashGivesThePublishedIds)
 {
@@ -70,13 +61,13 @@ TEST(ProviderNameTest, HashGivesThePublishedIds)
                                      {"microsoft.web.platform", "{FF32ADA1-5A4B-583C-889E-A3C027B201F5}"},
                                      {"TARN_DEVICE_MFT", "{817C90F0-D169-5F8F-A653-7FA53090FFEA}"}})
     {
-        EXPECT_EQ(guid, mft_utils::GuidTranslator::ToString(mft_utils::GuidFromProviderName(name)));
+        EXPECT_EQ(guid, GuidTranslator::ToString(GuidFromProviderName(name)));
     }
 }
 
 TEST_F(TraceLoggingTest, ProviderAndEventAreByteForByteAsDocumented)
 {
-    EXPECT_TRUE(IsEqualGUID(mft_utils::kTraceLoggingProviderGuid, platform.structuredProvider));
+    EXPECT_TRUE(IsEqualGUID(kTraceLoggingProviderGuid, platform.structuredProvider));
     EXPECT_EQ(std::string("\x12\x00TARN_DEVICE_MFT\x00", 18), platform.structuredTraits);
     platform.EnableStructured(1, 8);
 
@@ -96,19 +87,28 @@ TEST_F(TraceLoggingTest, ProviderAndEventAreByteForByteAsDocumented)
     EXPECT_EQ(0, event.descriptor.Opcode);
     EXPECT_EQ(0u, event.descriptor.Keyword);
     EXPECT_FALSE(event.hasActivity);
+
+    // Each session gets the module's record once, whatever its level.
+    platform.EnableStructured(1, 2);
+    WriteEvent(TraceLevel::Information, "not wanted");
+    EXPECT_EQ(1u, platform.moduleEvents.size());
+    WriteEvent(TraceLevel::Error, "Demo");
+    WriteEvent(TraceLevel::Error, "Demo");
+    ASSERT_EQ(2u, platform.moduleEvents.size());
+    EXPECT_TRUE(Decode(platform.moduleEvents[1]).starts_with("Module Version="));
 }
 
 TEST_F(TraceLoggingTest, ActivityHasStartAndStopUnderOneId)
 {
     platform.EnableStructured(1, 4);
     {
-        mft_utils::TraceLoggingActivity activity("Run", {TraceField::UInt32("SamplesQSize", 3)});
+        TraceLoggingActivity activity("Run", {TraceField::UInt32("SamplesQSize", 3)});
         activity.Write(TraceLevel::Error, "Failed to convert output sample");
         activity.Write(TraceLevel::Verbose, "not wanted");
         activity.Stop({TraceField::Hex32("hr", S_OK)});
         activity.Stop();
     }
-    const mft_utils::TraceLoggingActivity other("Run");
+    const TraceLoggingActivity other("Run");
 
     ASSERT_EQ(4u, platform.events.size());
     EXPECT_FALSE(IsEqualGUID(platform.events[0].activity, platform.events[3].activity));
@@ -147,7 +147,6 @@ TEST_F(TraceLoggingTest, LongStringsAndSurplusFieldsAreCut)
 
 TEST_F(TraceLoggingTest, SessionsLevelDecides)
 {
-    using mft_utils::TraceLoggingEnabled;
     EXPECT_FALSE(TraceLoggingEnabled(TraceLevel::Error));
     platform.EnableStructured(1, 2);
     EXPECT_TRUE(TraceLoggingEnabled(TraceLevel::Error));
@@ -158,7 +157,7 @@ TEST_F(TraceLoggingTest, SessionsLevelDecides)
     EXPECT_FALSE(TraceLoggingEnabled(TraceLevel::Error));
 
     // The other listener's level does not open the provider.
-    const tarn_test::TraceLines trace;
+    const TraceLines trace;
     WriteEvent(TraceLevel::Error, "Demo");
     EXPECT_TRUE(platform.events.empty());
     EXPECT_EQ((std::vector<std::string>{"event Demo"}), trace.Texts());
@@ -166,9 +165,9 @@ TEST_F(TraceLoggingTest, SessionsLevelDecides)
 
 TEST_F(TraceLoggingTest, ProviderWithoutTraitsStaysSilent)
 {
-    mft_utils::ShutdownTracing();
+    ShutdownTracing();
     platform.traitsResult = ERROR_NOT_SUPPORTED;
-    mft_utils::InitializeTracing();
+    InitializeTracing();
     EXPECT_EQ(nullptr, platform.structuredCallback);
     EXPECT_NE(nullptr, platform.classicCallback);
 }

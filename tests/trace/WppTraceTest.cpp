@@ -1,10 +1,6 @@
 #include "trace/WppTrace.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cctype>
-#include <cstring>
 #include <cstdio>
 #include <fstream>
 #include <map>
@@ -13,12 +9,11 @@
 #include "trace/Check.h"
 #include "trace/GuidTranslator.h"
 
+using namespace mft_utils;
+using namespace tarn_test;
+
 namespace
 {
-
-using mft_utils::TraceEnabled;
-using mft_utils::TraceLevel;
-using tarn_test::WrittenMessage;
 
 // A message's format as a trace tool reads it from the format file.
 struct MessageFormat
@@ -92,19 +87,19 @@ std::string Decode(const WrittenMessage &message)
     return text;
 }
 
-using WppTraceTest = tarn_test::TracePlatformTest;
+using WppTraceTest = TracePlatformTest;
 
 TEST_F(WppTraceTest, EveryMessageDecodesWithTheShippedFormats)
 {
-    platform.EnableClassic(7, 8, mft_utils::kWppFlagMessages | mft_utils::kWppFlagEntryExit);
+    platform.EnableClassic(7, 8, kWppFlagMessages | kWppFlagEntryExit);
     platform.messages.clear();
 
-    mft_utils::trace_detail::WriteEntry("HRESULT ns::Run()", "camera");
-    mft_utils::trace_detail::WriteExit("HRESULT ns::Run()", "camera");
-    mft_utils::PrintRetOnHResultErrorMessage_LM_DMFT_COMMON("HRESULT ns::Run()", "step(1, 2)", E_FAIL);
-    mft_utils::PrintRetOnHResultErrorMessage_LM_DMFT_COMMON("HRESULT ns::Run()", "pEvent", "nullptr", "valid pointer",
-                                                            E_INVALIDARG);
-    mft_utils::trace_detail::Write(TraceLevel::Information, "HRESULT ns::Run()", "%s %lld", "frames", 3LL);
+    trace_detail::WriteEntry("HRESULT ns::Run()", "camera");
+    trace_detail::WriteExit("HRESULT ns::Run()", "camera");
+    PrintRetOnHResultErrorMessage_LM_DMFT_COMMON("HRESULT ns::Run()", "step(1, 2)", E_FAIL);
+    PrintRetOnHResultErrorMessage_LM_DMFT_COMMON("HRESULT ns::Run()", "pEvent", "nullptr", "valid pointer",
+                                                 E_INVALIDARG);
+    trace_detail::Write(TraceLevel::Information, "HRESULT ns::Run()", "%s %lld", "frames", 3LL);
 
     const char *const expected[] = {
         "==> ns::Run (camera)", "<== ns::Run (camera)", "ns::Run: step(1, 2) failed, hr 0x80004005",
@@ -116,6 +111,8 @@ TEST_F(WppTraceTest, EveryMessageDecodesWithTheShippedFormats)
         EXPECT_EQ(7u, platform.messages[i].logger);
         EXPECT_EQ(43u, platform.messages[i].flags);
     }
+    ASSERT_EQ(1u, platform.moduleMessages.size());
+    EXPECT_TRUE(Decode(platform.moduleMessages[0]).starts_with("mft_utils::ModuleRecord [0]: Module Version=\""));
 }
 
 TEST_F(WppTraceTest, FormatFileNamesTheRegisteredGuids)
@@ -123,28 +120,28 @@ TEST_F(WppTraceTest, FormatFileNamesTheRegisteredGuids)
     std::string messageClass = "{" + kFormatFile.messageClass + "}";
     std::transform(messageClass.begin(), messageClass.end(), messageClass.begin(),
                    [](char letter) { return static_cast<char>(std::toupper(letter)); });
-    EXPECT_EQ(messageClass, mft_utils::GuidTranslator::ToString(platform.classicMessageClass));
-    EXPECT_TRUE(IsEqualGUID(mft_utils::kWppControlGuid, platform.classicControl));
-    EXPECT_FALSE(IsEqualGUID(mft_utils::kWppControlGuid, mft_utils::kWppMessageGuid));
+    EXPECT_EQ(messageClass, GuidTranslator::ToString(platform.classicMessageClass));
+    EXPECT_TRUE(IsEqualGUID(kWppControlGuid, platform.classicControl));
+    EXPECT_FALSE(IsEqualGUID(kWppControlGuid, kWppMessageGuid));
 }
 
 TEST_F(WppTraceTest, LevelAndFlagsSelectMessages)
 {
-    platform.EnableClassic(7, 4, mft_utils::kWppFlagMessages);
+    platform.EnableClassic(7, 4, kWppFlagMessages);
     platform.messages.clear();
 
     TRACE_ERROR("error");
     TRACE_INFO("info");
     TRACE_VERBOSE("verbose");
-    mft_utils::trace_detail::WriteEntry("void f()", "camera");
+    trace_detail::WriteEntry("void f()", "camera");
     EXPECT_EQ(2u, platform.messages.size());
 
-    platform.EnableClassic(7, 8, mft_utils::kWppFlagEntryExit);
+    platform.EnableClassic(7, 8, kWppFlagEntryExit);
     platform.messages.clear();
     TRACE_ERROR("error");
-    mft_utils::trace_detail::WriteEntry("void f()", "camera");
+    trace_detail::WriteEntry("void f()", "camera");
     ASSERT_EQ(1u, platform.messages.size());
-    EXPECT_EQ(static_cast<USHORT>(mft_utils::TraceMessageId::Entry), platform.messages[0].number);
+    EXPECT_EQ(static_cast<USHORT>(TraceMessageId::Entry), platform.messages[0].number);
 
     platform.DisableClassic();
     platform.messages.clear();
@@ -165,15 +162,15 @@ TEST_F(WppTraceTest, LevelReportedWithoutASessionIsNotBelieved)
 TEST_F(WppTraceTest, LongTextsAreCutInsideTheMessage)
 {
     const std::string longText(5000, 'x');
-    const mft_utils::WppArgumentList list({"f", longText.c_str(), nullptr, E_FAIL, longText.c_str(), "one too many"});
+    const WppArgumentList list({"f", longText.c_str(), nullptr, E_FAIL, longText.c_str(), "one too many"});
 
-    ASSERT_EQ(mft_utils::WppArgumentList::kMaxArguments, list.Count());
-    EXPECT_EQ(mft_utils::TextCutter::kMaxBytes, list.At(1).size);
+    ASSERT_EQ(WppArgumentList::kMaxArguments, list.Count());
+    EXPECT_EQ(TextCutter::kMaxBytes, list.At(1).size);
     EXPECT_EQ('\0', static_cast<const char *>(list.At(1).data)[list.At(1).size - 1]);
     EXPECT_STREQ("null", static_cast<const char *>(list.At(2).data));
     EXPECT_STREQ("...", static_cast<const char *>(list.At(4).data));
 
-    platform.EnableClassic(7, 8, mft_utils::kWppFlagMessages);
+    platform.EnableClassic(7, 8, kWppFlagMessages);
     platform.messages.clear();
     TRACE_INFO("%s", longText.c_str());
     ASSERT_EQ(1u, platform.messages.size());
@@ -182,10 +179,10 @@ TEST_F(WppTraceTest, LongTextsAreCutInsideTheMessage)
 
 TEST_F(WppTraceTest, RefusalLeavesTheChannelOff)
 {
-    mft_utils::ShutdownTracing();
+    ShutdownTracing();
     platform.registerResult = ERROR_ACCESS_DENIED;
-    mft_utils::InitializeTracing();
-    EXPECT_EQ(E_ACCESSDENIED, mft_utils::WppTrace::Register());
+    InitializeTracing();
+    EXPECT_EQ(E_ACCESSDENIED, WppTrace::Register());
 }
 
 } // namespace

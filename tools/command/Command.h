@@ -15,14 +15,26 @@ namespace tarn_host
 class Command
 {
   public:
+    // Both texts outlive the command: the word that chooses it, and what it does, in a line of the help.
+    Command(const char *commandName, const char *commandSummary) : name(commandName), summary(commandSummary) {}
     virtual ~Command() = default;
 
-    virtual const char *Name() const noexcept = 0;
-    virtual const char *Summary() const noexcept = 0;
+    const char *Name() const noexcept
+    {
+        return name;
+    }
+    const char *Summary() const noexcept
+    {
+        return summary;
+    }
     // Adds the options of this command; they write into the command object.
     virtual void AddOptions(CLI::App &app) = 0;
     // Throws UsageError or HostError; the return value tells the outcome of a run that came to its end.
     virtual ExitCode Run() = 0;
+
+  private:
+    const char *name;
+    const char *summary;
 };
 
 } // namespace tarn_host

@@ -11,14 +11,7 @@ namespace tarn_host
 class EventsCommand final : public Command
 {
   public:
-    const char *Name() const noexcept override
-    {
-        return "events";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "read a recorded session: summary, timeline, trace, pictures, comparison";
-    }
+    EventsCommand() : Command("events", "read a recorded session: summary, timeline, trace, pictures, comparison") {}
     void AddOptions(CLI::App &app) override
     {
         program.AddOptions(app);

@@ -1,5 +1,6 @@
 #include "tools/events/FrameExport.h"
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <map>
@@ -71,7 +72,10 @@ class Exporter
                 const auto type = values.Find(TARN_VALUE_MEDIA_TYPE);
                 if (type && !type->IsNull())
                 {
-                    types[Key(record, values)] = TypeView::Of(type->Items());
+                    // A frame of the type before may still come.
+                    std::vector<TypeView> &known = types[Key(record, values)];
+                    known.insert(known.begin(), TypeView::Of(type->Items()));
+                    known.resize(std::min<std::size_t>(known.size(), 2));
                 }
             }
             else if (record.header.type == TARN_RECORD_PIXELS)
@@ -96,23 +100,31 @@ class Exporter
         const ValueList values = record.Values();
         const auto pixels = values.Find(TARN_VALUE_PIXELS);
         const auto type = types.find(Key(record, values));
-        if (!pixels || pixels->Kind() != TARN_KIND_BYTES || values.Find(TARN_VALUE_FULL_LENGTH) || type == types.end())
+        if (!pixels || pixels->Kind() != TARN_KIND_BYTES || pixels->Payload().empty() ||
+            values.Find(TARN_VALUE_FULL_LENGTH) || type == types.end())
         {
             ++result.skipped;
             return;
         }
-        const std::string subtype = SubtypeText(type->second.subtype.bytes);
         const std::string number = Format("_%06llu", static_cast<unsigned long long>(result.frames + result.raw));
         const Bytes bytes = pixels->Payload();
-        for (const Layout &layout : kLayouts)
+        for (const TypeView &one : type->second)
         {
-            if (layout.subtype == subtype && WritePlanes(layout, type->second, number, bytes))
+            const std::string subtype = SubtypeText(one.subtype.bytes);
+            const auto layout = std::ranges::find(kLayouts, subtype, [](const Layout &known) { return known.subtype; });
+            if (layout != kLayouts.end() && WritePlanes(*layout, one, number, bytes))
             {
                 ++result.frames;
                 return;
             }
         }
-        std::ofstream file(folder / ((subtype == "YUY2" ? "color" : "frame") + number + ".raw"), std::ios::binary);
+        WriteRaw((SubtypeText(type->second.front().subtype.bytes) == "YUY2" ? "color" : "frame") + number + ".raw",
+                 bytes);
+    }
+
+    void WriteRaw(const std::string &name, Bytes bytes)
+    {
+        std::ofstream file(folder / name, std::ios::binary);
         file.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
         if (!file.flush())
         {
@@ -121,12 +133,12 @@ class Exporter
         ++result.raw;
     }
 
-    // False when the bytes are too few.
+    // False when the bytes are not those of this layout.
     bool WritePlanes(const Layout &layout, const TypeView &type, const std::string &number, Bytes bytes)
     {
         const std::size_t pixelCount = std::size_t{type.width} * type.height;
         const std::size_t room = layout.planeCount == 1 ? pixelCount * layout.planes[0].bits / 8 : 2 * pixelCount;
-        if (pixelCount == 0 || room > bytes.size() / layout.planeCount)
+        if (pixelCount == 0 || room * layout.planeCount != bytes.size())
         {
             return false;
         }
@@ -140,7 +152,7 @@ class Exporter
     }
 
     const std::filesystem::path &folder;
-    std::map<StreamKey, TypeView> types;
+    std::map<StreamKey, std::vector<TypeView>> types; // the latest first
 };
 } // namespace
 

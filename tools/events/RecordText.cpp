@@ -65,7 +65,7 @@ std::string NumberText(std::uint16_t name, std::uint64_t number)
     case TARN_VALUE_EVENT_TYPE:
         return EventTypeText(small);
     case TARN_VALUE_EVENT_STATUS:
-        return ResultText(small);
+        return small == 0 ? "S_OK" : ResultText(small);
     case TARN_VALUE_FLAGS:
     case TARN_VALUE_STATUS:
     case TARN_VALUE_HASH:
@@ -227,18 +227,6 @@ Json ValueJson(const Value &value)
     return ValueText(value);
 }
 
-std::string KsText(const RecordedSession &session, const Record &record)
-{
-    const Record *const call = record.header.type == TARN_RECORD_KS_CALL ? &record : session.Find(record.header.entry);
-    const auto request = call != nullptr ? KsRequestView::Of(*call) : std::nullopt;
-    const bool isToCamera = (record.header.subject & TARN_KS_TO_CAMERA) != 0;
-    constexpr std::array<const char *, 4> kinds{"KsEvent", "KsProperty", "KsMethod", "Ks"};
-    return std::string(isToCamera ? "camera: " : "") + kinds[record.header.subject & TARN_KS_KIND] + " " +
-           (request           ? request->ToText()
-            : call == nullptr ? "of a call that was not recorded"
-                              : "with an identifier that is too short");
-}
-
 std::string WithoutRequest(const ValueList &values)
 {
     std::string text;
@@ -253,10 +241,33 @@ std::string WithoutRequest(const ValueList &values)
 }
 } // namespace
 
+std::string EndText(const Record &end)
+{
+    return end.header.result == 0 ? "S_OK" : ResultText(static_cast<std::uint32_t>(end.header.result));
+}
+
 std::string ValueNameText(const Value &value)
 {
     const auto attribute = value.AsAttribute();
     return attribute ? GuidText(attribute->key.bytes) : NameOf(value.Name());
+}
+
+std::string KsText(const RecordedSession &session, const Record &record)
+{
+    constexpr std::array<const char *, 4> kinds{"KsEvent", "KsProperty", "KsMethod", "Ks"};
+    const std::uint16_t kind = record.header.subject & TARN_KS_KIND;
+    const std::string name = std::string(kinds[kind]) + " ";
+    const Record *const call = record.header.type == TARN_RECORD_KS_CALL ? &record : session.Find(record.header.entry);
+    if (call == nullptr)
+    {
+        return name + "of a call that was not recorded";
+    }
+    if (const auto request = KsRequestView::Of(*call))
+    {
+        return name + request->ToText();
+    }
+    // A subscription to an event ends with a call that has its data block only.
+    return name + (kind == TARN_KS_EVENT ? "disable" : "with an identifier that is too short");
 }
 
 std::string ValuesText(const ValueList &values)
@@ -284,7 +295,7 @@ std::string SubjectText(const RecordedSession &session, const Record &record)
         return CallText(record.header.subject);
     case TARN_RECORD_KS_CALL:
     case TARN_RECORD_KS_RETURN:
-        return KsText(session, record);
+        return ((record.header.subject & TARN_KS_TO_CAMERA) != 0 ? "camera: " : "") + KsText(session, record);
     case TARN_RECORD_EVENT: {
         const auto extended = record.Values().Find(TARN_VALUE_EXTENDED_TYPE);
         const auto guid = extended ? extended->AsGuid() : std::nullopt;
@@ -303,6 +314,12 @@ std::string SubjectText(const RecordedSession &session, const Record &record)
     }
 }
 
+std::string CallLine(const RecordedSession &session, const Record &call)
+{
+    const std::string values = WithoutRequest(call.Values());
+    return SubjectText(session, call) + (values.empty() ? "" : "  " + values);
+}
+
 std::string RecordText(const RecordedSession &session, const Record &record)
 {
     const std::string subject = SubjectText(session, record);
@@ -312,14 +329,14 @@ std::string RecordText(const RecordedSession &session, const Record &record)
     {
     case TARN_RECORD_CALL:
     case TARN_RECORD_KS_CALL:
-        return subject + behind + (session.EndOf(record) == nullptr ? "  (never returned)" : "");
+        return CallLine(session, record) + (session.EndOf(record) == nullptr ? "  (never returned)" : "");
     case TARN_RECORD_RETURN:
     case TARN_RECORD_KS_RETURN: {
         const Record *const call = session.Find(record.header.entry);
         const std::string took =
             call != nullptr ? Format(" after %.3f ms", Milliseconds(Between(call->header.clock, record.header.clock)))
                             : "";
-        return "  " + subject + " = " + ResultText(static_cast<std::uint32_t>(record.header.result)) + took + behind;
+        return "  " + subject + " = " + EndText(record) + took + behind;
     }
     case TARN_RECORD_EVENT:
         return "event: " + behind.substr(std::min<std::size_t>(behind.size(), 2));
@@ -350,7 +367,7 @@ Json RecordJson(const RecordedSession &session, const Record &record)
     }
     if (header.type == TARN_RECORD_RETURN || header.type == TARN_RECORD_KS_RETURN)
     {
-        json["result"] = ResultText(static_cast<std::uint32_t>(header.result));
+        json["result"] = EndText(record);
     }
     json["values"] = ListJson(record.Values());
     return json;

@@ -1,5 +1,6 @@
 #include "tools/events/RecordViews.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 
@@ -22,6 +23,9 @@ constexpr std::uint32_t kTypeNotSet = 0xC00D6D60;    // MF_E_TRANSFORM_TYPE_NOT_
 constexpr std::uint32_t kShutdown = 0xC00D3E85;      // MF_E_SHUTDOWN
 constexpr std::uint32_t kNoEvents = 0xC00D3E80;      // MF_E_NO_EVENTS_AVAILABLE
 constexpr std::uint32_t kMoreData = 0x800700EA;      // HRESULT_FROM_WIN32(ERROR_MORE_DATA)
+constexpr std::uint32_t kNotFound = 0x80070490;      // HRESULT_FROM_WIN32(ERROR_NOT_FOUND)
+constexpr std::uint32_t kSetNotFound = 0x80070492;   // HRESULT_FROM_WIN32(ERROR_SET_NOT_FOUND)
+constexpr std::uint32_t kSupportFlags = 0x300;       // KSPROPERTY_TYPE_SETSUPPORT, KSPROPERTY_TYPE_BASICSUPPORT
 
 std::uint32_t Word(Bytes bytes, std::size_t at) noexcept
 {
@@ -148,8 +152,11 @@ bool IsOrdinaryFailure(const RecordedSession &session, const Record &end)
     if (end.header.type == TARN_RECORD_KS_RETURN)
     {
         const Record *const call = session.Find(end.header.entry);
-        return result == kMoreData && call != nullptr &&
-               call->Values().Unsigned(TARN_VALUE_DATA_LENGTH).value_or(0) == 0;
+        const auto request = call != nullptr ? KsRequestView::Of(*call) : std::nullopt;
+        const bool asksForSize = call != nullptr && call->Values().Unsigned(TARN_VALUE_DATA_LENGTH).value_or(0) == 0;
+        const bool asksForSupport = request && (request->flags & kSupportFlags) != 0;
+        return (result == kMoreData && asksForSize) ||
+               ((result == kNotFound || result == kSetNotFound) && asksForSupport);
     }
     switch (end.header.subject)
     {

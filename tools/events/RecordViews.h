@@ -82,7 +82,8 @@ inline std::uint64_t Between(std::uint64_t from, std::uint64_t to) noexcept
     return to > from ? to - from : 0;
 }
 
-// Results that a pipeline which works meets too: the end of a list, nothing to fetch yet, a question for a size.
+// Results that a pipeline which works meets too: the end of a list, nothing to fetch yet, a question for a size or for
+// whether something is supported.
 bool IsOrdinaryFailure(const RecordedSession &session, const Record &end);
 
 } // namespace tarn_host

@@ -7,7 +7,7 @@
 #include "tools/events/RecordText.h"
 #include "tools/names/Format.h"
 #include "tools/names/PipelineNames.h"
-#include "tools/names/ResultNames.h"
+#include "tools/recording/StateChanges.h"
 
 namespace tarn_host
 {
@@ -15,7 +15,12 @@ namespace tarn_host
 namespace
 {
 
-using Lanes = std::map<std::string, std::vector<const Record *>>;
+struct LaneEntry
+{
+    const Record *record = nullptr;
+    std::optional<Value> sample; // of an output: the call that fetched it does not count
+};
+using Lanes = std::map<std::string, std::vector<LaneEntry>>;
 
 constexpr std::uint64_t kD3dManager = 2; // MFT_MESSAGE_SET_D3D_MANAGER, whose parameter is an address
 
@@ -48,8 +53,6 @@ class Digest
     {
         return hash;
     }
-
-  private:
     void Add(const Value &value, bool isOfProcess = false)
     {
         const std::uint16_t head[]{value.Name(), value.Kind()};
@@ -68,6 +71,7 @@ class Digest
         }
     }
 
+  private:
     std::uint64_t hash = 0xCBF29CE484222325;
 };
 
@@ -128,22 +132,65 @@ std::string LaneOf(const RecordedSession &session, const Record &record)
     }
 }
 
+// A frame of two outputs may be fetched with one call or two.
+void AddOutputs(Lanes &lanes, const Record &end)
+{
+    for (const Value &value : end.Values())
+    {
+        const auto sample = value.Items().Find(TARN_VALUE_SAMPLE);
+        if (sample && !sample->IsNull())
+        {
+            const auto stream = value.Items().Unsigned(TARN_VALUE_STREAM).value_or(0);
+            lanes["T" + std::to_string(end.header.transform) + " output " + std::to_string(stream)].push_back(
+                {&end, *sample});
+        }
+    }
+}
+
+// Of a call that fetches outputs, and finds some or none.
+bool IsFetch(const RecordedSession &session, const Record &record)
+{
+    const Record *const end = session.EndOf(record);
+    return record.Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_OUTPUT) && end != nullptr &&
+           (!end->Failed() || IsOrdinaryFailure(session, *end));
+}
+
 Lanes LanesOf(const RecordedSession &session)
 {
     Lanes lanes;
     for (const Record &record : session.Records())
     {
-        if (const std::string lane = LaneOf(session, record); !lane.empty())
+        if (IsFetch(session, record))
         {
-            lanes[lane].push_back(&record);
+            AddOutputs(lanes, *session.EndOf(record));
         }
+        else if (const std::string lane = LaneOf(session, record); !lane.empty())
+        {
+            lanes[lane].push_back({&record, std::nullopt});
+        }
+    }
+    // Changes exclude each other: the order in which they ended is that in which they happened.
+    const auto placeOf = [&](const LaneEntry &entry) {
+        const bool isChange = !entry.sample && tarn_recording::IsStateChange(*entry.record);
+        const Record *const end = isChange ? session.EndOf(*entry.record) : nullptr;
+        return (end != nullptr ? end : entry.record)->header.sequence;
+    };
+    for (auto &[name, lane] : lanes)
+    {
+        std::ranges::stable_sort(lane, {}, placeOf);
     }
     return lanes;
 }
 
-std::uint64_t DigestOf(const RecordedSession &session, const Record &record)
+std::uint64_t DigestOf(const RecordedSession &session, const LaneEntry &entry)
 {
     Digest digest;
+    if (entry.sample)
+    {
+        digest.Add(*entry.sample);
+        return digest.Result();
+    }
+    const Record &record = *entry.record;
     digest.Add(record);
     const Record *const end = session.EndOf(record);
     const std::uint8_t hasEnd = end != nullptr;
@@ -166,7 +213,7 @@ std::string TextOf(const RecordedSession &session, const Record *record)
     if (end != nullptr)
     {
         const std::string gave = ValuesText(end->Values());
-        text += " = " + ResultText(static_cast<std::uint32_t>(end->header.result)) + (gave.empty() ? "" : "  " + gave);
+        text += " = " + EndText(*end) + (gave.empty() ? "" : "  " + gave);
     }
     return text;
 }
@@ -229,16 +276,16 @@ std::string DifferentValue(const RecordedSession &expected, const Record &one, c
                                                           : DifferentValue(oneEnd->Values(), twoEnd->Values());
 }
 
-// Where the session with the difference stands: a record that is not there counts behind the last one of the lane.
-std::uint64_t PlaceOf(const std::vector<const Record *> &lane, std::size_t index)
-{
-    return index < lane.size() ? lane[index]->header.sequence : lane.empty() ? 0 : lane.back()->header.sequence + 1;
-}
-
 } // namespace
 
 ComparisonResult CompareSessions(const RecordedSession &expected, const RecordedSession &got)
 {
+    const std::set<std::uint64_t> undecided = tarn_recording::CallsBesideChanges(expected);
+    const std::set<std::uint64_t> gotUndecided = tarn_recording::CallsBesideChanges(got);
+    const auto isUndecided = [&](const LaneEntry &one, const LaneEntry &two) {
+        return tarn_recording::AsksForState(*one.record) &&
+               (undecided.contains(one.record->header.sequence) || gotUndecided.contains(two.record->header.sequence));
+    };
     Lanes expectedLanes = LanesOf(expected);
     Lanes gotLanes = LanesOf(got);
     for (const auto &[name, lane] : gotLanes)
@@ -252,7 +299,8 @@ ComparisonResult CompareSessions(const RecordedSession &expected, const Recorded
         const auto &other = gotLanes[name];
         const std::size_t common = std::min(lane.size(), other.size());
         std::size_t at = 0;
-        while (at < common && DigestOf(expected, *lane[at]) == DigestOf(got, *other[at]))
+        while (at < common &&
+               (DigestOf(expected, lane[at]) == DigestOf(got, other[at]) || isUndecided(lane[at], other[at])))
         {
             ++at;
         }
@@ -262,11 +310,12 @@ ComparisonResult CompareSessions(const RecordedSession &expected, const Recorded
             continue;
         }
         ++result.differences;
-        const std::uint64_t place = PlaceOf(lane, at);
+        const Record *const one = at < lane.size() ? lane[at].record : nullptr;
+        const Record *const two = at < other.size() ? other[at].record : nullptr;
+        // Where only the other session has something, its place there is the best guess.
+        const std::uint64_t place = (one != nullptr ? one : two)->header.sequence;
         if (!result.first || place < firstAt)
         {
-            const Record *const one = at < lane.size() ? lane[at] : nullptr;
-            const Record *const two = at < other.size() ? other[at] : nullptr;
             firstAt = place;
             result.first = {name,
                             at + 1,

@@ -30,8 +30,9 @@ struct ComparisonResult
 };
 
 // Threads interleave differently each time, so that calls, KS calls and events are compared in lanes: of one transform,
-// of one kind, of one stream or one identifier; in each their order, arguments, results and what they gave out. Not
-// compared: addresses, handles, numbers of work queues, what the sessions say about their process.
+// of one kind, of one stream or one identifier; in each their order, arguments, results and what they gave out. Samples
+// are compared in the order of their output, whichever call fetched them. Not compared: questions for a state that
+// another thread was changing, addresses, handles, numbers of work queues, what the sessions say about their process.
 ComparisonResult CompareSessions(const RecordedSession &expected, const RecordedSession &got);
 
 } // namespace tarn_host

@@ -5,7 +5,6 @@
 #include "tools/events/RecordText.h"
 #include "tools/events/SessionProblems.h"
 #include "tools/names/PipelineNames.h"
-#include "tools/names/ResultNames.h"
 #include "tools/recording/RecordingReader.h"
 
 namespace tarn_host
@@ -35,10 +34,10 @@ void ReadFiles(const RecordedSession &session, SessionSummary &summary)
     summary.lacksBeginning = first.part != 0;
     summary.isClosed = (last.flags & TARN_RECORDING_CLOSED) != 0;
     summary.holdsPictures = session.HoldsPictures();
+    summary.droppedRecords = session.DroppedRecords();
     for (const auto &file : session.Files())
     {
-        summary.droppedRecords = std::max(summary.droppedRecords, file.header.droppedRecords);
-        summary.droppedBytes = std::max(summary.droppedBytes, file.header.droppedBytes);
+        summary.droppedBytes += file.header.droppedBytes;
     }
     for (const auto &damage : session.Damages())
     {
@@ -62,7 +61,7 @@ void CountEnd(const RecordedSession &session, const Record &end, CallBooks &book
     }
     if (end.header.result != 0)
     {
-        ++books.results[ResultText(static_cast<std::uint32_t>(end.header.result))];
+        ++books.results[EndText(end)];
     }
     if (end.Failed() && !IsOrdinaryFailure(session, end))
     {
@@ -88,9 +87,7 @@ std::string ChangeText(const Record &call, const Record *end)
     {
         text += " " + TypeView::Of(type->Items()).ToText();
     }
-    return text + (end == nullptr            ? ", never returned"
-                   : end->header.result != 0 ? ": " + ResultText(static_cast<std::uint32_t>(end->header.result))
-                                             : "");
+    return text + (end == nullptr ? ", never returned" : end->header.result != 0 ? ": " + EndText(*end) : "");
 }
 
 void TakeCall(const RecordedSession &session, const Record &record, SessionSummary &summary)
@@ -99,7 +96,7 @@ void TakeCall(const RecordedSession &session, const Record &record, SessionSumma
     if (end == nullptr)
     {
         summary.unfinished.push_back({record.header.sequence, record.header.clock, 0, record.header.thread,
-                                      record.header.transform, RecordText(session, record)});
+                                      record.header.transform, CallLine(session, record)});
     }
     switch (record.header.type == TARN_RECORD_CALL ? record.header.subject : 0)
     {
@@ -142,8 +139,7 @@ void TakeOther(const RecordedSession &session, const Record &record, SessionSumm
         break;
     case TARN_RECORD_KS_RETURN: {
         const bool isToCamera = (record.header.subject & TARN_KS_TO_CAMERA) != 0;
-        CountEnd(session, record,
-                 (isToCamera ? summary.cameraKs : summary.applicationKs)[SubjectText(session, record)]);
+        CountEnd(session, record, (isToCamera ? summary.cameraKs : summary.applicationKs)[KsText(session, record)]);
         break;
     }
     case TARN_RECORD_EVENT:

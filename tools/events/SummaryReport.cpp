@@ -1,6 +1,8 @@
 #include "tools/events/SummaryReport.h"
 
+#include <algorithm>
 #include <ostream>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -29,6 +31,7 @@ void WriteHead(const SessionSummary &summary, std::ostream &output)
 {
     output << "Session of " << TimeText(summary.startTime) << ", "
            << Format("%.3f s", static_cast<double>(summary.ticks) / 1e7) << ", " << summary.records << " records"
+           << (summary.droppedRecords == 0 ? ", none dropped" : Format(", %llu dropped", Wide(summary.droppedRecords)))
            << (summary.isClosed ? "" : ", without an orderly end") << '\n'
            << "  module " << summary.module << " on " << summary.machine << ", process " << summary.processId
            << (summary.process.empty() ? "" : " " + summary.process) << '\n'
@@ -98,12 +101,21 @@ void WriteCalls(const char *title, const std::map<std::string, CallBooks> &calls
     {
         return;
     }
-    output << '\n' << Format("%-60s", title) << "  count  failed   p50 ms   p99 ms   max ms\n";
+    std::size_t width = std::string_view(title).size();
     for (const auto &[name, books] : calls)
     {
-        output << Format("  %-58s %6llu  %6llu %8.3f %8.3f %8.3f\n", name.c_str(), Wide(books.count),
-                         Wide(books.failed), PercentileMs(books.ticks, 0.5), PercentileMs(books.ticks, 0.99),
-                         PercentileMs(books.ticks, 1));
+        width = std::max(width, name.size() + 2);
+    }
+    const auto padded = [width](std::string text) {
+        text.resize(width, ' ');
+        return text;
+    };
+    output << '\n' << padded(title) << "   count  failed    p50 ms    p99 ms    max ms\n";
+    for (const auto &[name, books] : calls)
+    {
+        output << padded("  " + name)
+               << Format(" %7llu %7llu %9.3f %9.3f %9.3f\n", Wide(books.count), Wide(books.failed),
+                         PercentileMs(books.ticks, 0.5), PercentileMs(books.ticks, 0.99), PercentileMs(books.ticks, 1));
         for (const auto &[result, count] : books.results)
         {
             output << "      " << count << " x " << result << '\n';

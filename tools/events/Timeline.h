@@ -30,9 +30,9 @@ struct RecordFilter
 {
     double fromSeconds = 0; // since the recording began
     double toSeconds = std::numeric_limits<double>::infinity();
-    std::set<std::uint32_t> threads;
-    std::set<std::uint32_t> transforms;
-    std::set<RecordKind> kinds;
+    std::set<std::uint32_t> threads = {};
+    std::set<std::uint32_t> transforms = {};
+    std::set<RecordKind> kinds = {};
     bool failuresOnly = false; // returns that failed, calls that never returned, events of a failure
 
     bool Passes(const RecordedSession &session, const Record &record) const;

@@ -11,7 +11,6 @@
 #include "tools/events/RecordText.h"
 #include "tools/names/Format.h"
 #include "tools/names/PipelineNames.h"
-#include "tools/names/ResultNames.h"
 
 namespace tarn_host
 {
@@ -156,8 +155,7 @@ class Writer
         Json arguments{{"sequence", record.header.sequence},
                        {"transform", record.header.transform},
                        {"arguments", ValuesText(record.Values())}};
-        arguments["result"] =
-            end != nullptr ? ResultText(static_cast<std::uint32_t>(end->header.result)) : "never returned";
+        arguments["result"] = end != nullptr ? EndText(*end) : "never returned";
         if (end != nullptr)
         {
             arguments["gave"] = ValuesText(end->Values());

@@ -38,7 +38,8 @@ KsAction ReadAction(const std::string &text, TransformKind transform)
 KsCommand::KsCommand() : KsCommand(RunOverModule, std::cout) {}
 
 KsCommand::KsCommand(Runner sessionRunner, std::ostream &resultOutput)
-    : runner(std::move(sessionRunner)), output(resultOutput)
+    : Command("ks", "get and set properties and controls, send firmware commands"), runner(std::move(sessionRunner)),
+      output(resultOutput)
 {
 }
 

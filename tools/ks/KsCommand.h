@@ -25,14 +25,6 @@ class KsCommand final : public Command
     // Tests bring a transform of their own. `output` outlives the command.
     KsCommand(Runner sessionRunner, std::ostream &resultOutput);
 
-    const char *Name() const noexcept override
-    {
-        return "ks";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "get and set properties and controls, send firmware commands";
-    }
     void AddOptions(CLI::App &app) override;
     ExitCode Run() override;
 

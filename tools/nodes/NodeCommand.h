@@ -15,14 +15,7 @@ struct ImageFrame;
 class NodeCommand final : public Command
 {
   public:
-    const char *Name() const noexcept override
-    {
-        return "node";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "run processing nodes on a picture and write the result";
-    }
+    NodeCommand() : Command("node", "run processing nodes on a picture and write the result") {}
     void AddOptions(CLI::App &app) override;
     ExitCode Run() override;
 

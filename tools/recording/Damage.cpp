@@ -24,7 +24,9 @@ std::string Damage::ToText() const
     case DamageKind::Values:
         return place + "a record whose values do not fit its " + count;
     case DamageKind::MissingEnd:
-        return place + "the file ends here and lacks " + count;
+        return place + "the records end here and lack " + count;
+    case DamageKind::MissingRecords:
+        return std::to_string(bytes) + " records are missing behind record " + std::to_string(offset);
     case DamageKind::MissingPart:
         return "part " + std::to_string(offset) + " of the session is missing";
     case DamageKind::SearchGivenUp:

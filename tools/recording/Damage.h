@@ -9,17 +9,18 @@ namespace tarn_recording
 
 enum class DamageKind
 {
-    NoRecording,   // no such file header, and no whole record behind it
-    Header,        // the file header does not hold; the records behind it do
-    Version,       // a layout that this reader does not know
-    TornRecord,    // its checksum does not hold: most often the process ended while it was written
-    CutRecord,     // the file ends inside a record
-    LostBytes,     // bytes between records that are no record
-    Values,        // a whole record whose values do not fit their lengths
-    MissingEnd,    // a closed file is shorter than it says
-    MissingPart,   // a file of the session is not there
-    SearchGivenUp, // too much damage to look for further records
-    Doubled        // two records of one number; the first is kept
+    NoRecording,    // no such file header, and no whole record behind it
+    Header,         // the file header does not hold; the records behind it do
+    Version,        // a layout that this reader does not know
+    TornRecord,     // its checksum does not hold: most often the process ended while it was written
+    CutRecord,      // the file ends inside a record
+    LostBytes,      // bytes between records that are no record
+    Values,         // a whole record whose values do not fit their lengths
+    MissingEnd,     // the records of a closed file end before it says
+    MissingPart,    // a file of the session is not there
+    MissingRecords, // numbers that no record has, and no other damage tells why
+    SearchGivenUp,  // too much damage to look for further records
+    Doubled         // two records of one number; the first is kept
 };
 
 // Value.

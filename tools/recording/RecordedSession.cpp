@@ -32,8 +32,10 @@ std::vector<std::uint8_t> ReadFile(const fs::path &path)
     return bytes;
 }
 
+using PartKey = std::pair<std::uint64_t, std::uint32_t>; // session, part
+
 // Of a file that begins as a recording does.
-std::optional<std::uint64_t> SessionIdOf(const fs::path &path)
+std::optional<PartKey> PartOf(const fs::path &path)
 {
     tarn_recording_header header{};
     std::ifstream stream(path, std::ios::binary);
@@ -41,14 +43,15 @@ std::optional<std::uint64_t> SessionIdOf(const fs::path &path)
     {
         return std::nullopt;
     }
-    return header.sessionId;
+    return PartKey{header.sessionId, header.part};
 }
 
-// The files, each once, and the others of their sessions that stand beside them.
+// The files, each once, and the other parts of their sessions that stand beside them. Copies of a part are left alone.
 std::vector<fs::path> WithFilesBeside(const std::vector<fs::path> &files)
 {
     std::vector<fs::path> all;
-    std::set<std::uint64_t> ids;
+    std::set<std::uint64_t> sessions;
+    std::set<PartKey> parts;
     std::set<fs::path> folders;
     std::set<fs::path> known;
     for (const fs::path &file : files)
@@ -58,9 +61,10 @@ std::vector<fs::path> WithFilesBeside(const std::vector<fs::path> &files)
         {
             all.push_back(file);
         }
-        if (const auto id = SessionIdOf(file))
+        if (const auto part = PartOf(file))
         {
-            ids.insert(*id);
+            sessions.insert(part->first);
+            parts.insert(*part);
             folders.insert(file.has_parent_path() ? file.parent_path() : fs::path("."));
         }
     }
@@ -70,9 +74,9 @@ std::vector<fs::path> WithFilesBeside(const std::vector<fs::path> &files)
         for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error))
         {
             std::error_code ignored;
-            if (at->path().extension() == ".bin" && at->is_regular_file(ignored) &&
-                ids.contains(SessionIdOf(at->path()).value_or(0)) &&
-                known.insert(fs::weakly_canonical(at->path(), ignored)).second)
+            const bool isCandidate = at->path().extension() == ".bin" && at->is_regular_file(ignored);
+            const auto part = isCandidate ? PartOf(at->path()) : std::nullopt;
+            if (part && sessions.contains(part->first) && parts.insert(*part).second)
             {
                 all.push_back(at->path());
             }
@@ -171,6 +175,7 @@ RecordedSession RecordedSession::Of(std::vector<Part> parts)
     }
     session.NameMissingParts();
     session.Join();
+    session.NameMissingRecords();
     return session;
 }
 
@@ -209,6 +214,38 @@ void RecordedSession::Join()
             ends[static_cast<std::size_t>(call - records.data())] = static_cast<std::uint32_t>(i);
         }
     }
+}
+
+// Where the numbers have a gap without any other damage. A file that was prepared and not needed takes one number.
+void RecordedSession::NameMissingRecords()
+{
+    if (records.empty() || !damages.empty())
+    {
+        return;
+    }
+    const std::uint64_t first = records.front().header.sequence;
+    const std::uint64_t missing = records.back().header.sequence - first + 1 - records.size();
+    if (missing <= DroppedRecords() + 1)
+    {
+        return;
+    }
+    std::size_t before = 0;
+    while (records[before + 1].header.sequence == first + before + 1)
+    {
+        ++before;
+    }
+    damages.push_back(
+        {DamageKind::MissingRecords, records[before].header.sequence, missing, PathText(files.front().path)});
+}
+
+std::uint64_t RecordedSession::DroppedRecords() const noexcept
+{
+    std::uint64_t dropped = 0;
+    for (const File &file : files)
+    {
+        dropped += file.header.droppedRecords;
+    }
+    return dropped;
 }
 
 std::uint64_t RecordedSession::Id() const noexcept

@@ -47,6 +47,8 @@ class RecordedSession
         return damages;
     }
     bool HoldsPictures() const noexcept;
+    // Not recorded for want of room or memory.
+    std::uint64_t DroppedRecords() const noexcept;
     // Null when there is no record of that number.
     const Record *Find(std::uint64_t sequence) const noexcept;
     // The return of a call, application's or KS; null when it never came. `call` is one of Records().
@@ -66,6 +68,7 @@ class RecordedSession
     static RecordedSession Of(std::vector<Part> parts);
     void Join();
     void NameMissingParts();
+    void NameMissingRecords();
 
     std::vector<File> files;
     std::vector<std::shared_ptr<const std::vector<std::uint8_t>>> contents;

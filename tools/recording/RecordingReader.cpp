@@ -80,10 +80,9 @@ void RecordingReader::ReadRecords(std::size_t at)
             at = std::min(begin + Padded(record->header.length), bytes.size());
         }
     }
-    if ((header.flags & TARN_RECORDING_CLOSED) != 0 && header.magic == TARN_RECORDING_MAGIC &&
-        header.usedBytes > bytes.size())
+    if ((header.flags & TARN_RECORDING_CLOSED) != 0 && header.magic == TARN_RECORDING_MAGIC && header.usedBytes > at)
     {
-        Name(DamageKind::MissingEnd, bytes.size(), header.usedBytes - bytes.size());
+        Name(DamageKind::MissingEnd, at, header.usedBytes - at);
     }
 }
 

@@ -11,14 +11,7 @@ namespace tarn_host
 class DemoCommand final : public Command
 {
   public:
-    const char *Name() const noexcept override
-    {
-        return "demo";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "play every scenario of the depth camera, with a table of each and one picture";
-    }
+    DemoCommand() : Command("demo", "play every scenario of the depth camera, with a table of each and one picture") {}
     void AddOptions(CLI::App &app) override;
     ExitCode Run() override;
 

@@ -15,14 +15,7 @@ namespace tarn_host
 class StreamCommand final : public Command
 {
   public:
-    const char *Name() const noexcept override
-    {
-        return "stream";
-    }
-    const char *Summary() const noexcept override
-    {
-        return "stream frames through a transform and check that each one arrives";
-    }
+    StreamCommand() : Command("stream", "stream frames through a transform and check that each one arrives") {}
     void AddOptions(CLI::App &app) override;
     ExitCode Run() override;
 

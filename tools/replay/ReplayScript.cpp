@@ -1,0 +1,365 @@
+#include "tools/replay/ReplayScript.h"
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+
+#include "tools/names/PipelineNames.h"
+#include "tools/recording/StateChanges.h"
+
+namespace tarn_replay
+{
+
+using tarn_recording::IsStateChange;
+
+namespace
+{
+constexpr std::uint32_t kHaveOutput = 602;      // METransformHaveOutput
+constexpr std::uint32_t kStop = 0;              // DeviceStreamState_Stop
+constexpr std::uint32_t kNoWait = 1;            // MF_EVENT_FLAG_NO_WAIT
+constexpr std::uint8_t kConfidenceMap = 2;      // of the module's own properties
+constexpr std::int32_t kShutDown = -1072873851; // MF_E_SHUTDOWN
+
+bool IsCall(const Record &record)
+{
+    return record.header.type == TARN_RECORD_CALL ||
+           (record.header.type == TARN_RECORD_KS_CALL && (record.header.subject & TARN_KS_TO_CAMERA) == 0);
+}
+
+bool Overlap(const RecordedCall &one, const RecordedCall &other)
+{
+    const auto end = [](const RecordedCall &call) { return call.exit ? call.exit->header.sequence : call.Sequence(); };
+    return one.Sequence() < end(other) && other.Sequence() < end(one);
+}
+
+std::uint64_t SequenceOf(const Record &record)
+{
+    return record.header.sequence;
+}
+
+// What a change does to others: an event, or a control of the camera.
+bool IsEffect(const Record &record)
+{
+    return record.header.type == TARN_RECORD_EVENT ||
+           (record.header.type == TARN_RECORD_KS_CALL && tarn_recording::IsPropertySet(record));
+}
+
+bool TellsShutdown(const Record &record)
+{
+    return record.header.type == TARN_RECORD_RETURN && record.header.result == kShutDown;
+}
+
+// Of these the module makes one at a time.
+bool IsExclusive(const Record &change)
+{
+    static const tarn_host::Guid ownSet = tarn_host::GuidNamed("KSPROPERTYSETID_TARN_DMFT_CONTROL");
+    constexpr std::size_t idOffset = 16;
+    if (change.header.type == TARN_RECORD_CALL)
+    {
+        return change.header.subject != TARN_CALL_PROCESS_MESSAGE;
+    }
+    const auto request = change.Values().Find(TARN_VALUE_REQUEST);
+    return request && request->Payload().size() > idOffset && tarn_host::Guid::Of(request->Payload()) == ownSet &&
+           request->Payload()[idOffset] == kConfidenceMap;
+}
+
+bool IsHaveOutput(const Record &record)
+{
+    return record.header.type == TARN_RECORD_EVENT && record.Values().Unsigned(TARN_VALUE_EVENT_TYPE) == kHaveOutput;
+}
+
+std::optional<std::int64_t> TimeOf(const Record &call)
+{
+    return call.Values().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
+}
+} // namespace
+
+bool IsWaiting(const Record &entry)
+{
+    return entry.Is(TARN_RECORD_CALL, TARN_CALL_GET_EVENT) &&
+           (entry.Values().Unsigned(TARN_VALUE_FLAGS).value_or(0) & kNoWait) == 0;
+}
+
+ReplayScript::ReplayScript(const RecordedSession &session) : records(session.Records())
+{
+    CollectCalls(session);
+    FindDeliveries();
+    PlaceChanges();
+    for (const RecordedCall &call : calls)
+    {
+        PlaceCall(call);
+    }
+    PlaceOthers();
+    std::ranges::stable_sort(placed, {}, &Placed::at);
+    std::ranges::transform(placed, std::back_inserter(steps), &Placed::step);
+}
+
+void ReplayScript::CollectCalls(const RecordedSession &session)
+{
+    const auto besideChanges = tarn_recording::CallsBesideChanges(session);
+    for (const Record &record : records)
+    {
+        // What a call makes in turn, its replay makes by itself.
+        if (IsCall(record) && record.header.entry == 0)
+        {
+            calls.push_back({&record, session.EndOf(record), besideChanges.contains(record.header.sequence)});
+        }
+    }
+    for (const RecordedCall &call : calls)
+    {
+        if (const auto time = TimeOf(*call.entry); time && call.entry->header.subject == TARN_CALL_PROCESS_INPUT)
+        {
+            frames.emplace_back(*time, &call);
+        }
+    }
+    std::ranges::stable_sort(frames, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
+}
+
+// From the announcements, which tell more, or else from what was fetched.
+void ReplayScript::FindDeliveries()
+{
+    for (const Record &record : records)
+    {
+        const auto values = record.Values();
+        if (IsHaveOutput(record))
+        {
+            const auto time = values.Signed(TARN_VALUE_TIME);
+            const auto stream = values.Unsigned(TARN_VALUE_STREAM);
+            if (time && stream)
+            {
+                deliveries.push_back(
+                    {record.header.transform, *time, static_cast<std::uint32_t>(*stream), record.header.sequence});
+            }
+        }
+        if (!record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT))
+        {
+            continue;
+        }
+        for (const auto &value : values)
+        {
+            const auto time = value.Items().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
+            const auto stream = value.Items().Unsigned(TARN_VALUE_STREAM);
+            if (value.Name() == TARN_VALUE_BUFFER && time && stream)
+            {
+                deliveries.push_back(
+                    {record.header.transform, *time, static_cast<std::uint32_t>(*stream), record.header.sequence});
+            }
+        }
+    }
+    std::ranges::sort(deliveries);
+}
+
+void ReplayScript::PlaceChanges()
+{
+    for (const RecordedCall &change : calls)
+    {
+        if (!IsStateChange(*change.entry) || change.exit == nullptr)
+        {
+            continue;
+        }
+        // Calls are sorted by entry: those that overlap begin before its end.
+        const bool isAlone = std::ranges::none_of(calls, [&](const RecordedCall &other) {
+            return &other != &change && other.entry->header.transform == change.entry->header.transform &&
+                   Overlap(change, other);
+        });
+        if (const auto window = isAlone ? std::nullopt : WindowOf(change))
+        {
+            windows.push_back(*window);
+        }
+    }
+    OrderChanges();
+}
+
+void ReplayScript::OrderChanges()
+{
+    const auto endOf = [](const Window &window) { return window.change->exit->header.sequence; };
+    std::ranges::sort(windows, std::greater(), endOf);
+    for (std::size_t later = 0; later < windows.size(); ++later)
+    {
+        for (std::size_t i = later + 1; i < windows.size(); ++i)
+        {
+            Window &earlier = windows[i];
+            if (IsExclusive(*earlier.change->entry) && IsExclusive(*windows[later].change->entry) &&
+                Overlap(*earlier.change, *windows[later].change) &&
+                earlier.change->entry->header.transform == windows[later].change->entry->header.transform)
+            {
+                earlier.turn = std::max(std::min(earlier.turn, windows[later].turn), earlier.change->Sequence());
+            }
+        }
+    }
+}
+
+ReplayScript::Position ReplayScript::PlaceOfSignal(const Record &deviceEvent) const
+{
+    constexpr int kBeforeAll = -3;
+    const std::uint64_t sequence = deviceEvent.header.sequence;
+    for (const RecordedCall &call : calls)
+    {
+        if (call.Sequence() > sequence)
+        {
+            break;
+        }
+        const bool isInside = call.exit != nullptr && call.exit->header.sequence > sequence &&
+                              call.entry->header.transform == deviceEvent.header.transform;
+        if (isInside && IsStateChange(*call.entry) && EndsListening(call, sequence))
+        {
+            return {std::min(PlaceOf(call).sequence, sequence), kBeforeAll, 0};
+        }
+    }
+    return {sequence, 0, 0};
+}
+
+// Whether the camera's event is given up between that record and the call's end.
+bool ReplayScript::EndsListening(const RecordedCall &call, std::uint64_t after) const
+{
+    const auto first =
+        std::ranges::upper_bound(records, after, {}, [](const Record &record) { return record.header.sequence; });
+    const auto last = std::ranges::lower_bound(records, call.exit->header.sequence, {},
+                                               [](const Record &record) { return record.header.sequence; });
+    return std::any_of(first, last, [](const Record &record) {
+        const auto request = record.Values().Find(TARN_VALUE_REQUEST);
+        return record.Is(TARN_RECORD_KS_CALL, TARN_KS_EVENT | TARN_KS_TO_CAMERA) && request && request->IsNull();
+    });
+}
+
+const ReplayScript::Delivery *ReplayScript::FindDelivery(const Record &record, std::int64_t time,
+                                                         std::optional<std::uint64_t> output, std::uint64_t after) const
+{
+    const std::uint32_t transform = record.header.transform;
+    const Delivery *first = nullptr;
+    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0});
+         at != deliveries.end() && at->transform == transform && at->time == time; ++at)
+    {
+        const bool isMeant = (!output || at->output == *output) && at->sequence > after;
+        first = isMeant && (first == nullptr || at->sequence < first->sequence) ? &*at : first;
+    }
+    return first;
+}
+
+std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &change) const
+{
+    const bool excludesOthers = IsExclusive(*change.entry);
+    const bool isFlush = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_MESSAGE);
+    std::uint64_t lastOfBefore = 0; // a frame that was under way when a flush began
+    const auto first = std::ranges::upper_bound(records, change.Sequence(), {}, SequenceOf);
+    for (auto at = first; at != records.end() && at->header.sequence < change.exit->header.sequence; ++at)
+    {
+        if (at->header.transform != change.entry->header.transform)
+        {
+            continue;
+        }
+        if (at->header.entry == change.Sequence() && IsEffect(*at))
+        {
+            return Window{&change, at->header.sequence, at->header.type == TARN_RECORD_EVENT};
+        }
+        if (excludesOthers && (TellsShutdown(*at) || LacksOutput(*at, change)))
+        {
+            return Window{&change, at->header.sequence, false};
+        }
+        const RecordedCall *const frame = isFlush && IsHaveOutput(*at) ? FrameOf(*at) : nullptr;
+        if (frame != nullptr && frame->Sequence() < change.Sequence())
+        {
+            lastOfBefore = at->header.sequence;
+        }
+    }
+    if (isFlush)
+    {
+        return Window{&change, std::max(change.Sequence(), lastOfBefore + 1), true};
+    }
+    return excludesOthers ? std::optional(Window{&change, change.exit->header.sequence, false}) : std::nullopt;
+}
+
+// Whether the frame that is announced came out of other outputs than the one that is stopped.
+bool ReplayScript::LacksOutput(const Record &event, const RecordedCall &change) const
+{
+    const auto values = change.entry->Values();
+    const auto time = IsHaveOutput(event) ? event.Values().Signed(TARN_VALUE_TIME) : std::nullopt;
+    return time && change.entry->Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) &&
+           values.Unsigned(TARN_VALUE_STATE) == std::uint64_t{kStop} &&
+           FindDelivery(event, *time, values.Unsigned(TARN_VALUE_STREAM), 0) == nullptr;
+}
+
+ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
+{
+    constexpr int kBefore = -1;
+    const auto own = std::ranges::find(windows, &call, &Window::change);
+    if (own != windows.end())
+    {
+        return {own->turn, kBefore, call.exit->header.sequence};
+    }
+    const auto time = call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT) ? TimeOf(*call.entry) : std::nullopt;
+    const auto window =
+        std::ranges::find_if(windows, [&](const Window &one) { return one.endsFrames && Overlap(*one.change, call); });
+    if (time && call.isUndecided && window != windows.end())
+    {
+        const Delivery *const delivery = FindDelivery(*call.entry, *time, std::nullopt, call.Sequence());
+        if (delivery == nullptr && window->turn < call.Sequence())
+        {
+            return {window->turn, kBefore - 1, 0};
+        }
+        if (delivery != nullptr && delivery->sequence > window->turn && call.Sequence() < window->turn)
+        {
+            return {window->turn, 0, 0};
+        }
+    }
+    return {call.Sequence(), 0, 0};
+}
+
+void ReplayScript::PlaceCall(const RecordedCall &call)
+{
+    const Position at = PlaceOf(call);
+    if (!IsWaiting(*call.entry))
+    {
+        placed.push_back({at, {Step::Action::Call, call.entry, &call}});
+        return;
+    }
+    placed.push_back({at, {Step::Action::BeginWait, call.entry, &call}});
+    if (call.exit != nullptr)
+    {
+        placed.push_back({{call.exit->header.sequence, 0, 0}, {Step::Action::EndWait, call.entry, &call}});
+    }
+}
+
+void ReplayScript::PlaceOthers()
+{
+    for (const Record &record : records)
+    {
+        const Position at{record.header.sequence, 0, 0};
+        if (record.header.type == TARN_RECORD_TRANSFORM)
+        {
+            placed.push_back(
+                {at, {record.header.subject != 0 ? Step::Action::Create : Step::Action::Release, &record, nullptr}});
+        }
+        else if (record.header.type == TARN_RECORD_DEVICE_EVENT)
+        {
+            placed.push_back({PlaceOfSignal(record), {Step::Action::SignalEvent, &record, nullptr}});
+        }
+        else if (const RecordedCall *const frame = IsHaveOutput(record) ? FrameOf(record) : nullptr)
+        {
+            placed.push_back({at, {Step::Action::RunFrame, &record, frame}});
+        }
+    }
+}
+
+// The last one of that time before the event.
+const RecordedCall *ReplayScript::FrameOf(const Record &event) const
+{
+    const auto time = event.Values().Signed(TARN_VALUE_TIME);
+    const RecordedCall *found = nullptr;
+    if (time)
+    {
+        for (auto at =
+                 std::ranges::lower_bound(frames, *time, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
+             at != frames.end() && at->first == *time; ++at)
+        {
+            if (at->second->entry->header.transform == event.header.transform &&
+                at->second->Sequence() < event.header.sequence)
+            {
+                found = at->second;
+            }
+        }
+    }
+    return found;
+}
+
+} // namespace tarn_replay

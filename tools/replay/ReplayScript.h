@@ -1,0 +1,130 @@
+// What a replay does, step by step: a session's calls in one order that a single thread can make.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "tools/recording/RecordedSession.h"
+
+namespace tarn_replay
+{
+
+using tarn_recording::Record;
+using tarn_recording::RecordedSession;
+
+struct RecordedCall
+{
+    const Record *entry = nullptr;
+    const Record *exit = nullptr; // null when it never returned
+    // In the recording another thread was changing the transform's state meanwhile: which of the two came first is not
+    // told by their answers.
+    bool isUndecided = false;
+
+    std::uint64_t Sequence() const noexcept
+    {
+        return entry->header.sequence;
+    }
+};
+
+struct Step
+{
+    enum class Action : std::uint8_t
+    {
+        Create, // a transform, `record`
+        Release,
+        Call,
+        BeginWait, // a call that waits for an event
+        EndWait,
+        RunFrame,   // the frame that `call` brought has been processed by now
+        SignalEvent // the camera signals its event
+    };
+    Action action = Action::Call;
+    const Record *record = nullptr;
+    const RecordedCall *call = nullptr;
+};
+
+// The order of the calls is that of their entries, with these exceptions:
+// - A change of state during which other threads made calls is made when its first effect shows: before the first
+//   event that it raised or the first control of the camera that it set, before the first frame that an output no
+//   longer brought because of it, at the latest at its end. Changes that exclude each other come in the order of their
+//   ends. A flush comes behind the frames that were under way.
+// - The camera's event comes before a stop during which it was heard.
+// - A frame that came during a change comes before it when it was never delivered, and behind it when it was delivered
+//   after that effect.
+// - A call that waits for an event begins at its entry and is waited for at its end.
+// Views into the session, which must outlive it. Immutable.
+class ReplayScript
+{
+  public:
+    explicit ReplayScript(const RecordedSession &session);
+    ReplayScript(const ReplayScript &) = delete;
+    ReplayScript &operator=(const ReplayScript &) = delete;
+
+    const std::vector<Step> &Steps() const noexcept
+    {
+        return steps;
+    }
+
+  private:
+    struct Position
+    {
+        std::uint64_t sequence = 0;
+        int rank = 0;          // among those of one sequence
+        std::uint64_t end = 0; // among changes of one rank: where they ended
+        friend auto operator<=>(const Position &, const Position &) = default;
+    };
+    struct Placed
+    {
+        Position at;
+        Step step;
+    };
+
+    // A frame of this time came out of this output.
+    struct Delivery
+    {
+        std::uint32_t transform = 0;
+        std::int64_t time = 0;
+        std::uint32_t output = 0;
+        std::uint64_t sequence = 0; // of what tells so
+        friend auto operator<=>(const Delivery &, const Delivery &) = default;
+    };
+
+    struct Window
+    {
+        const RecordedCall *change = nullptr;
+        std::uint64_t turn = 0;
+        bool endsFrames = false; // it raised events: a chain ended or began
+    };
+
+    void CollectCalls(const RecordedSession &session);
+    void FindDeliveries();
+    void PlaceChanges();
+    // The first of that frame behind `after`, of one output or any; null when there is none.
+    const Delivery *FindDelivery(const Record &record, std::int64_t time, std::optional<std::uint64_t> output,
+                                 std::uint64_t after) const;
+    void OrderChanges();
+    bool EndsListening(const RecordedCall &call, std::uint64_t after) const;
+    Position PlaceOfSignal(const Record &deviceEvent) const;
+    bool LacksOutput(const Record &event, const RecordedCall &change) const;
+    std::optional<Window> WindowOf(const RecordedCall &change) const;
+    Position PlaceOf(const RecordedCall &call) const;
+    void PlaceCall(const RecordedCall &call);
+    void PlaceOthers();
+    const RecordedCall *FrameOf(const Record &event) const;
+
+    std::span<const Record> records;
+    std::vector<RecordedCall> calls; // by sequence; of applications and the pipeline, not those inside of others
+    std::vector<Window> windows;     // changes beside other calls
+    std::vector<std::pair<std::int64_t, const RecordedCall *>> frames; // by time of the sample
+    std::vector<Delivery> deliveries;                                  // sorted
+    std::vector<Placed> placed;
+    std::vector<Step> steps;
+};
+
+// GetEvent without the flag that has it return at once.
+bool IsWaiting(const Record &entry);
+
+} // namespace tarn_replay
