@@ -190,7 +190,7 @@ TEST(SessionComparisonTest, FindsTheFirstDifferenceButForTimesAndThreads)
          1,
          "result"},
         {{.frames = 19}, "T1 ProcessInput 0", 20, ""},
-        {{.lostFrame = 8}, "T1 ProcessOutput 0", 8, "buffer/sample/time from byte 0: "},
+        {{.lostFrame = 8}, "T1 METransformHaveOutput 0", 8, "time from byte 0: "},
         {{.hungInput = 9}, "T1 ProcessInput 0", 9, ""},
     };
     for (const auto &one : cases)

@@ -26,18 +26,9 @@ class ValueBytes
         bytes.resize((bytes.size() + 7) / 8 * 8);
         return *this;
     }
-    ValueBytes &U32(std::uint16_t name, std::uint32_t value)
-    {
-        return Put(name, TARN_KIND_U32, &value, sizeof value);
-    }
-    ValueBytes &U64(std::uint16_t name, std::uint64_t value)
-    {
-        return Put(name, TARN_KIND_U64, &value, sizeof value);
-    }
-    ValueBytes &I64(std::uint16_t name, std::int64_t value)
-    {
-        return Put(name, TARN_KIND_I64, &value, sizeof value);
-    }
+    ValueBytes &U32(std::uint16_t name, std::uint32_t value) { return Put(name, TARN_KIND_U32, &value, sizeof value); }
+    ValueBytes &U64(std::uint16_t name, std::uint64_t value) { return Put(name, TARN_KIND_U64, &value, sizeof value); }
+    ValueBytes &I64(std::uint16_t name, std::int64_t value) { return Put(name, TARN_KIND_I64, &value, sizeof value); }
     ValueBytes &Text(std::uint16_t name, std::string_view text)
     {
         return Put(name, TARN_KIND_TEXT, text.data(), text.size());

@@ -99,7 +99,9 @@ inline RecordingBuilder StreamingSession(const SessionPlan &plan = {})
         }
         if (frame != plan.lostFrame)
         {
-            builder.Add(TARN_RECORD_EVENT, 0, ValueBytes().U32(TARN_VALUE_EVENT_TYPE, 602));
+            builder.Add(
+                TARN_RECORD_EVENT, 0,
+                ValueBytes().U32(TARN_VALUE_EVENT_TYPE, 602).U32(TARN_VALUE_STREAM, 0).I64(TARN_VALUE_TIME, time));
             builder.thread = kConsumerThread;
             const ValueBytes buffer =
                 ValueBytes().U32(TARN_VALUE_STREAM, 0).List(TARN_VALUE_SAMPLE, SampleOf(++out, time));

@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tools/names/PipelineNames.h"
-
 namespace tarn_host
 {
 
 namespace
 {
+constexpr std::uint64_t kHaveOutput = 602; // METransformHaveOutput
 constexpr std::uint32_t kRun = 2;          // DeviceStreamState_Run
-constexpr std::size_t kMostAnnounced = 64; // further ones have lost their samples
 constexpr std::size_t kFewFrames = 8;      // that may be on their way when an output stops
 
 std::uint32_t StreamOf(const Record &call)
@@ -68,16 +66,7 @@ void FrameBooks::Take(const Record &record)
     }
     else if (record.header.type == TARN_RECORD_EVENT)
     {
-        static const std::string haveOutput = "METransformHaveOutput";
-        const auto type = record.Values().Unsigned(TARN_VALUE_EVENT_TYPE);
-        if (type && EventTypeText(static_cast<std::uint32_t>(*type)) == haveOutput)
-        {
-            transform.announced.push_back(record.header.clock);
-            if (transform.announced.size() > kMostAnnounced)
-            {
-                transform.announced.pop_front();
-            }
-        }
+        TakeAnnouncement(transform, record);
     }
 }
 
@@ -139,17 +128,40 @@ void FrameBooks::TakeInput(Transform &transform, const Record &call)
     }
 }
 
+FrameBooks::Frame *FrameBooks::FindFrame(Output &output, std::int64_t time)
+{
+    const auto place = output.byTime.find(time);
+    return place == output.byTime.end() ? nullptr
+                                        : &output.intervals[place->second.interval].frames[place->second.frame];
+}
+
 void FrameBooks::TakeRefusal(Transform &transform, const Record &end)
 {
     const Record *const call = session.Find(end.header.entry);
     const auto time = call != nullptr ? TimeOf(*call) : std::nullopt;
     for (auto &[stream, output] : transform.outputs)
     {
-        const auto found = time ? output.byTime.find(*time) : output.byTime.end();
-        if (found != output.byTime.end())
+        if (Frame *const frame = time ? FindFrame(output, *time) : nullptr)
         {
-            output.intervals[found->second.interval].frames[found->second.frame].isRefused = true;
+            frame->isRefused = true;
         }
+    }
+}
+
+void FrameBooks::TakeAnnouncement(Transform &transform, const Record &event)
+{
+    const ValueList values = event.Values();
+    const auto time = values.Signed(TARN_VALUE_TIME);
+    const auto stream = values.Unsigned(TARN_VALUE_STREAM);
+    if (values.Unsigned(TARN_VALUE_EVENT_TYPE) != kHaveOutput || !time || !stream)
+    {
+        return;
+    }
+    Output &output = transform.outputs[static_cast<std::uint32_t>(*stream)];
+    output.announced[*time] = event.header.clock;
+    if (Frame *const frame = FindFrame(output, *time))
+    {
+        frame->isAnnounced = true;
     }
 }
 
@@ -193,21 +205,15 @@ void FrameBooks::TakeSample(Transform &transform, const Record &end, const Outpu
     }
     links.push_back({input->second.sequence, end.header.sequence});
     books.times.total.push_back(Between(input->second.clock, end.header.clock));
-    // The events do not name their stream; each announces one sample, so the oldest that fits is this one's.
-    const auto event = std::ranges::find_if(transform.announced, [&](std::uint64_t clock) {
-        return clock >= input->second.clock && clock <= end.header.clock;
-    });
-    if (event != transform.announced.end())
+    if (const auto announced = output.announced.find(*view.sample.time); announced != output.announced.end())
     {
-        books.times.toAnnounced.push_back(Between(input->second.clock, *event));
-        books.times.toFetched.push_back(Between(*event, end.header.clock));
-        transform.announced.erase(event);
+        books.times.toAnnounced.push_back(Between(input->second.clock, announced->second));
+        books.times.toFetched.push_back(Between(announced->second, end.header.clock));
     }
-    if (const auto place = output.byTime.find(*view.sample.time); place != output.byTime.end())
+    if (Frame *const frame = FindFrame(output, *view.sample.time))
     {
-        Frame &frame = output.intervals[place->second.interval].frames[place->second.frame];
-        frame.isOut = true;
-        output.feeders.insert(frame.inputStream);
+        frame->isOut = true;
+        output.feeders.insert(frame->inputStream);
     }
 }
 
@@ -238,6 +244,7 @@ OutputBooks FrameBooks::Finished(const Output &output)
             const bool isAfter = nothingCame ? frames.size() <= kFewFrames : i > last;
             std::uint64_t &count = isBefore ? books.between : isAfter ? books.cutOff : books.lost;
             count += frames[i].isOut ? 0 : 1;
+            books.notFetched += !frames[i].isOut && frames[i].isAnnounced && !isBefore ? 1 : 0;
         }
     }
     return books;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <optional>
 #include <set>
@@ -34,6 +33,7 @@ struct OutputBooks
     std::uint64_t between = 0;    // in before the first that came out of a start
     std::uint64_t cutOff = 0;     // in after the last that came out before a stop or restart
     std::uint64_t lost = 0;       // in, and others that went in later came out
+    std::uint64_t notFetched = 0; // of those cut off or lost: announced, so that only ProcessOutput is missing
     std::uint64_t unexpected = 0; // out with a time that never went in
     std::uint64_t blanked = 0;
     std::uint64_t starts = 0;
@@ -71,6 +71,7 @@ class FrameBooks
     struct Frame
     {
         std::uint32_t inputStream;
+        bool isAnnounced = false;
         bool isOut = false;
         bool isRefused = false;
     };
@@ -91,6 +92,7 @@ class FrameBooks
         bool isRunning = false;
         std::vector<Interval> intervals;
         std::unordered_map<std::int64_t, Place> byTime;
+        std::unordered_map<std::int64_t, std::uint64_t> announced; // clocks by time
         std::set<std::uint32_t> feeders;
     };
     struct Input
@@ -103,12 +105,13 @@ class FrameBooks
         bool isChanging = false;
         std::map<std::uint32_t, Output> outputs;
         std::unordered_map<std::int64_t, Input> inputs;
-        std::deque<std::uint64_t> announced; // clocks
     };
 
     void TakeStateChange(Transform &transform, const Record &end);
     void TakeInput(Transform &transform, const Record &call);
+    static Frame *FindFrame(Output &output, std::int64_t time);
     void TakeRefusal(Transform &transform, const Record &end);
+    static void TakeAnnouncement(Transform &transform, const Record &event);
     void TakeOutput(Transform &transform, const Record &end);
     void TakeSample(Transform &transform, const Record &end, const OutputView &view);
     static OutputBooks Finished(const Output &output);

@@ -119,7 +119,9 @@ std::string LaneOf(const RecordedSession &session, const Record &record)
     case TARN_RECORD_EVENT: {
         const auto stream = record.Values().Items(TARN_VALUE_ATTRIBUTES).Attribute(inputStream);
         const auto number = stream ? stream->Unsigned() : std::nullopt;
-        return transform + SubjectText(session, record) + (number ? " " + std::to_string(*number) : "");
+        // Announcements of two outputs come in any order.
+        return transform + SubjectText(session, record) +
+               (number ? " " + std::to_string(*number) : StreamsText(session, record));
     }
     case TARN_RECORD_TRANSFORM:
     case TARN_RECORD_CAMERA:

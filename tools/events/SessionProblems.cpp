@@ -61,7 +61,8 @@ void AddOutputs(const SessionSummary &summary, Problems &problems)
         if (output.lost != 0)
         {
             problems.push_back(OutputText(output) +
-                               Format(": %llu of %llu frames lost", Wide(output.lost), Wide(output.framesIn)));
+                               Format(": %llu of %llu frames lost; %llu frames were announced and not fetched",
+                                      Wide(output.lost), Wide(output.framesIn), Wide(output.notFetched)));
         }
         if (output.unexpected != 0)
         {

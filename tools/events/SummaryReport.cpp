@@ -154,6 +154,7 @@ Json OutputJson(const SessionSummary &summary, const OutputBooks &books)
             {"between", books.between},
             {"cutOff", books.cutOff},
             {"lost", books.lost},
+            {"notFetched", books.notFetched},
             {"unexpected", books.unexpected},
             {"blanked", books.blanked},
             {"fps", books.FramesPerSecond()},
