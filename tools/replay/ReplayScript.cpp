@@ -14,6 +14,7 @@ using tarn_recording::IsStateChange;
 
 namespace
 {
+constexpr int kBefore = -1;                     // rank of what comes before a record
 constexpr std::uint32_t kHaveOutput = 602;      // METransformHaveOutput
 constexpr std::uint32_t kStop = 0;              // DeviceStreamState_Stop
 constexpr std::uint32_t kNoWait = 1;            // MF_EVENT_FLAG_NO_WAIT
@@ -127,8 +128,8 @@ void ReplayScript::FindDeliveries()
             const auto stream = values.Unsigned(TARN_VALUE_STREAM);
             if (time && stream)
             {
-                deliveries.push_back(
-                    {record.header.transform, *time, static_cast<std::uint32_t>(*stream), record.header.sequence});
+                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream),
+                                      record.header.sequence, record.header.type == TARN_RECORD_EVENT});
             }
         }
         if (!record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT))
@@ -141,8 +142,8 @@ void ReplayScript::FindDeliveries()
             const auto stream = value.Items().Unsigned(TARN_VALUE_STREAM);
             if (value.Name() == TARN_VALUE_BUFFER && time && stream)
             {
-                deliveries.push_back(
-                    {record.header.transform, *time, static_cast<std::uint32_t>(*stream), record.header.sequence});
+                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream),
+                                      record.header.sequence, record.header.type == TARN_RECORD_EVENT});
             }
         }
     }
@@ -227,7 +228,7 @@ const ReplayScript::Delivery *ReplayScript::FindDelivery(const Record &record, s
 {
     const std::uint32_t transform = record.header.transform;
     const Delivery *first = nullptr;
-    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0});
+    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0, false});
          at != deliveries.end() && at->transform == transform && at->time == time; ++at)
     {
         const bool isMeant = (!output || at->output == *output) && at->sequence > after;
@@ -281,7 +282,6 @@ bool ReplayScript::LacksOutput(const Record &event, const RecordedCall &change) 
 
 ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
 {
-    constexpr int kBefore = -1;
     const auto own = std::ranges::find(windows, &call, &Window::change);
     if (own != windows.end())
     {
@@ -313,7 +313,13 @@ void ReplayScript::PlaceCall(const RecordedCall &call)
         placed.push_back({at, {Step::Action::Call, call.entry, &call}});
         return;
     }
-    placed.push_back({at, {Step::Action::BeginWait, call.entry, &call}});
+    // The end takes what is not fetched with it: who fetched an event of it meanwhile is there before.
+    const auto end = std::ranges::find_if(windows, [&](const Window &one) {
+        return one.change->entry->Is(TARN_RECORD_CALL, TARN_CALL_SHUTDOWN) && Overlap(*one.change, call);
+    });
+    const bool isBeforeEnd = end != windows.end() && call.exit != nullptr && call.exit->header.result >= 0;
+    placed.push_back({isBeforeEnd ? std::min(at, Position{end->turn, kBefore - 1, 0}) : at,
+                      {Step::Action::BeginWait, call.entry, &call}});
     if (call.exit != nullptr)
     {
         placed.push_back({{call.exit->header.sequence, 0, 0}, {Step::Action::EndWait, call.entry, &call}});
@@ -341,22 +347,29 @@ void ReplayScript::PlaceOthers()
     }
 }
 
-// The last one of that time before the event.
+// A camera may give several frames the same time: they are announced in their order.
 const RecordedCall *ReplayScript::FrameOf(const Record &event) const
 {
     const auto time = event.Values().Signed(TARN_VALUE_TIME);
-    const RecordedCall *found = nullptr;
-    if (time)
+    const auto output = event.Values().Unsigned(TARN_VALUE_STREAM);
+    if (!time || !output)
     {
-        for (auto at =
-                 std::ranges::lower_bound(frames, *time, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
-             at != frames.end() && at->first == *time; ++at)
+        return nullptr;
+    }
+    const std::uint32_t transform = event.header.transform;
+    const Delivery first{transform, *time, static_cast<std::uint32_t>(*output), 0, false};
+    const Delivery last{transform, *time, first.output, event.header.sequence, false};
+    auto before = std::count_if(std::ranges::lower_bound(deliveries, first), std::ranges::lower_bound(deliveries, last),
+                                [](const Delivery &one) { return one.isAnnouncement; });
+    const RecordedCall *found = nullptr;
+    const auto sameTime =
+        std::ranges::lower_bound(frames, *time, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
+    for (auto at = sameTime; at != frames.end() && at->first == *time && before >= 0; ++at)
+    {
+        if (at->second->entry->header.transform == transform && at->second->Sequence() < event.header.sequence)
         {
-            if (at->second->entry->header.transform == event.header.transform &&
-                at->second->Sequence() < event.header.sequence)
-            {
-                found = at->second;
-            }
+            found = at->second;
+            --before;
         }
     }
     return found;

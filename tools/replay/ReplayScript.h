@@ -89,6 +89,7 @@ class ReplayScript
         std::int64_t time = 0;
         std::uint32_t output = 0;
         std::uint64_t sequence = 0; // of what tells so
+        bool isAnnouncement = false;
         friend auto operator<=>(const Delivery &, const Delivery &) = default;
     };
 
