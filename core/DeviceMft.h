@@ -132,8 +132,9 @@ class DeviceMft
     // Whether the output's samples are new ones; otherwise those of the input at its place come out.
     virtual bool Allocates(const OutputStream &outputStream) const;
 
-    // Whether the recorder must leave out the sample's pixels; false for null.
-    virtual bool IsPrivate(IMFSample *sample);
+    // Whether the recorder must leave out the pixels of an input; null asks for an output, which is private too when
+    // the input of its time was.
+    virtual bool IsPrivate(IMFSample *input);
 
   private:
     IMFDeviceTransform &DeviceFace() noexcept override;

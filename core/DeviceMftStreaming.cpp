@@ -152,14 +152,14 @@ void DeviceMft::RecordOutput(RecordBuilder &values, const MFT_OUTPUT_DATA_BUFFER
         if (sample != nullptr)
         {
             identity =
-                recorder.Samples().Identify(SampleDirection::Output, buffer.dwStreamID, sample, IsPrivate(sample));
+                recorder.Samples().Identify(SampleDirection::Output, buffer.dwStreamID, sample, IsPrivate(nullptr));
             recorder.Picture(identity, sample);
         }
         SampleRecorder::Add(values, identity, sample);
     });
 }
 
-bool DeviceMft::IsPrivate(IMFSample * /*sample*/)
+bool DeviceMft::IsPrivate(IMFSample * /*input*/)
 {
     return false;
 }
@@ -226,6 +226,7 @@ HRESULT DeviceMft::SetOutputStreamState(DWORD dwStreamID, IMFMediaType *pMediaTy
     const auto given = Change(dwStreamID, pMediaType, value, dwFlags);
     return Recorded(TARN_CALL_SET_OUTPUT_STREAM_STATE, given, Values(), [&]() -> HRESULT {
         const std::scoped_lock guard(stateChangeLock);
+        recorder.ChangeBegins();
         return ChangeOutputStreamState(dwStreamID, pMediaType, value);
     });
 }

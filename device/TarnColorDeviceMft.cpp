@@ -27,9 +27,9 @@ TarnColorDeviceMft::TarnColorDeviceMft(const wchar_t *recordingFolder)
 
 TarnColorDeviceMft::~TarnColorDeviceMft() = default;
 
-bool TarnColorDeviceMft::IsPrivate(IMFSample *sample)
+bool TarnColorDeviceMft::IsPrivate(IMFSample *input)
 {
-    return sample != nullptr && framePrivacy->MayCover(sample);
+    return input == nullptr ? framePrivacy->IsOn() : framePrivacy->MayCover(input);
 }
 
 HRESULT TarnColorDeviceMft::InitializeMembers()

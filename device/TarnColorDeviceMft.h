@@ -22,7 +22,7 @@ class TarnColorDeviceMft : public PassThroughDeviceMft
     ~TarnColorDeviceMft() override;
 
     HRESULT InitializeMembers() override;
-    bool IsPrivate(IMFSample *sample) override;
+    bool IsPrivate(IMFSample *input) override;
     HRESULT UninitializeMembers() override TARN_REQUIRES(stateChangeLock);
     // Puts the color extension unit's property set before the pass-through handlers.
     HRESULT RegisterKsControlHandlres() override;

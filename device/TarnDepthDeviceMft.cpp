@@ -111,9 +111,9 @@ HRESULT TarnDepthDeviceMft::UninitializeMembers()
     return S_OK;
 }
 
-bool TarnDepthDeviceMft::IsPrivate(IMFSample *sample)
+bool TarnDepthDeviceMft::IsPrivate(IMFSample *input)
 {
-    return sample != nullptr && framePrivacy->MayCover(sample);
+    return input == nullptr ? framePrivacy->IsOn() : framePrivacy->MayCover(input);
 }
 
 HRESULT TarnDepthDeviceMft::CreateAttributes()

@@ -39,7 +39,7 @@ class TarnDepthDeviceMft : public DeviceMft
     CameraBlob CreateExtrinsics(UINT32 inputStreamId) override;
 
     bool Allocates(const OutputStream &outputStream) const override;
-    bool IsPrivate(IMFSample *sample) override;
+    bool IsPrivate(IMFSample *input) override;
 
     // A start that no topology can serve changes nothing: what ran runs on. One that fails later leaves every output
     // stopped. Both leave the transform usable.

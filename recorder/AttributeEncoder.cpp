@@ -90,7 +90,11 @@ void AddUnknown(RecordBuilder &values, IMFAttributes &store, const GUID &key, co
     }
     ComPtr<IMFMediaBuffer> buffer;
     ComPtr<IMFAttributes> inner;
-    if (SUCCEEDED(object.As(&buffer)))
+    if (!rule.tellsObjects)
+    {
+        AddWithoutBytes(values, key, TARN_KIND_OBJECT);
+    }
+    else if (SUCCEEDED(object.As(&buffer)))
     {
         AddBuffer(values, key, buffer.Get(), rule);
     }

@@ -21,6 +21,7 @@ struct BlobRule
 {
     std::size_t longest = 65536; // longer ones are left out altogether: they may be pictures
     GUID leftOut{};              // the key of one that is a picture whatever its length
+    bool tellsObjects = true;    // stores and media buffers; otherwise only that there is one
 };
 
 // Null for a null pointer. A store that changes meanwhile may be told in part. All may throw std::bad_alloc.

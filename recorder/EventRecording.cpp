@@ -219,7 +219,8 @@ EventRecording::Place EventRecording::Reserve(std::uint64_t length, const Record
     }
     tarn_recording_header &header = current->Header();
     const std::uint64_t room = current->MappedBytes() - used;
-    place.isRoomShort = room < padded + AheadBytes() / 2;
+    const bool isMoreToMake = !next || current->MappedBytes() < limits.fileBytes;
+    place.isRoomShort = isMoreToMake && room < padded + AheadBytes() / 2;
     if (room < padded)
     {
         ++droppedRecords;

@@ -22,7 +22,7 @@ namespace mft_der
 // How much is recorded, and how far ahead of need memory is mapped. Sizes are multiples of the step.
 struct RecordingLimits
 {
-    std::uint32_t stepBytes = 4U << 20U; // a multiple of 64 KB
+    std::uint32_t stepBytes = 4U << 20U; // a power of two, 64 KB at least
     std::uint64_t aheadBytes = 8U << 20U;
     std::uint64_t aheadOfPicturesBytes = 64U << 20U;
     std::uint64_t fileBytes = 256U << 20U;

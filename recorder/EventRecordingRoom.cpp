@@ -47,6 +47,10 @@ std::unique_ptr<RecordingFile> EventRecording::OpenNextFile(std::uint64_t &fileU
     auto file = std::make_unique<RecordingFile>(std::move(handle), limits.stepBytes, limits.fileBytes);
     if (!file->Begin())
     {
+        const DWORD error = GetLastError();
+        file.reset();
+        folder.RemoveNewest(); // else each attempt would move the earlier ones up, and the oldest out
+        SetLastError(error);
         return nullptr;
     }
     tarn_recording_header header = MakeHeader();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 #include <utility>
 
@@ -11,7 +12,8 @@ namespace mft_der
 using user_space_frameworks::UniqueHandle;
 
 RecordingFile::RecordingFile(UniqueHandle openFile, std::uint32_t stepBytes, std::uint64_t longest)
-    : file(std::move(openFile)), step(stepBytes), stretches(static_cast<std::size_t>(longest / stepBytes))
+    : file(std::move(openFile)), step(stepBytes), stepBits(static_cast<unsigned>(std::countr_zero(stepBytes))),
+      stretches(static_cast<std::size_t>(longest >> stepBits))
 {
 }
 
@@ -40,7 +42,7 @@ bool RecordingFile::GoOn()
         return false;
     }
     const tarn_recording_header &header = Header();
-    const std::size_t index = static_cast<std::size_t>(header.usedBytes / step);
+    const std::size_t index = IndexOf(header.usedBytes);
     if (header.magic != TARN_RECORDING_MAGIC || (header.flags & TARN_RECORDING_CLOSED) == 0 ||
         header.usedBytes % 8 != 0 || index >= stretches.size() || (index != 0 && !Map(index)))
     {
@@ -52,7 +54,7 @@ bool RecordingFile::GoOn()
 
 bool RecordingFile::Grow()
 {
-    const std::size_t index = static_cast<std::size_t>(MappedBytes() / step);
+    const std::size_t index = IndexOf(MappedBytes());
     if (index >= stretches.size() || !Map(index))
     {
         return false;
@@ -101,41 +103,44 @@ bool RecordingFile::Lengthen(std::uint64_t bytes)
         return false;
     }
     auto length = static_cast<std::uint64_t>(size.QuadPart);
-    if (length < bytes && SetFilePointerEx(file.Get(), size, nullptr, FILE_BEGIN) == FALSE)
-    {
-        return false;
-    }
-    while (length < bytes)
+    bool canWrite = length >= bytes || SetFilePointerEx(file.Get(), size, nullptr, FILE_BEGIN) != FALSE;
+    while (canWrite && length < bytes)
     {
         DWORD written = 0;
         const auto count = static_cast<DWORD>(std::min<std::uint64_t>(bytes - length, zeros.size()));
-        if (WriteFile(file.Get(), zeros.data(), count, &written, nullptr) == FALSE)
-        {
-            return false;
-        }
-        if (written == 0)
-        {
-            SetLastError(ERROR_DISK_FULL);
-            return false;
-        }
+        canWrite = WriteFile(file.Get(), zeros.data(), count, &written, nullptr) != FALSE && written != 0;
         length += written;
     }
-    return true;
+    if (!canWrite)
+    {
+        const DWORD error = GetLastError();
+        CutTo(size); // what is left of the disk is not ours to take
+        SetLastError(error == ERROR_SUCCESS ? ERROR_DISK_FULL : error);
+    }
+    return canWrite;
+}
+
+void RecordingFile::CutTo(const LARGE_INTEGER &length) const noexcept
+{
+    if (SetFilePointerEx(file.Get(), length, nullptr, FILE_BEGIN) != FALSE)
+    {
+        SetEndOfFile(file.Get()); // where it cannot, zeros are left at the end
+    }
 }
 
 void RecordingFile::Enter(std::uint64_t offset, std::uint64_t bytes) noexcept
 {
-    for (std::uint64_t i = offset / step; i <= (offset + bytes - 1) / step; ++i)
+    for (std::size_t i = IndexOf(offset); i <= IndexOf(offset + bytes - 1); ++i)
     {
-        stretches[static_cast<std::size_t>(i)].writers.fetch_add(1, std::memory_order_relaxed);
+        stretches[i].writers.fetch_add(1, std::memory_order_relaxed);
     }
 }
 
 void RecordingFile::Leave(std::uint64_t offset, std::uint64_t bytes) noexcept
 {
-    for (std::uint64_t i = offset / step; i <= (offset + bytes - 1) / step; ++i)
+    for (std::size_t i = IndexOf(offset); i <= IndexOf(offset + bytes - 1); ++i)
     {
-        stretches[static_cast<std::size_t>(i)].writers.fetch_sub(1, std::memory_order_release);
+        stretches[i].writers.fetch_sub(1, std::memory_order_release);
     }
 }
 
@@ -143,9 +148,9 @@ void RecordingFile::Write(std::uint64_t offset, Bytes bytes) noexcept
 {
     while (!bytes.empty())
     {
-        const auto inside = static_cast<std::size_t>(offset % step);
+        const auto inside = static_cast<std::size_t>(offset & (step - 1));
         const std::size_t count = std::min<std::size_t>(bytes.size(), step - inside);
-        std::memcpy(stretches[static_cast<std::size_t>(offset / step)].bytes + inside, bytes.data(), count);
+        std::memcpy(stretches[IndexOf(offset)].bytes + inside, bytes.data(), count);
         bytes = bytes.subspan(count);
         offset += count;
     }
@@ -153,7 +158,7 @@ void RecordingFile::Write(std::uint64_t offset, Bytes bytes) noexcept
 
 void RecordingFile::Release(std::uint64_t offset) noexcept
 {
-    const auto end = static_cast<std::size_t>(offset / step);
+    const auto end = IndexOf(offset);
     for (std::size_t i = 1; i < end; ++i) // the first one has the header
     {
         Stretch &stretch = stretches[i];
@@ -184,10 +189,7 @@ void RecordingFile::Close(std::uint64_t usedBytes, std::uint32_t flags) noexcept
     }
     LARGE_INTEGER end{};
     end.QuadPart = static_cast<LONGLONG>(usedBytes);
-    if (SetFilePointerEx(file.Get(), end, nullptr, FILE_BEGIN) != FALSE)
-    {
-        SetEndOfFile(file.Get()); // where it cannot, zeros are left at the end
-    }
+    CutTo(end);
 }
 
 } // namespace mft_der

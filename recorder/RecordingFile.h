@@ -20,7 +20,7 @@ namespace mft_der
 class RecordingFile
 {
   public:
-    // Multiples of 64 KB.
+    // A power of two, 64 KB at least, and a multiple of it.
     RecordingFile(user_space_frameworks::UniqueHandle openFile, std::uint32_t stepBytes, std::uint64_t longest);
     ~RecordingFile();
     RecordingFile(const RecordingFile &) = delete;
@@ -65,11 +65,17 @@ class RecordingFile
         std::atomic<std::uint32_t> writers{0};
     };
 
+    std::size_t IndexOf(std::uint64_t offset) const noexcept
+    {
+        return static_cast<std::size_t>(offset >> stepBits);
+    }
     bool Map(std::size_t index);
     bool Lengthen(std::uint64_t bytes);
+    void CutTo(const LARGE_INTEGER &length) const noexcept;
 
     const user_space_frameworks::UniqueHandle file;
     const std::uint32_t step;
+    const unsigned stepBits;
     std::vector<Stretch> stretches; // as many as there may be
     std::atomic<std::uint64_t> mapped{0};
 };

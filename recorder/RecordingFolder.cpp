@@ -21,6 +21,11 @@ UniqueHandle Open(const std::wstring &path, DWORD access, DWORD creation)
     return UniqueHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
+std::wstring OwnStem()
+{
+    return L"events-" + std::to_wstring(GetCurrentProcessId());
+}
+
 // Somebody writes to it. One that cannot be opened for another reason counts as well.
 bool IsInUse(const std::wstring &path)
 {
@@ -44,12 +49,17 @@ bool RecordingFolder::Exists(const std::wstring &path) noexcept
 
 bool RecordingFolder::WantsPictures() const
 {
-    return GetFileAttributesW((folder + L"frames").c_str()) != INVALID_FILE_ATTRIBUTES;
+    return GetFileAttributesW((folder + TARN_RECORDING_WISH_FOR_PICTURES).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 std::wstring RecordingFolder::NameOf(unsigned number) const
 {
-    return folder + stem + (number == 0 ? L"" : L"." + std::to_wstring(number)) + L".bin";
+    std::wstring name = folder + stem;
+    if (number != 0)
+    {
+        name.append(L".").append(std::to_wstring(number));
+    }
+    return name.append(L".bin");
 }
 
 bool RecordingFolder::ChooseName()
@@ -62,7 +72,7 @@ bool RecordingFolder::ChooseName()
     stem = L"events";
     if (IsInUse(NameOf(0)))
     {
-        stem = L"events-" + std::to_wstring(GetCurrentProcessId());
+        stem = OwnStem();
         return !IsInUse(NameOf(0));
     }
     return true;
@@ -76,11 +86,20 @@ UniqueHandle RecordingFolder::NewFile()
     }
     constexpr DWORD access = GENERIC_READ | GENERIC_WRITE;
     UniqueHandle file = Open(NameOf(0), access, CREATE_NEW);
-    if (!file && GetLastError() == ERROR_FILE_EXISTS && MoveUp())
+    if (!file && GetLastError() == ERROR_FILE_EXISTS)
     {
+        if (!MoveUp()) // somebody reads one of them and does not let it go
+        {
+            stem = OwnStem();
+        }
         file = Open(NameOf(0), access, CREATE_NEW);
     }
     return file;
+}
+
+void RecordingFolder::RemoveNewest() const
+{
+    DeleteFileW(NameOf(0).c_str());
 }
 
 UniqueHandle RecordingFolder::SameFile() const

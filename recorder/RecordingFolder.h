@@ -6,12 +6,13 @@
 #include <string>
 
 #include "base/UniqueHandle.h"
+#include "tarn/event_recording.h"
 
 namespace mft_der
 {
 
 // Where the module records when the folder is there. It is never created.
-inline constexpr wchar_t kRecordingFolder[] = L"c:\\OrrinLogs\\";
+inline constexpr wchar_t kRecordingFolder[] = TARN_RECORDING_FOLDER;
 
 // "events.bin" is the newest recording; earlier ones are "events.1.bin" and so on. A process that finds it in use takes
 // "events-<process id>.bin". Confined.
@@ -28,6 +29,8 @@ class RecordingFolder
     // Makes an empty newest file; earlier ones move up. On failure the result is null and GetLastError() tells why;
     // where a file could not be moved, some may have been already.
     user_space_frameworks::UniqueHandle NewFile();
+    // One that turned out to be of no use.
+    void RemoveNewest() const;
     // The newest file again, once it was closed.
     user_space_frameworks::UniqueHandle SameFile() const;
 

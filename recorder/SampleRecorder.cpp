@@ -13,8 +13,9 @@ namespace mft_der
 
 namespace
 {
-// The confidence map is a picture.
-constexpr BlobRule kSampleBlobs{4096, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP};
+// The confidence map is a picture. What a frame brings with it in objects is told once, with the input.
+constexpr BlobRule kInputBlobs{4096, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP};
+constexpr BlobRule kOutputBlobs{4096, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP, false};
 
 constexpr std::uint64_t kHashStart = 0xCBF29CE484222325;
 
@@ -129,7 +130,8 @@ void SampleRecorder::Add(RecordBuilder &values, const SampleIdentity &identity, 
         {
             values.U32(TARN_VALUE_BLANKED, 1);
         }
-        AddAttributes(values, TARN_VALUE_ATTRIBUTES, sample, kSampleBlobs);
+        AddAttributes(values, TARN_VALUE_ATTRIBUTES, sample,
+                      identity.direction == SampleDirection::Input ? kInputBlobs : kOutputBlobs);
     });
 }
 

@@ -53,7 +53,7 @@ class SampleRecorder
 
     user_space_frameworks::SharedLock lock;
     std::array<Counter, 16> counters TARN_GUARDED_BY(lock);
-    std::array<LONGLONG, 64> coveredTimes TARN_GUARDED_BY(lock){}; // of the last covered inputs
+    std::array<LONGLONG, 256> coveredTimes TARN_GUARDED_BY(lock){}; // of the last covered inputs
     std::size_t coveredCount TARN_GUARDED_BY(lock) = 0;
 };
 

@@ -15,6 +15,10 @@
 #define TARN_RECORDING_MAGIC 0x535456454E524154ull /* "TARNEVTS" in memory */
 #define TARN_RECORDING_VERSION 1u
 
+/* Where the module records when this folder is there, and the file in it by which pixels are asked for. */
+#define TARN_RECORDING_FOLDER L"c:\\OrrinLogs\\"
+#define TARN_RECORDING_WISH_FOR_PICTURES L"frames"
+
 /* Bits of tarn_recording_header::flags. */
 #define TARN_RECORDING_HOLDS_PICTURES 0x1u /* pixels of input frames; set before the first of them is written */
 #define TARN_RECORDING_CLOSED 0x2u         /* `usedBytes` is final; a process that ended abruptly never sets it */
@@ -74,7 +78,9 @@ enum
     TARN_RECORD_CAMERA = 9,  /* what the camera told while the transform was initialised; subject: TARN_CAMERA_... */
     TARN_RECORD_PIXELS = 10, /* the bytes of an input sample; `entry`: its ProcessInput call */
     TARN_RECORD_OUTPUT_HASH = 11, /* of an output sample's bytes; `entry`: its ProcessOutput call */
-    TARN_RECORD_DROPPED = 12      /* records were not written since the last that was: how many, how many bytes */
+    TARN_RECORD_DROPPED = 12,     /* records were not written since the last that was: how many, how many bytes */
+    TARN_RECORD_CHANGE =
+        13 /* the call `entry` begins to change the transform's state; such changes exclude each other */
 };
 
 /* Calls of an application or the pipeline on a transform: interface and method. */

@@ -17,6 +17,7 @@ class TemporaryFolder
   public:
     TemporaryFolder()
     {
+        std::filesystem::remove_all(path); // of a process that did not come to its end
         std::filesystem::create_directories(path);
     }
     ~TemporaryFolder()

@@ -10,6 +10,7 @@
 #include "tools/runs/DemoScenarios.h"
 #include "tools/command/Interruption.h"
 #include "tools/frameserver/PlatformSession.h"
+#include "tools/runs/RecordedRuns.h"
 #include "tools/runs/ScenarioPlayer.h"
 
 namespace tarn_host
@@ -55,6 +56,7 @@ ExitCode DemoCommand::Run()
     RunOptions options = runOptions.Read();
     options.framesToShow = options.outFolder.empty() ? 0 : kFramesShown;
 
+    const RecordedRuns recorded(options);
     const PlatformSession platform;
     std::vector<ContactSheetSection> sections;
     std::string source;
@@ -67,6 +69,7 @@ ExitCode DemoCommand::Run()
     {
         const PlayedScenario played = Play(demos[i].scenario, options, progress);
         progress.Pause();
+        recorded.Collect(std::to_string(i + 1));
         interrupted = played.report.interrupted;
         source = played.report.source;
         good += !interrupted && played.report.Problems().empty() ? 1 : 0;

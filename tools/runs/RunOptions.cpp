@@ -30,6 +30,10 @@ void RunOptionsLine::AddTo(CLI::App &app)
     app.add_flag("--allocator", options.allocator, "offer the platform's sample allocator to each output that starts");
     app.add_option("--out", outFolder, std::string("folder for ") + kPictureName + " (default: no picture)")
         ->type_name("DIR");
+    CLI::Option *recording =
+        app.add_option("--record", record, "folder for the module's recording, events.bin (default: none)")
+            ->type_name("DIR");
+    app.add_flag("--record-frames", options.recordPictures, "with the frames' pixels")->needs(recording);
     app.add_option("--dll", module, "the module (default: tarn_dmft.dll beside this program)")->type_name("PATH");
     app.add_flag("--register", registerFirst, kRegisterHelp);
     app.add_flag("--json", options.json, "result as JSON on stdout instead of a table");
@@ -52,6 +56,13 @@ RunOptions RunOptionsLine::Read() const
         std::error_code error;
         std::filesystem::create_directories(read.outFolder, error);
         RequireFolder(read.outFolder, "--out");
+    }
+    if (!record.empty())
+    {
+        read.record = ToPath(record);
+        std::error_code error;
+        std::filesystem::create_directories(read.record, error);
+        RequireFolder(read.record, "--record");
     }
     return read;
 }

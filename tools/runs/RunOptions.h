@@ -29,6 +29,8 @@ struct RunOptions
     std::filesystem::path frames; // Empty: the built-in scene.
     Pace pace = Pace::RealTime;
     std::filesystem::path outFolder; // Empty: no files.
+    std::filesystem::path record;    // Where recordings go; empty: the module is not asked to record.
+    bool recordPictures = false;
     bool allocator = false;          // the transform is offered one for each output
     bool saveFrames = false;
     std::size_t framesToShow = 0; // of each output, for the contact sheet
@@ -50,6 +52,7 @@ class RunOptionsLine
     std::string module;
     std::string frames;
     std::string outFolder;
+    std::string record;
     bool registerFirst = false;
 };
 

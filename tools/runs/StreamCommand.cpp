@@ -8,6 +8,7 @@
 #include "tools/pictures/ContactSheet.h"
 #include "tools/command/Interruption.h"
 #include "tools/frameserver/PlatformSession.h"
+#include "tools/runs/RecordedRuns.h"
 #include "tools/runs/ScenarioPlayer.h"
 
 namespace tarn_host
@@ -152,11 +153,13 @@ ExitCode StreamCommand::Run()
     options.framesToShow = options.outFolder.empty() ? 0 : kThumbnailsPerSection;
     const Scenario scenario = MakeScenario();
 
+    const RecordedRuns recorded(options);
     const PlatformSession platform;
     const Interruption interruption;
     ProgressLine progress(options.quiet, scenario.phases.size());
     const PlayedScenario played = Play(scenario, options, progress);
     progress.Pause();
+    recorded.Collect();
     if (options.json)
     {
         std::cout << played.report.ToJson() << '\n';
