@@ -130,7 +130,7 @@ TEST(RecordedTransformTest, PixelsAreRecordedWhenAskedForButNoneOfAPrivateFrame)
         server.camera->Controls().privacy = true;
         server.StepAndCollect(kDepth, 2);
         server.camera->Controls().privacy = false;
-        shown = tarn_test::PixelsOf(server.StepAndCollect(kDepth, 1).at(0));
+        shown = tarn_test::BytesOf(server.StepAndCollect(kDepth, 1).at(0));
     });
     const RecordedSession &session = sessions.front();
     EXPECT_TRUE(session.HoldsPictures());
