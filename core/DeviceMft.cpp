@@ -307,6 +307,7 @@ HRESULT DeviceMft::Shutdown()
 {
     return Recorded(TARN_CALL_SHUTDOWN, Values(), Values(), [&]() -> HRESULT {
         const std::scoped_lock guard(stateChangeLock);
+        recorder.ChangeBegins();
         CHECK_HR(UninitializeMembers());
         for (const auto &stream : outputStreams)
         {

@@ -226,6 +226,7 @@ HRESULT DeviceMft::SetOutputStreamState(DWORD dwStreamID, IMFMediaType *pMediaTy
     const auto given = Change(dwStreamID, pMediaType, value, dwFlags);
     return Recorded(TARN_CALL_SET_OUTPUT_STREAM_STATE, given, Values(), [&]() -> HRESULT {
         const std::scoped_lock guard(stateChangeLock);
+        recorder.ChangeBegins();
         return ChangeOutputStreamState(dwStreamID, pMediaType, value);
     });
 }

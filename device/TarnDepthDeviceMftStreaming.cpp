@@ -156,6 +156,7 @@ HRESULT TarnDepthDeviceMft::StopOutputStream(const std::shared_ptr<OutputStream>
 HRESULT TarnDepthDeviceMft::OnConfigConfidenceMap(bool enable)
 {
     const std::scoped_lock guard(stateChangeLock); // no output may start or stop meanwhile
+    recorder.ChangeBegins();
     const bool previous = confidenceMap->IsEnabled();
     if (enable == previous)
     {

@@ -77,6 +77,16 @@ class DeviceEventRecorder
     // Bytes or hash of a sample of the call that this thread is in.
     void Picture(const SampleIdentity &identity, IMFSample *sample) const noexcept;
 
+    // From here on the call that this thread is in changes the transform's state, and no other one does.
+    void ChangeBegins() const noexcept
+    {
+        if (IsEnabled())
+        {
+            transform->Write({.type = TARN_RECORD_CHANGE, .entry = CallUnderWay::OfThisThread()},
+                             [](RecordBuilder &) {});
+        }
+    }
+
     // The rest is to be called while it is enabled.
     void Camera(IMFTransform *filter) const noexcept;
 

@@ -37,7 +37,7 @@ const GUID &TarnDepthDepthTopology::InputSubtype(bool withConfidenceMap) noexcep
 HRESULT TarnDepthDepthTopology::Init(std::shared_ptr<InputStream> inputStream,
                                      std::shared_ptr<OutputStream> depthOutStream, IMFMediaType *nextMediaType,
                                      const WorkQueueParameters &wqParams,
-                                     std::shared_ptr<const ConfidenceMapState> confidenceMap, bool withMap)
+                                     const std::shared_ptr<const ConfidenceMapState> &confidenceMap, bool withMap)
 {
     CHECK_POINTER(confidenceMap);
     CHECK_POINTER(calibrationTable);

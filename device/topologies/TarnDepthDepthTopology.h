@@ -22,7 +22,7 @@ class TarnDepthDepthTopology : public Topology
     // then.
     HRESULT Init(std::shared_ptr<InputStream> inputStream, std::shared_ptr<OutputStream> depthOutStream,
                  IMFMediaType *nextMediaType, const WorkQueueParameters &wqParams,
-                 std::shared_ptr<const ConfidenceMapState> confidenceMap, bool withMap);
+                 const std::shared_ptr<const ConfidenceMapState> &confidenceMap, bool withMap);
 
     // What the pin has to deliver for depth with or without the map.
     static const GUID &InputSubtype(bool withConfidenceMap) noexcept;

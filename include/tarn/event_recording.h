@@ -78,7 +78,9 @@ enum
     TARN_RECORD_CAMERA = 9,  /* what the camera told while the transform was initialised; subject: TARN_CAMERA_... */
     TARN_RECORD_PIXELS = 10, /* the bytes of an input sample; `entry`: its ProcessInput call */
     TARN_RECORD_OUTPUT_HASH = 11, /* of an output sample's bytes; `entry`: its ProcessOutput call */
-    TARN_RECORD_DROPPED = 12      /* records were not written since the last that was: how many, how many bytes */
+    TARN_RECORD_DROPPED = 12,     /* records were not written since the last that was: how many, how many bytes */
+    TARN_RECORD_CHANGE =
+        13 /* the call `entry` begins to change the transform's state; such changes exclude each other */
 };
 
 /* Calls of an application or the pipeline on a transform: interface and method. */

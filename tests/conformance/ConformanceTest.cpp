@@ -169,8 +169,9 @@ class DepthConformanceTest : public RegisteredModule
         const Bytes models = BlobOf(stream, MFStreamExtension_PinholeCameraIntrinsics);
         EXPECT_EQ(1u, details.intrinsics.size());
         const auto *const model = reinterpret_cast<const BYTE *>(details.intrinsics.data());
-        EXPECT_NE(models.end(), std::search(models.begin(), models.end(), model,
-                                            model + sizeof(MFPinholeCameraIntrinsic_IntrinsicModel)));
+        EXPECT_TRUE(model != nullptr &&
+                    std::search(models.begin(), models.end(), model,
+                                model + sizeof(MFPinholeCameraIntrinsic_IntrinsicModel)) != models.end());
         EXPECT_EQ(BlobOf(stream, MFStreamExtension_CameraExtrinsics),
                   BlobOf(sample, MFSampleExtension_CameraExtrinsics));
         return record.frameCounter;

@@ -204,7 +204,7 @@ void Play(DepthServer &server, const Scenario &scenario, std::vector<tarn_test::
         if (wanted)
         {
             const auto sample = server.WaitForSamples(output, 1).at(0);
-            outputs.push_back(tarn_test::PixelsOf(sample));
+            outputs.push_back(tarn_test::BytesOf(sample));
             outputs.push_back(tarn_test::BlobOf(sample, ORRIN_SAMPLE_TARN_CONFIDENCE_MAP));
         }
     }

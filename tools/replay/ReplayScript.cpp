@@ -4,7 +4,6 @@
 #include <functional>
 #include <iterator>
 
-#include "tools/names/PipelineNames.h"
 #include "tools/recording/StateChanges.h"
 
 namespace tarn_replay
@@ -14,10 +13,10 @@ using tarn_recording::IsStateChange;
 
 namespace
 {
+constexpr int kBefore = -1;                     // rank of what comes before a record
 constexpr std::uint32_t kHaveOutput = 602;      // METransformHaveOutput
 constexpr std::uint32_t kStop = 0;              // DeviceStreamState_Stop
 constexpr std::uint32_t kNoWait = 1;            // MF_EVENT_FLAG_NO_WAIT
-constexpr std::uint8_t kConfidenceMap = 2;      // of the module's own properties
 constexpr std::int32_t kShutDown = -1072873851; // MF_E_SHUTDOWN
 
 bool IsCall(const Record &record)
@@ -44,23 +43,15 @@ bool IsEffect(const Record &record)
            (record.header.type == TARN_RECORD_KS_CALL && tarn_recording::IsPropertySet(record));
 }
 
+// Of the change that comes next.
+bool BeginsOther(const Record &record, std::uint64_t begin)
+{
+    return record.header.type == TARN_RECORD_CHANGE && record.header.sequence > begin;
+}
+
 bool TellsShutdown(const Record &record)
 {
     return record.header.type == TARN_RECORD_RETURN && record.header.result == kShutDown;
-}
-
-// Of these the module makes one at a time.
-bool IsExclusive(const Record &change)
-{
-    static const tarn_host::Guid ownSet = tarn_host::GuidNamed("KSPROPERTYSETID_TARN_DMFT_CONTROL");
-    constexpr std::size_t idOffset = 16;
-    if (change.header.type == TARN_RECORD_CALL)
-    {
-        return change.header.subject != TARN_CALL_PROCESS_MESSAGE;
-    }
-    const auto request = change.Values().Find(TARN_VALUE_REQUEST);
-    return request && request->Payload().size() > idOffset && tarn_host::Guid::Of(request->Payload()) == ownSet &&
-           request->Payload()[idOffset] == kConfidenceMap;
 }
 
 bool IsHaveOutput(const Record &record)
@@ -127,8 +118,8 @@ void ReplayScript::FindDeliveries()
             const auto stream = values.Unsigned(TARN_VALUE_STREAM);
             if (time && stream)
             {
-                deliveries.push_back(
-                    {record.header.transform, *time, static_cast<std::uint32_t>(*stream), record.header.sequence});
+                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream),
+                                      record.header.sequence, record.header.type == TARN_RECORD_EVENT});
             }
         }
         if (!record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT))
@@ -141,8 +132,8 @@ void ReplayScript::FindDeliveries()
             const auto stream = value.Items().Unsigned(TARN_VALUE_STREAM);
             if (value.Name() == TARN_VALUE_BUFFER && time && stream)
             {
-                deliveries.push_back(
-                    {record.header.transform, *time, static_cast<std::uint32_t>(*stream), record.header.sequence});
+                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream),
+                                      record.header.sequence, record.header.type == TARN_RECORD_EVENT});
             }
         }
     }
@@ -167,26 +158,6 @@ void ReplayScript::PlaceChanges()
             windows.push_back(*window);
         }
     }
-    OrderChanges();
-}
-
-void ReplayScript::OrderChanges()
-{
-    const auto endOf = [](const Window &window) { return window.change->exit->header.sequence; };
-    std::ranges::sort(windows, std::greater(), endOf);
-    for (std::size_t later = 0; later < windows.size(); ++later)
-    {
-        for (std::size_t i = later + 1; i < windows.size(); ++i)
-        {
-            Window &earlier = windows[i];
-            if (IsExclusive(*earlier.change->entry) && IsExclusive(*windows[later].change->entry) &&
-                Overlap(*earlier.change, *windows[later].change) &&
-                earlier.change->entry->header.transform == windows[later].change->entry->header.transform)
-            {
-                earlier.turn = std::max(std::min(earlier.turn, windows[later].turn), earlier.change->Sequence());
-            }
-        }
-    }
 }
 
 ReplayScript::Position ReplayScript::PlaceOfSignal(const Record &deviceEvent) const
@@ -203,10 +174,10 @@ ReplayScript::Position ReplayScript::PlaceOfSignal(const Record &deviceEvent) co
                               call.entry->header.transform == deviceEvent.header.transform;
         if (isInside && IsStateChange(*call.entry) && EndsListening(call, sequence))
         {
-            return {std::min(PlaceOf(call).sequence, sequence), kBeforeAll, 0};
+            return {std::min(PlaceOf(call).sequence, sequence), kBeforeAll};
         }
     }
-    return {sequence, 0, 0};
+    return {sequence, 0};
 }
 
 // Whether the camera's event is given up between that record and the call's end.
@@ -227,7 +198,7 @@ const ReplayScript::Delivery *ReplayScript::FindDelivery(const Record &record, s
 {
     const std::uint32_t transform = record.header.transform;
     const Delivery *first = nullptr;
-    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0});
+    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0, false});
          at != deliveries.end() && at->transform == transform && at->time == time; ++at)
     {
         const bool isMeant = (!output || at->output == *output) && at->sequence > after;
@@ -238,7 +209,10 @@ const ReplayScript::Delivery *ReplayScript::FindDelivery(const Record &record, s
 
 std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &change) const
 {
-    const bool excludesOthers = IsExclusive(*change.entry);
+    const std::uint64_t begin = BeginOf(change);
+    const bool excludesOthers = begin != 0;
+    const bool isStop = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) &&
+                        change.entry->Values().Unsigned(TARN_VALUE_STATE) == std::uint64_t{kStop};
     const bool isFlush = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_MESSAGE);
     std::uint64_t lastOfBefore = 0; // a frame that was under way when a flush began
     const auto first = std::ranges::upper_bound(records, change.Sequence(), {}, SequenceOf);
@@ -252,7 +226,7 @@ std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &c
         {
             return Window{&change, at->header.sequence, at->header.type == TARN_RECORD_EVENT};
         }
-        if (excludesOthers && (TellsShutdown(*at) || LacksOutput(*at, change)))
+        if (excludesOthers && (TellsShutdown(*at) || BeginsOther(*at, begin) || (isStop && LacksOutput(*at, change))))
         {
             return Window{&change, at->header.sequence, false};
         }
@@ -266,26 +240,36 @@ std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &c
     {
         return Window{&change, std::max(change.Sequence(), lastOfBefore + 1), true};
     }
-    return excludesOthers ? std::optional(Window{&change, change.exit->header.sequence, false}) : std::nullopt;
+    // A stop takes its time until it shows; what has no effect has none from its beginning on.
+    return excludesOthers ? std::optional(Window{&change, isStop ? change.exit->header.sequence : begin, false})
+                          : std::nullopt;
+}
+
+// Where it began to change the state alone; 0 when it did not.
+std::uint64_t ReplayScript::BeginOf(const RecordedCall &change) const
+{
+    const auto first = std::ranges::upper_bound(records, change.Sequence(), {}, SequenceOf);
+    const auto begin = std::find_if(first, records.end(), [&](const Record &record) {
+        return record.header.sequence > change.exit->header.sequence ||
+               (record.header.type == TARN_RECORD_CHANGE && record.header.entry == change.Sequence());
+    });
+    return begin != records.end() && begin->header.type == TARN_RECORD_CHANGE ? begin->header.sequence : 0;
 }
 
 // Whether the frame that is announced came out of other outputs than the one that is stopped.
 bool ReplayScript::LacksOutput(const Record &event, const RecordedCall &change) const
 {
-    const auto values = change.entry->Values();
+    const auto output = change.entry->Values().Unsigned(TARN_VALUE_STREAM);
     const auto time = IsHaveOutput(event) ? event.Values().Signed(TARN_VALUE_TIME) : std::nullopt;
-    return time && change.entry->Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) &&
-           values.Unsigned(TARN_VALUE_STATE) == std::uint64_t{kStop} &&
-           FindDelivery(event, *time, values.Unsigned(TARN_VALUE_STREAM), 0) == nullptr;
+    return time && FindDelivery(event, *time, output, 0) == nullptr;
 }
 
 ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
 {
-    constexpr int kBefore = -1;
     const auto own = std::ranges::find(windows, &call, &Window::change);
     if (own != windows.end())
     {
-        return {own->turn, kBefore, call.exit->header.sequence};
+        return {own->turn, kBefore};
     }
     const auto time = call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT) ? TimeOf(*call.entry) : std::nullopt;
     const auto window =
@@ -295,14 +279,14 @@ ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
         const Delivery *const delivery = FindDelivery(*call.entry, *time, std::nullopt, call.Sequence());
         if (delivery == nullptr && window->turn < call.Sequence())
         {
-            return {window->turn, kBefore - 1, 0};
+            return {window->turn, kBefore - 1};
         }
         if (delivery != nullptr && delivery->sequence > window->turn && call.Sequence() < window->turn)
         {
-            return {window->turn, 0, 0};
+            return {window->turn, 0};
         }
     }
-    return {call.Sequence(), 0, 0};
+    return {call.Sequence(), 0};
 }
 
 void ReplayScript::PlaceCall(const RecordedCall &call)
@@ -313,10 +297,16 @@ void ReplayScript::PlaceCall(const RecordedCall &call)
         placed.push_back({at, {Step::Action::Call, call.entry, &call}});
         return;
     }
-    placed.push_back({at, {Step::Action::BeginWait, call.entry, &call}});
+    // The end takes what is not fetched with it: who fetched an event of it meanwhile is there before.
+    const auto end = std::ranges::find_if(windows, [&](const Window &one) {
+        return one.change->entry->Is(TARN_RECORD_CALL, TARN_CALL_SHUTDOWN) && Overlap(*one.change, call);
+    });
+    const bool isBeforeEnd = end != windows.end() && call.exit != nullptr && call.exit->header.result >= 0;
+    placed.push_back({isBeforeEnd ? std::min(at, Position{end->turn, kBefore - 1}) : at,
+                      {Step::Action::BeginWait, call.entry, &call}});
     if (call.exit != nullptr)
     {
-        placed.push_back({{call.exit->header.sequence, 0, 0}, {Step::Action::EndWait, call.entry, &call}});
+        placed.push_back({{call.exit->header.sequence, 0}, {Step::Action::EndWait, call.entry, &call}});
     }
 }
 
@@ -324,7 +314,7 @@ void ReplayScript::PlaceOthers()
 {
     for (const Record &record : records)
     {
-        const Position at{record.header.sequence, 0, 0};
+        const Position at{record.header.sequence, 0};
         if (record.header.type == TARN_RECORD_TRANSFORM)
         {
             placed.push_back(
@@ -341,22 +331,29 @@ void ReplayScript::PlaceOthers()
     }
 }
 
-// The last one of that time before the event.
+// A camera may give several frames the same time: they are announced in their order.
 const RecordedCall *ReplayScript::FrameOf(const Record &event) const
 {
     const auto time = event.Values().Signed(TARN_VALUE_TIME);
-    const RecordedCall *found = nullptr;
-    if (time)
+    const auto output = event.Values().Unsigned(TARN_VALUE_STREAM);
+    if (!time || !output)
     {
-        for (auto at =
-                 std::ranges::lower_bound(frames, *time, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
-             at != frames.end() && at->first == *time; ++at)
+        return nullptr;
+    }
+    const std::uint32_t transform = event.header.transform;
+    const Delivery first{transform, *time, static_cast<std::uint32_t>(*output), 0, false};
+    const Delivery last{transform, *time, first.output, event.header.sequence, false};
+    auto before = std::count_if(std::ranges::lower_bound(deliveries, first), std::ranges::lower_bound(deliveries, last),
+                                [](const Delivery &one) { return one.isAnnouncement; });
+    const RecordedCall *found = nullptr;
+    const auto sameTime =
+        std::ranges::lower_bound(frames, *time, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
+    for (auto at = sameTime; at != frames.end() && at->first == *time && before >= 0; ++at)
+    {
+        if (at->second->entry->header.transform == transform && at->second->Sequence() < event.header.sequence)
         {
-            if (at->second->entry->header.transform == event.header.transform &&
-                at->second->Sequence() < event.header.sequence)
-            {
-                found = at->second;
-            }
+            found = at->second;
+            --before;
         }
     }
     return found;

@@ -72,8 +72,7 @@ class ReplayScript
     struct Position
     {
         std::uint64_t sequence = 0;
-        int rank = 0;          // among those of one sequence
-        std::uint64_t end = 0; // among changes of one rank: where they ended
+        int rank = 0; // among those of one sequence
         friend auto operator<=>(const Position &, const Position &) = default;
     };
     struct Placed
@@ -89,6 +88,7 @@ class ReplayScript
         std::int64_t time = 0;
         std::uint32_t output = 0;
         std::uint64_t sequence = 0; // of what tells so
+        bool isAnnouncement = false;
         friend auto operator<=>(const Delivery &, const Delivery &) = default;
     };
 
@@ -105,9 +105,9 @@ class ReplayScript
     // The first of that frame behind `after`, of one output or any; null when there is none.
     const Delivery *FindDelivery(const Record &record, std::int64_t time, std::optional<std::uint64_t> output,
                                  std::uint64_t after) const;
-    void OrderChanges();
     bool EndsListening(const RecordedCall &call, std::uint64_t after) const;
     Position PlaceOfSignal(const Record &deviceEvent) const;
+    std::uint64_t BeginOf(const RecordedCall &change) const;
     bool LacksOutput(const Record &event, const RecordedCall &change) const;
     std::optional<Window> WindowOf(const RecordedCall &change) const;
     Position PlaceOf(const RecordedCall &call) const;

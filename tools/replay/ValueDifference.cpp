@@ -51,7 +51,7 @@ const char *NameOf(std::uint16_t name)
 bool IsCompared(std::uint16_t name, std::uint16_t kind)
 {
     return kind != TARN_KIND_OBJECT && name != TARN_VALUE_WORK_QUEUE && name != TARN_VALUE_ADDRESS &&
-           name != TARN_VALUE_FULL_LENGTH;
+           name != TARN_VALUE_FULL_LENGTH && name != TARN_VALUE_NUMBER;
 }
 
 std::optional<ValueDifference> Compare(const Value &recorded, const Value &got, bool isCut)

@@ -23,23 +23,23 @@ void TraceCommand::AddOptions(CLI::App &app)
 
 ExitCode TraceCommand::Run()
 {
-    TraceSummary summary;
+    TraceSummary told;
     if (std::ifstream older(ToPath(file + ".old"), std::ios::binary); older)
     {
-        summary.Read(older);
+        told.Read(older);
     }
     std::ifstream newest(ToPath(file), std::ios::binary);
     if (!newest)
     {
         throw UsageError("cannot read " + file);
     }
-    summary.Read(newest);
-    if (summary.Records() == 0)
+    told.Read(newest);
+    if (told.Records() == 0)
     {
         throw UsageError(file + " has no record of the module: is it converted, were the provider's level and flags "
                                 "set? (a log at level 2 of a healthy session is empty)");
     }
-    return summary.Write(std::cout) ? ExitCode::Success : ExitCode::Failure;
+    return told.Write(std::cout) ? ExitCode::Success : ExitCode::Failure;
 }
 
 } // namespace tarn_host
