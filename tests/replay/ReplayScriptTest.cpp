@@ -98,6 +98,20 @@ constexpr Order kOrders[] = {
          session.Leave(TARN_CALL_SET_OUTPUT_STREAM_STATE, stop);
      },
      "create 1, call 4, frame 6, frame 7, call 8, call 2, frame 10"},
+    {"a stop comes before a frame that it split",
+     [](Overlaps &session) {
+         session.GiveFrame(10);   // 2
+         session.Announce(0, 10); // 4
+         session.Announce(1, 10);
+         const auto wait = session.Enter(TARN_CALL_GET_EVENT, ValueBytes().U32(TARN_VALUE_FLAGS, 0)); // 6
+         session.GiveFrame(20);                                                                       // 7
+         session.Announce(1, 20);                                                                     // 9
+         const auto stop = session.EnterState(0);                                                     // 10
+         session.Add(TARN_RECORD_CHANGE, 0, {}, stop);
+         session.Leave(TARN_CALL_SET_OUTPUT_STREAM_STATE, stop);
+         session.Leave(TARN_CALL_GET_EVENT, wait); // 13
+     },
+     "create 1, call 2, frame 4, frame 5, begin 6, call 7, call 10, frame 9, end 13"},
     {"a flush comes behind the frame that was under way",
      [](Overlaps &session) {
          session.GiveFrame(10); // 2
