@@ -214,6 +214,10 @@ std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &c
     const bool isStop = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) &&
                         change.entry->Values().Unsigned(TARN_VALUE_STATE) == std::uint64_t{kStop};
     const bool isFlush = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_MESSAGE);
+    if (const std::uint64_t split = isStop && excludesOthers ? SplitBefore(change) : 0; split != 0)
+    {
+        return Window{&change, split, false};
+    }
     std::uint64_t lastOfBefore = 0; // a frame that was under way when a flush began
     const auto first = std::ranges::upper_bound(records, change.Sequence(), {}, SequenceOf);
     for (auto at = first; at != records.end() && at->header.sequence < change.exit->header.sequence; ++at)
@@ -243,6 +247,40 @@ std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &c
     // A stop takes its time until it shows; what has no effect has none from its beginning on.
     return excludesOthers ? std::optional(Window{&change, isStop ? change.exit->header.sequence : begin, false})
                           : std::nullopt;
+}
+
+// The announcement of a frame that had come out of another output when the stop took this one away; 0 when none had.
+std::uint64_t ReplayScript::SplitBefore(const RecordedCall &stop) const
+{
+    const auto output = stop.entry->Values().Unsigned(TARN_VALUE_STREAM);
+    std::uint64_t split = 0;
+    for (auto at = stop.entry; at != records.data(); --at)
+    {
+        const Record &record = *(at - 1);
+        const bool isOwn = record.header.transform == stop.entry->header.transform;
+        if (isOwn && record.header.type == TARN_RECORD_CHANGE)
+        {
+            return 0; // the output brought nothing since
+        }
+        if (!isOwn || !IsHaveOutput(record))
+        {
+            continue;
+        }
+        if (record.Values().Unsigned(TARN_VALUE_STREAM) == output)
+        {
+            return split;
+        }
+        if (split != 0)
+        {
+            return 0;
+        }
+        split = LacksOutput(record, stop) ? record.header.sequence : 0;
+        if (split == 0)
+        {
+            return 0;
+        }
+    }
+    return 0;
 }
 
 // Where it began to change the state alone; 0 when it did not.

@@ -107,6 +107,7 @@ class ReplayScript
                                  std::uint64_t after) const;
     bool EndsListening(const RecordedCall &call, std::uint64_t after) const;
     Position PlaceOfSignal(const Record &deviceEvent) const;
+    std::uint64_t SplitBefore(const RecordedCall &stop) const;
     std::uint64_t BeginOf(const RecordedCall &change) const;
     bool LacksOutput(const Record &event, const RecordedCall &change) const;
     std::optional<Window> WindowOf(const RecordedCall &change) const;
