@@ -197,14 +197,10 @@ void EventRecording::WriteDropped() noexcept
         place.file->Leave(place.offset, length);
         return;
     }
-    const std::scoped_lock guard(lock); // it was dropped itself, which does not count
-    droppedRecords += records - 1;
-    droppedBytes += bytes - length;
-    if (current)
-    {
-        --current->Header().droppedRecords;
-        current->Header().droppedBytes -= length;
-    }
+    const std::scoped_lock guard(lock); // still no room
+    droppedRecords += records;
+    droppedBytes += bytes;
+    hasDropped = true;
 }
 
 EventRecording::Place EventRecording::Reserve(std::uint64_t length, const RecordHead &head) noexcept
@@ -212,7 +208,6 @@ EventRecording::Place EventRecording::Reserve(std::uint64_t length, const Record
     const std::uint64_t padded = Padded(length);
     const std::scoped_lock guard(lock);
     Place place;
-    place.sequence = ++session.lastSequence;
     if (used + padded > limits.fileBytes)
     {
         TurnToNextFile();
