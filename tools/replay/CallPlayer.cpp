@@ -46,6 +46,19 @@ CallPlayer::CallPlayer(const RecordedSession &recordedSession, const tarn_host::
                        ReplayComparison &replayComparison)
     : session(recordedSession), module(loadedModule), comparison(replayComparison), pixels(recordedSession)
 {
+    static const tarn_host::Guid map = tarn_host::GuidNamed("ORRIN_SAMPLE_TARN_CONFIDENCE_MAP");
+    for (const Record &record : session.Records())
+    {
+        for (const auto &buffer : record.Values())
+        {
+            const auto sample = buffer.Items().Items(TARN_VALUE_SAMPLE);
+            const auto time = sample.Signed(TARN_VALUE_TIME);
+            if (time && sample.Items(TARN_VALUE_ATTRIBUTES).Attribute(map))
+            {
+                withMap.emplace(record.header.transform, *time);
+            }
+        }
+    }
 }
 
 CallPlayer::~CallPlayer() = default;
@@ -172,6 +185,10 @@ void CallPlayer::MakeCall(const RecordedCall &call)
     {
         return; // made before the recording began, or after its end
     }
+    if (call.entry->header.type == TARN_RECORD_KS_CALL && tarn_recording::IsStateChange(*call.entry))
+    {
+        RunFramesWithMap(*transform, *call.entry);
+    }
     const auto answer = std::make_shared<Answer>();
     Run(caller, transform->calls, *call.entry, answer);
     if (AwaitCall(call))
@@ -293,6 +310,27 @@ void CallPlayer::RunFrame(const RecordedCall &frame)
     while (transform != nullptr && transform->nextRun != transform->gates.end() &&
            transform->nextRun->first <= frame.Sequence() && RunNextFrame(*transform))
     {
+    }
+}
+
+// A frame that was under way when an application switched the confidence map off may still have come with one.
+void CallPlayer::RunFramesWithMap(Transform &transform, const Record &entry)
+{
+    const RecordedCall *last = nullptr;
+    RecordedCall frame;
+    for (auto at = transform.nextRun; at != transform.gates.end(); ++at)
+    {
+        const Record *const call = session.Find(at->first);
+        const auto time = call->Values().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
+        if (time && withMap.contains({entry.header.transform, *time}))
+        {
+            frame.entry = call;
+            last = &frame;
+        }
+    }
+    if (last != nullptr)
+    {
+        RunFrame(*last);
     }
 }
 

@@ -7,7 +7,9 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "tools/frameserver/LoadedModule.h"
 #include "tools/replay/CallThread.h"
@@ -75,6 +77,7 @@ class CallPlayer
     void BeginWait(const RecordedCall &call);
     void EndWait(const RecordedCall &call);
     void RunFrame(const RecordedCall &frame);
+    void RunFramesWithMap(Transform &transform, const Record &entry);
     bool RunNextFrame(Transform &transform);
     void SignalEvent(const Record &record);
     void ReleaseAll();
@@ -87,6 +90,7 @@ class CallPlayer
     const tarn_host::LoadedModule &module;
     ReplayComparison &comparison;
     const FramePixels pixels;
+    std::set<std::pair<std::uint32_t, std::int64_t>> withMap; // transform and time of samples with a confidence map
     std::chrono::milliseconds eventLimit{};
     CallThread caller;
     std::map<std::uint32_t, Transform> transforms;
