@@ -216,6 +216,11 @@ EventRecording::Place EventRecording::Reserve(std::uint64_t length, const Record
     const std::uint64_t room = current->MappedBytes() - used;
     const bool isMoreToMake = !next || current->MappedBytes() < limits.fileBytes;
     place.isRoomShort = isMoreToMake && room < padded + AheadBytes() / 2;
+    if (room < padded && head.type == TARN_RECORD_DROPPED)
+    {
+        return place; // takes no number: those that are missing are those that were counted
+    }
+    place.sequence = ++session.lastSequence;
     if (room < padded)
     {
         ++droppedRecords;
