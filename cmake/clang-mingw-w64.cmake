@@ -10,6 +10,7 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 set(CMAKE_AR x86_64-w64-mingw32-ar)
 set(CMAKE_RANLIB x86_64-w64-mingw32-ranlib)
 set(CMAKE_OBJCOPY x86_64-w64-mingw32-objcopy)
+set(CMAKE_OBJDUMP x86_64-w64-mingw32-objdump)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/run-in-wine)
 
 # Left alone, clang takes the newest GCC folder, which may be that of the other thread model.

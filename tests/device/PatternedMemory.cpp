@@ -22,10 +22,7 @@ int pattern = -1;           // guarded by lock; below 0: the platform's own buff
 class Buffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
 {
   public:
-    Buffer(DWORD size, BYTE value) : bytes(size + kAlignment, value), capacity(size)
-    {
-        buffers.insert(this);
-    }
+    Buffer(DWORD size, BYTE value) : bytes(size + kAlignment, value), capacity(size) { buffers.insert(this); }
     ~Buffer() override
     {
         const std::scoped_lock guard(lock);
@@ -44,10 +41,7 @@ class Buffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
         }
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE Unlock() noexcept override
-    {
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE Unlock() noexcept override { return S_OK; }
     HRESULT STDMETHODCALLTYPE GetCurrentLength(DWORD *current) noexcept override
     {
         *current = length;
@@ -69,10 +63,7 @@ class Buffer : public user_space_frameworks::ComObject<IMFMediaBuffer>
         AddRef();
         return Release() == 1;
     }
-    void Fill(BYTE value)
-    {
-        std::fill_n(Data(), capacity, value);
-    }
+    void Fill(BYTE value) { std::fill_n(Data(), capacity, value); }
     bool HoldsOnly(BYTE value)
     {
         return std::all_of(Data(), Data() + capacity, [value](BYTE present) { return present == value; });

@@ -19,14 +19,8 @@ class RecordingsFolder
 {
   public:
     // As the module takes it.
-    std::wstring Path() const
-    {
-        return folder.Path().native() + L"\\";
-    }
-    std::filesystem::path File(const wchar_t *name = L"events.bin") const
-    {
-        return folder.Path() / name;
-    }
+    std::wstring Path() const { return folder.Path().native() + L"\\"; }
+    std::filesystem::path File(const wchar_t *name = L"events.bin") const { return folder.Path() / name; }
     std::vector<std::filesystem::path> Files() const
     {
         std::vector<std::filesystem::path> files;

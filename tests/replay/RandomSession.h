@@ -55,10 +55,7 @@ class RandomSession : private tarn_host::SessionListener, private tarn_sim::IFra
     }
     void OnOutputSample(DWORD, IMFSample *) override {}
     void OnSessionFailure() override {}
-    void OnFrame(DWORD streamId, IMFSample *sample) override
-    {
-        session.ProcessInput(streamId, sample);
-    }
+    void OnFrame(DWORD streamId, IMFSample *sample) override { session.ProcessInput(streamId, sample); }
 
     void CallAtRandom(unsigned threadSeed, unsigned thread)
     {

@@ -89,10 +89,7 @@ std::string StuckListener()
     {
       public:
         using KsEventsObserver::KsEventsObserver;
-        void OnEvent() override
-        {
-            WaitForSingleObject(hold.Get(), 5000);
-        }
+        void OnEvent() override { WaitForSingleObject(hold.Get(), 5000); }
         user_space_frameworks::UniqueHandle hold{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     };
     return LogOf([] {

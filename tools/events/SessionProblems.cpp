@@ -19,11 +19,6 @@ constexpr std::uint64_t kTimeForAFrame = 5'000'000; // 0.5 s: an output that run
 constexpr double kGapFrames = 4;                    // so many usual intervals without a frame are a gap
 constexpr std::uint64_t kFewIntervals = 4;          // from which nothing usual can be told
 
-unsigned long long Wide(std::uint64_t number) noexcept
-{
-    return number;
-}
-
 std::string OutputText(const OutputBooks &output)
 {
     return Format("T%u output %u (", output.transform, output.stream) + output.type.ToText() + ")";

@@ -17,11 +17,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kChangesShown = 40;
 
-unsigned long long Wide(std::uint64_t number) noexcept
-{
-    return number;
-}
-
 double PercentileMs(const std::vector<std::uint64_t> &ticks, double share)
 {
     return ticks.empty() ? 0 : Milliseconds(Percentile(ticks, share));

@@ -1,6 +1,7 @@
 // Short texts with numbers in them.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -14,6 +15,12 @@ std::string Format(const char *format, Values... values)
     char text[256];
     std::snprintf(text, sizeof text, format, values...);
     return text;
+}
+
+// The integer that %llu takes on every platform.
+inline unsigned long long Wide(std::uint64_t number) noexcept
+{
+    return number;
 }
 
 } // namespace tarn_host

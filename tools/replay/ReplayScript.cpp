@@ -272,7 +272,7 @@ std::uint64_t ReplayScript::SplitBefore(const RecordedCall &stop) const
         }
         if (split != 0)
         {
-            return 0;
+            return LacksOutput(record, stop) ? 0 : split; // the frame before came out of both
         }
         split = LacksOutput(record, stop) ? record.header.sequence : 0;
         if (split == 0)

@@ -31,7 +31,7 @@ struct RunOptions
     std::filesystem::path outFolder; // Empty: no files.
     std::filesystem::path record;    // Where recordings go; empty: the module is not asked to record.
     bool recordPictures = false;
-    bool allocator = false;          // the transform is offered one for each output
+    bool allocator = false; // the transform is offered one for each output
     bool saveFrames = false;
     std::size_t framesToShow = 0; // of each output, for the contact sheet
     bool json = false;
