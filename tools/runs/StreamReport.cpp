@@ -15,11 +15,6 @@ namespace
 
 using Json = nlohmann::ordered_json;
 
-unsigned long long Wide(std::uint64_t value)
-{
-    return value;
-}
-
 Json JsonOf(const OutputReport &output)
 {
     const StreamSummary &s = output.summary;
