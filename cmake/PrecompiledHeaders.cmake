@@ -30,7 +30,7 @@ endfunction()
 # Sources of one folder that spend their time in the same templates, compiled a few at a time. Not in what ships: the joined
 # file includes them by their full paths, which would get into its symbols.
 function(tarn_join_sources)
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" OR (WIN32 AND NOT TARN_PRECOMPILE))
+  if(NOT TARN_PRECOMPILE OR NOT WIN32 OR CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     return()
   endif()
   foreach(target ${ARGN})
