@@ -1,6 +1,7 @@
 // Sessions of the real transform with a planted fault: what their logs say to a person.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <fstream>
 #include <functional>
 #include <sstream>
@@ -89,7 +90,12 @@ std::string StuckListener()
     {
       public:
         using KsEventsObserver::KsEventsObserver;
-        void OnEvent() override { WaitForSingleObject(hold.Get(), 5000); }
+        void OnEvent() override
+        {
+            isInside = true;
+            WaitForSingleObject(hold.Get(), 5000);
+        }
+        std::atomic<bool> isInside{false};
         user_space_frameworks::UniqueHandle hold{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     };
     return LogOf([] {
@@ -101,6 +107,7 @@ std::string StuckListener()
         ASSERT_HR(S_OK, listener->Init(camera.Get()));
         ASSERT_HR(S_OK, listener->Start());
         ASSERT_EQ(1u, camera->Ks().SignalAutoUpdate());
+        ASSERT_TRUE(tarn_test::WaitUntil([&] { return observer->isInside.load(); }));
         EXPECT_TRUE(FAILED(listener->Stop()));
         SetEvent(observer->hold.Get());
         EXPECT_TRUE(tarn_test::WaitUntil([&] { return SUCCEEDED(listener->Uninit()); }));
