@@ -1,4 +1,4 @@
-// The first record of every trace and log: which module speaks, in which process, on which machine and day.
+// Which module speaks, in which process, on which machine: the first record of every trace, log and recording.
 #pragma once
 
 #include <windows.h>
@@ -21,6 +21,21 @@ class ModuleRecord
     // The first call takes too long for a thread that has a frame: it is made when a log or session is opened.
     // Thread-safe.
     static const ModuleRecord &OfThisProcess() noexcept;
+
+    static const char *Version() noexcept;
+    // UTF-8, empty where it is not to be had; a path is cut after MAX_PATH characters.
+    const char *Machine() const noexcept
+    {
+        return machine.data();
+    }
+    const char *ModulePath() const noexcept
+    {
+        return modulePath.data();
+    }
+    const char *ProcessPath() const noexcept
+    {
+        return processPath.data();
+    }
 
     // Below every level, so that each session and each log takes it.
     static constexpr TraceLevel kLevel{0};
@@ -47,7 +62,6 @@ class ModuleRecord
     constexpr ModuleRecord() noexcept = default;
 
     void Read() noexcept;
-    static const char *Version() noexcept;
     static std::array<char, kDateSize> Today() noexcept; // UTC, as in 2026-11-21
 
     using Path = std::array<char, 3 * MAX_PATH>; // UTF-8

@@ -1,11 +1,10 @@
 #include "tools/diagnosis/SessionReport.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <ostream>
 
 #include "tools/diagnosis/ClockText.h"
+#include "tools/names/Format.h"
 
 namespace tarn_host
 {
@@ -14,19 +13,6 @@ namespace
 {
 
 constexpr std::size_t kMostRows = 15;
-
-template <class... Values>
-std::string Row(const char *format, Values... values)
-{
-    std::array<char, 256> text{};
-    std::snprintf(text.data(), text.size(), format, values...);
-    return text.data();
-}
-
-unsigned long long Wide(std::uint64_t value)
-{
-    return value;
-}
 
 void WriteFindings(std::ostream &output, const std::vector<Finding> &findings)
 {
@@ -109,9 +95,9 @@ void WriteOutputs(std::ostream &output, const SessionFacts &facts)
             continue;
         }
         const std::string first = one.firstFrameAfterUs ? DurationText(*one.firstFrameAfterUs) : "-";
-        output << Row("  %-34s %6u  %11s  %7llu  %5.1f  %11s  ", name.c_str(), static_cast<unsigned>(one.starts),
-                      first.c_str(), Wide(one.frames), one.Fps(),
-                      one.intervals == 0 ? "-" : DurationText(one.longestGapUs).c_str())
+        output << Format("  %-34s %6u  %11s  %7llu  %5.1f  %11s  ", name.c_str(), static_cast<unsigned>(one.starts),
+                         first.c_str(), Wide(one.frames), one.Fps(),
+                         one.intervals == 0 ? "-" : DurationText(one.longestGapUs).c_str())
                << one.type << (one.measured.empty() ? "" : "; measured " + one.measured) << '\n';
     }
     output << "  " << facts.inputs << " frames came from the camera\n";
@@ -129,7 +115,7 @@ void WriteCounts(std::ostream &output, const char *title, const Counts &counts)
     output << '\n' << title << '\n';
     for (std::size_t i = 0; i < std::min(rows.size(), kMostRows); ++i)
     {
-        output << Row("  %6llu  %s  ", Wide(rows[i].second.count), TimeOfDayText(rows[i].second.firstUs).c_str())
+        output << Format("  %6llu  %s  ", Wide(rows[i].second.count), TimeOfDayText(rows[i].second.firstUs).c_str())
                << rows[i].first << '\n';
     }
     if (rows.size() > kMostRows)
