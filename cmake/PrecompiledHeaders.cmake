@@ -27,10 +27,13 @@ function(tarn_share_precompiled_headers)
   endforeach()
 endfunction()
 
-# Sources of one folder that spend their time in the same templates, compiled a few at a time. Not in what ships: the joined
-# file includes them by their full paths, which would get into its symbols.
+# Sources of one folder that spend their time in the same headers and templates, compiled a few at a time. Not in what
+# ships: the joined file includes them by their full paths, which would get into its symbols; so that tree also proves
+# that each source stands alone.
+option(TARN_JOIN "Compile the sources of a folder a few at a time" OFF)
+
 function(tarn_join_sources)
-  if(NOT TARN_PRECOMPILE OR NOT WIN32 OR CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  if(NOT TARN_JOIN)
     return()
   endif()
   foreach(target ${ARGN})

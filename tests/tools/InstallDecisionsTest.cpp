@@ -95,8 +95,8 @@ json Healthy(char generation)
     }
     if (generation == 'B')
     {
-        facts["devices"][0]["classes"] = {Class(kDepthClass)};
-        facts["devices"][1]["classes"] = {Class(kColorClass)};
+        facts["devices"][0]["classes"] = json::array({Class(kDepthClass)});
+        facts["devices"][1]["classes"] = json::array({Class(kColorClass)});
     }
     return facts;
 }
