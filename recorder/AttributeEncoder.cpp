@@ -1,11 +1,16 @@
 #include "recorder/AttributeEncoder.h"
 
+#include "platform/CameraAttributes.h"
+
+#include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 
 #include "base/LockedBuffer.h"
 #include "base/PropVariant.h"
 #include "base/WideString.h"
+#include "tarn/sample_attributes.h"
 
 namespace mft_der
 {
@@ -19,9 +24,7 @@ void AddStore(RecordBuilder &values, IMFAttributes &store, const BlobRule &rule,
 template <class Number>
 void AddNumber(RecordBuilder &values, const GUID &key, std::uint16_t kind, Number number)
 {
-    values.Attribute(BytesOf(key), kind, [&] {
-        values.Append({reinterpret_cast<const std::uint8_t *>(&number), sizeof(number)});
-    });
+    values.Attribute(BytesOf(key), kind, [&] { values.AppendValue(number); });
 }
 
 void AddWithoutBytes(RecordBuilder &values, const GUID &key, std::uint16_t kind)
@@ -29,43 +32,51 @@ void AddWithoutBytes(RecordBuilder &values, const GUID &key, std::uint16_t kind)
     values.Attribute(BytesOf(key), kind, [] {});
 }
 
-void AddString(RecordBuilder &values, IMFAttributes &store, const GUID &key)
+// From here on: false when the store has no such value.
+bool AddString(RecordBuilder &values, IMFAttributes &store, const GUID &key)
 {
     UINT32 length = 0;
     store.GetStringLength(key, &length);
     std::wstring text(length + 1, L'\0');
     if (FAILED(store.GetString(key, text.data(), length + 1, &length)))
     {
-        return;
+        return false;
     }
     text.resize(length);
     const std::string utf8 = mft_utils::Narrow(text);
     values.Attribute(BytesOf(key), TARN_KIND_TEXT, [&] {
         values.Append({reinterpret_cast<const std::uint8_t *>(utf8.data()), utf8.size()});
     });
+    return true;
 }
 
-void AddBlob(RecordBuilder &values, IMFAttributes &store, const GUID &key, const BlobRule &rule)
+bool AddBlob(RecordBuilder &values, IMFAttributes &store, const GUID &key, const BlobRule &rule)
 {
+    std::array<std::uint8_t, 256> few; // most have fewer bytes, and are asked for once
     UINT32 size = 0;
+    const bool mayBeTold = !IsEqualGUID(key, rule.leftOut);
+    if (mayBeTold && SUCCEEDED(store.GetBlob(key, few.data(), static_cast<UINT32>(few.size()), &size)) &&
+        size <= few.size())
+    {
+        values.Attribute(BytesOf(key), TARN_KIND_BYTES, [&] { values.Append(Bytes(few).first(size)); });
+        return true;
+    }
     if (FAILED(store.GetBlobSize(key, &size)))
     {
-        return;
+        return false;
     }
-    if (size > rule.longest || IsEqualGUID(key, rule.leftOut))
+    if (size > rule.longest || !mayBeTold)
     {
         AddWithoutBytes(values, key, TARN_KIND_BYTES);
         values.U64(TARN_VALUE_FULL_LENGTH, size);
-        return;
+        return true;
     }
     values.Attribute(BytesOf(key), TARN_KIND_BYTES, [&] {
         const std::span<std::uint8_t> space = values.Space(size);
         std::ranges::fill(space, std::uint8_t{0}); // should the store have changed
-        if (size != 0)
-        {
-            store.GetBlob(key, space.data(), size, nullptr);
-        }
+        store.GetBlob(key, space.data(), size, nullptr);
     });
+    return true;
 }
 
 void AddBuffer(RecordBuilder &values, const GUID &key, IMFMediaBuffer *buffer, const BlobRule &rule)
@@ -80,19 +91,23 @@ void AddBuffer(RecordBuilder &values, const GUID &key, IMFMediaBuffer *buffer, c
     }
 }
 
-void AddUnknown(RecordBuilder &values, IMFAttributes &store, const GUID &key, const BlobRule &rule, int depth)
+bool AddUnknown(RecordBuilder &values, IMFAttributes &store, const GUID &key, const BlobRule &rule, int depth)
 {
-    ComPtr<IUnknown> object;
-    if (FAILED(store.GetUnknown(key, IID_PPV_ARGS(&object))) || !object)
-    {
-        AddWithoutBytes(values, key, TARN_KIND_NULL);
-        return;
-    }
-    ComPtr<IMFMediaBuffer> buffer;
-    ComPtr<IMFAttributes> inner;
     if (!rule.tellsObjects)
     {
         AddWithoutBytes(values, key, TARN_KIND_OBJECT);
+        return true;
+    }
+    ComPtr<IUnknown> object;
+    if (FAILED(store.GetUnknown(key, IID_PPV_ARGS(&object))))
+    {
+        return false;
+    }
+    ComPtr<IMFMediaBuffer> buffer;
+    ComPtr<IMFAttributes> inner;
+    if (!object)
+    {
+        AddWithoutBytes(values, key, TARN_KIND_NULL);
     }
     else if (SUCCEEDED(object.As(&buffer)))
     {
@@ -106,49 +121,63 @@ void AddUnknown(RecordBuilder &values, IMFAttributes &store, const GUID &key, co
     {
         AddWithoutBytes(values, key, TARN_KIND_OBJECT);
     }
+    return true;
 }
 
-void AddItem(RecordBuilder &values, IMFAttributes &store, const GUID &key, const BlobRule &rule, int depth)
+bool AddItem(RecordBuilder &values, IMFAttributes &store, const GUID &key, MF_ATTRIBUTE_TYPE type, const BlobRule &rule,
+             int depth)
 {
-    MF_ATTRIBUTE_TYPE type = MF_ATTRIBUTE_UINT32;
     UINT32 number = 0;
     UINT64 longNumber = 0;
     double real = 0;
     GUID guid{};
-    if (FAILED(store.GetItemType(key, &type)))
-    {
-        return;
-    }
+    const auto told = [&](HRESULT result, std::uint16_t kind, const auto &value) {
+        if (SUCCEEDED(result))
+        {
+            AddNumber(values, key, kind, value);
+        }
+        return SUCCEEDED(result);
+    };
     switch (type)
     {
     case MF_ATTRIBUTE_UINT32:
-        store.GetUINT32(key, &number);
-        AddNumber(values, key, TARN_KIND_U32, number);
-        break;
+        return told(store.GetUINT32(key, &number), TARN_KIND_U32, number);
     case MF_ATTRIBUTE_UINT64:
-        store.GetUINT64(key, &longNumber);
-        AddNumber(values, key, TARN_KIND_U64, longNumber);
-        break;
+        return told(store.GetUINT64(key, &longNumber), TARN_KIND_U64, longNumber);
     case MF_ATTRIBUTE_DOUBLE:
-        store.GetDouble(key, &real);
-        AddNumber(values, key, TARN_KIND_F64, real);
-        break;
+        return told(store.GetDouble(key, &real), TARN_KIND_F64, real);
     case MF_ATTRIBUTE_GUID:
-        store.GetGUID(key, &guid);
-        AddNumber(values, key, TARN_KIND_GUID, guid);
-        break;
+        return told(store.GetGUID(key, &guid), TARN_KIND_GUID, guid);
     case MF_ATTRIBUTE_STRING:
-        AddString(values, store, key);
-        break;
+        return AddString(values, store, key);
     case MF_ATTRIBUTE_BLOB:
-        AddBlob(values, store, key, rule);
-        break;
+        return AddBlob(values, store, key, rule);
     case MF_ATTRIBUTE_IUNKNOWN:
-        AddUnknown(values, store, key, rule, depth);
-        break;
+        return AddUnknown(values, store, key, rule, depth);
     default:
         AddWithoutBytes(values, key, TARN_KIND_NULL);
+        return true;
     }
+}
+
+// Of what samples have as a rule: to ask for the type takes as long as to ask for the value.
+std::optional<MF_ATTRIBUTE_TYPE> UsualType(const GUID &key) noexcept
+{
+    struct Usual
+    {
+        const GUID &key;
+        MF_ATTRIBUTE_TYPE type;
+    };
+    static constexpr Usual usual[] = {
+        {MFSampleExtension_CaptureMetadata, MF_ATTRIBUTE_IUNKNOWN},
+        {TARN_SAMPLE_FRAME_METADATA, MF_ATTRIBUTE_BLOB},
+        {MFSampleExtension_PinholeCameraIntrinsics, MF_ATTRIBUTE_BLOB},
+        {MFSampleExtension_CameraExtrinsics, MF_ATTRIBUTE_BLOB},
+        {MFSampleExtension_Depth_MinReliableDepth, MF_ATTRIBUTE_UINT32},
+        {MFSampleExtension_Depth_MaxReliableDepth, MF_ATTRIBUTE_UINT32},
+    };
+    const auto *const found = std::ranges::find_if(usual, [&](const Usual &one) { return IsEqualGUID(key, one.key); });
+    return found == std::end(usual) ? std::nullopt : std::optional(found->type);
 }
 
 void AddStore(RecordBuilder &values, IMFAttributes &store, const BlobRule &rule, int depth)
@@ -158,9 +187,19 @@ void AddStore(RecordBuilder &values, IMFAttributes &store, const BlobRule &rule,
     for (UINT32 i = 0; i < count; ++i)
     {
         GUID key{};
-        if (SUCCEEDED(store.GetItemByIndex(i, &key, nullptr)))
+        if (FAILED(store.GetItemByIndex(i, &key, nullptr)))
         {
-            AddItem(values, store, key, rule, depth);
+            continue;
+        }
+        const auto usual = UsualType(key);
+        if (usual && AddItem(values, store, key, *usual, rule, depth))
+        {
+            continue;
+        }
+        MF_ATTRIBUTE_TYPE type = MF_ATTRIBUTE_UINT32;
+        if (SUCCEEDED(store.GetItemType(key, &type)))
+        {
+            AddItem(values, store, key, type, rule, depth);
         }
     }
 }

@@ -23,18 +23,16 @@ class ThreadSlot
     ThreadSlot(const ThreadSlot &) = delete;
     ThreadSlot &operator=(const ThreadSlot &) = delete;
 
-    // The recorded call's last error stays as it is.
-    std::uint64_t Exchange(std::uint64_t value) const noexcept
-    {
-        const DWORD error = GetLastError();
-        const std::uint64_t before = Get();
-        TlsSetValue(index, reinterpret_cast<void *>(value));
-        SetLastError(error);
-        return before;
-    }
     std::uint64_t Get() const noexcept
     {
-        return reinterpret_cast<std::uint64_t>(TlsGetValue(index));
+        const DWORD error = GetLastError(); // the recorded call's, which this would clear
+        const auto value = reinterpret_cast<std::uint64_t>(TlsGetValue(index));
+        SetLastError(error);
+        return value;
+    }
+    void Set(std::uint64_t value) const noexcept
+    {
+        TlsSetValue(index, reinterpret_cast<void *>(value));
     }
 
   private:
@@ -50,15 +48,19 @@ const ThreadSlot &Slot() noexcept
 
 std::uint64_t CallUnderWay::OfThisThread() noexcept
 {
-    const DWORD error = GetLastError();
-    const std::uint64_t sequence = Slot().Get();
-    SetLastError(error);
-    return sequence;
+    return Slot().Get();
 }
 
 std::uint64_t CallUnderWay::Exchange(std::uint64_t sequence) noexcept
 {
-    return Slot().Exchange(sequence);
+    const std::uint64_t before = OfThisThread();
+    Set(sequence);
+    return before;
+}
+
+void CallUnderWay::Set(std::uint64_t sequence) noexcept
+{
+    Slot().Set(sequence);
 }
 
 } // namespace mft_der

@@ -10,10 +10,14 @@ namespace mft_der
 class CallUnderWay
 {
   public:
-    explicit CallUnderWay(std::uint64_t sequence) noexcept : before(Exchange(sequence)) {}
+    // `outer` is the one that it was in before.
+    CallUnderWay(std::uint64_t sequence, std::uint64_t outer) noexcept : before(outer)
+    {
+        Set(sequence);
+    }
     ~CallUnderWay()
     {
-        Exchange(before);
+        Set(before);
     }
     CallUnderWay(const CallUnderWay &) = delete;
     CallUnderWay &operator=(const CallUnderWay &) = delete;
@@ -24,6 +28,8 @@ class CallUnderWay
     static std::uint64_t Exchange(std::uint64_t sequence) noexcept;
 
   private:
+    static void Set(std::uint64_t sequence) noexcept;
+
     const std::uint64_t before;
 };
 

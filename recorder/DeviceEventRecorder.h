@@ -45,9 +45,10 @@ class DeviceEventRecorder
         {
             return mft_utils::Guarded(std::forward<Body>(body), location);
         }
-        const std::uint64_t entry = transform->Write(
-            {.type = TARN_RECORD_CALL, .subject = call, .entry = CallUnderWay::OfThisThread()}, arguments);
-        const CallUnderWay inside(entry);
+        const std::uint64_t outer = CallUnderWay::OfThisThread();
+        const std::uint64_t entry =
+            transform->Write({.type = TARN_RECORD_CALL, .subject = call, .entry = outer}, arguments);
+        const CallUnderWay inside(entry, outer);
         const HRESULT result = mft_utils::Guarded(std::forward<Body>(body), location);
         transform->Write({.type = TARN_RECORD_RETURN, .subject = call, .result = result, .entry = entry},
                          [&](RecordBuilder &values) {

@@ -65,7 +65,8 @@ std::unique_ptr<EventRecording> EventRecording::Open(RecordingFolder &folder, Re
 
 EventRecording::EventRecording(RecordingFolder &recordingFolder, RecordingSession &recordedSession,
                                const RecordingLimits &recordingLimits)
-    : folder(recordingFolder), limits(recordingLimits), session(recordedSession)
+    : folder(recordingFolder), limits(recordingLimits), lastSequence(recordedSession.lastSequence),
+      session(recordedSession)
 {
 }
 
@@ -110,6 +111,7 @@ EventRecording::~EventRecording()
         WriteDropped();
     }
     const std::scoped_lock guard(lock);
+    session.lastSequence = lastSequence;
     if (former)
     {
         former->Close(formerUsed, TARN_RECORDING_FULL);
@@ -137,15 +139,17 @@ std::uint64_t EventRecording::WriteSession(RecordingFile &file)
     std::uint64_t sequence = 0;
     {
         const std::scoped_lock guard(lock);
-        sequence = ++session.lastSequence;
+        sequence = ++lastSequence;
     }
     const std::uint64_t length = values.Record().size();
     WriteHead(values, {TARN_RECORD_SESSION}, length, sequence);
     constexpr std::uint64_t first = sizeof(tarn_recording_header);
     file.Write(first, values.Record().first(sizeof(std::uint32_t)));
     Put(file, first, values.Record(), {});
-    file.Header().usedBytes = first + Padded(length);
-    return file.Header().usedBytes;
+    const std::uint64_t end = first + Padded(length);
+    file.Complete(0, end);
+    file.Header().usedBytes = end;
+    return end;
 }
 
 std::uint64_t EventRecording::Write(const RecordHead &head, RecordBuilder &values,
@@ -165,7 +169,7 @@ std::uint64_t EventRecording::Write(const RecordHead &head, RecordBuilder &value
     {
         WriteHead(values, head, length, place.sequence);
         Put(*place.file, place.offset, values.Record(), pieces);
-        place.file->Leave(place.offset, length);
+        place.file->Complete(place.offset, Padded(length));
     }
     return place.sequence;
 }
@@ -194,7 +198,7 @@ void EventRecording::WriteDropped() noexcept
     {
         WriteHead(values, head, length, place.sequence);
         Put(*place.file, place.offset, values.Record(), {});
-        place.file->Leave(place.offset, length);
+        place.file->Complete(place.offset, Padded(length));
         return;
     }
     const std::scoped_lock guard(lock); // still no room
@@ -220,7 +224,7 @@ EventRecording::Place EventRecording::Reserve(std::uint64_t length, const Record
     {
         return place; // takes no number: those that are missing are those that were counted
     }
-    place.sequence = ++session.lastSequence;
+    place.sequence = ++lastSequence;
     if (room < padded)
     {
         ++droppedRecords;
@@ -237,7 +241,6 @@ EventRecording::Place EventRecording::Reserve(std::uint64_t length, const Record
     place.file = current.get();
     place.offset = used;
     used += padded;
-    current->Enter(place.offset, length);
     const auto bytes = static_cast<std::uint32_t>(length);
     current->Write(place.offset, {reinterpret_cast<const std::uint8_t *>(&bytes), sizeof(bytes)});
     return place;

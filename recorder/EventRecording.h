@@ -104,13 +104,19 @@ class EventRecording
     void CloseFormerFile() noexcept;
     std::uint64_t AheadBytes() const noexcept;
 
+    static constexpr std::size_t kCacheLine = 64;
+
     RecordingFolder &folder;
     const RecordingLimits limits;
 
-    user_space_frameworks::SharedLock lock;
-    RecordingSession &session TARN_GUARDED_BY(lock);
+    // What each record changes lies together, and apart from what it only looks at: threads on several processors
+    // record.
+    alignas(kCacheLine) user_space_frameworks::SharedLock lock;
     std::unique_ptr<RecordingFile> current TARN_GUARDED_BY(lock);
     std::uint64_t used TARN_GUARDED_BY(lock) = 0;
+    std::uint64_t lastSequence TARN_GUARDED_BY(lock) = 0;
+
+    alignas(kCacheLine) RecordingSession &session TARN_GUARDED_BY(lock);
     std::unique_ptr<RecordingFile> next TARN_GUARDED_BY(lock); // with its first record
     std::uint64_t nextUsed TARN_GUARDED_BY(lock) = 0;
     std::unique_ptr<RecordingFile> former TARN_GUARDED_BY(lock); // full, to be closed when nobody writes to it any more

@@ -159,7 +159,7 @@ void EventRecording::CloseFormerFile() noexcept
     std::uint64_t fileUsed = 0;
     {
         const std::scoped_lock guard(lock);
-        if (!former || !former->IsAtRest())
+        if (!former || !former->IsComplete(formerUsed))
         {
             return;
         }

@@ -35,7 +35,7 @@ RecordBuilder &RecordBuilder::F64(std::uint16_t name, double value)
 RecordBuilder &RecordBuilder::Guid(std::uint16_t name, GuidBytes guid)
 {
     const std::size_t value = Open(name, TARN_KIND_GUID);
-    Append(guid);
+    std::memcpy(Space(guid.size()).data(), guid.data(), guid.size());
     Close(value);
     return *this;
 }
@@ -74,16 +74,7 @@ RecordBuilder &RecordBuilder::Object(std::uint16_t name)
 
 void RecordBuilder::HeadOf(std::uint16_t name, std::uint16_t kind, std::uint32_t bytes)
 {
-    const tarn_value_header head{name, kind, bytes};
-    std::memcpy(Space(sizeof(head)).data(), &head, sizeof(head));
-}
-
-std::span<std::uint8_t> RecordBuilder::Space(std::size_t count)
-{
-    MakeRoom(count);
-    std::uint8_t *const begin = block + size;
-    size += count;
-    return {begin, count};
+    AppendValue(tarn_value_header{name, kind, bytes});
 }
 
 void RecordBuilder::Append(Bytes bytes)
@@ -104,9 +95,8 @@ std::size_t RecordBuilder::Open(std::uint16_t name, std::uint16_t kind)
 std::size_t RecordBuilder::OpenAttribute(GuidBytes key, std::uint16_t kind)
 {
     const std::size_t value = Open(0, TARN_KIND_ATTRIBUTE);
-    Append(key);
-    const std::array<std::uint16_t, 4> kindAndZeros{kind, 0, 0, 0};
-    std::memcpy(Space(sizeof(kindAndZeros)).data(), kindAndZeros.data(), sizeof(kindAndZeros));
+    std::memcpy(Space(key.size()).data(), key.data(), key.size());
+    AppendValue(std::array<std::uint16_t, 4>{kind, 0, 0, 0});
     return value;
 }
 
@@ -115,24 +105,21 @@ void RecordBuilder::Close(std::size_t value)
     const auto length = static_cast<std::uint32_t>(size - value - sizeof(tarn_value_header));
     std::memcpy(block + value + offsetof(tarn_value_header, length), &length, sizeof(length));
     const std::size_t padding = (kAlignment - size % kAlignment) % kAlignment;
-    std::ranges::fill(Space(padding), std::uint8_t{0});
+    AppendValue(std::uint64_t{0});
+    size -= kAlignment - padding;
 }
 
 template <class Number>
 RecordBuilder &RecordBuilder::Add(std::uint16_t name, std::uint16_t kind, Number number)
 {
     const std::size_t value = Open(name, kind);
-    std::memcpy(Space(sizeof(number)).data(), &number, sizeof(number));
+    AppendValue(number);
     Close(value);
     return *this;
 }
 
 void RecordBuilder::MakeRoom(std::size_t count)
 {
-    if (count <= capacity - size)
-    {
-        return;
-    }
     if (count > UINT32_MAX / 2 - size) // lengths have 32 bits
     {
         throw std::bad_alloc();

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -58,8 +59,23 @@ class RecordBuilder
     }
 
     // Bytes of the value that is being added, to be filled in. Good until the next call.
-    std::span<std::uint8_t> Space(std::size_t count);
+    std::span<std::uint8_t> Space(std::size_t count)
+    {
+        if (count > capacity - size)
+        {
+            MakeRoom(count);
+        }
+        std::uint8_t *const begin = block + size;
+        size += count;
+        return {begin, count};
+    }
     void Append(Bytes bytes);
+    // The bytes of a number or structure.
+    template <class T>
+    void AppendValue(const T &value)
+    {
+        std::memcpy(Space(sizeof(value)).data(), &value, sizeof(value));
+    }
 
     // A value whose `bytes` bytes are written behind the record, from somewhere else.
     void HeadOf(std::uint16_t name, std::uint16_t kind, std::uint32_t bytes);

@@ -44,10 +44,12 @@ bool RecordingFile::GoOn()
     const tarn_recording_header &header = Header();
     const std::size_t index = IndexOf(header.usedBytes);
     if (header.magic != TARN_RECORDING_MAGIC || (header.flags & TARN_RECORDING_CLOSED) == 0 ||
-        header.usedBytes % 8 != 0 || index >= stretches.size() || (index != 0 && !Map(index)))
+        header.usedBytes < sizeof(header) || header.usedBytes % 8 != 0 || index >= stretches.size() ||
+        (index != 0 && !Map(index)))
     {
         return false;
     }
+    Complete(0, header.usedBytes);
     mapped.store(std::uint64_t{step} * (index + 1), std::memory_order_release);
     return true;
 }
@@ -128,19 +130,18 @@ void RecordingFile::CutTo(const LARGE_INTEGER &length) const noexcept
     }
 }
 
-void RecordingFile::Enter(std::uint64_t offset, std::uint64_t bytes) noexcept
+std::uint32_t RecordingFile::BytesBefore(std::uint64_t end, std::size_t index) const noexcept
 {
-    for (std::size_t i = IndexOf(offset); i <= IndexOf(offset + bytes - 1); ++i)
-    {
-        stretches[i].writers.fetch_add(1, std::memory_order_relaxed);
-    }
+    const std::uint64_t begin = std::uint64_t{step} * index;
+    return end <= begin ? 0 : static_cast<std::uint32_t>(std::min<std::uint64_t>(end - begin, step));
 }
 
-void RecordingFile::Leave(std::uint64_t offset, std::uint64_t bytes) noexcept
+void RecordingFile::Complete(std::uint64_t offset, std::uint64_t bytes) noexcept
 {
-    for (std::size_t i = IndexOf(offset); i <= IndexOf(offset + bytes - 1); ++i)
+    const std::uint64_t end = offset + bytes;
+    for (std::size_t i = IndexOf(offset); i <= IndexOf(end - 1); ++i)
     {
-        stretches[i].writers.fetch_sub(1, std::memory_order_release);
+        stretches[i].complete.fetch_add(BytesBefore(end, i) - BytesBefore(offset, i), std::memory_order_release);
     }
 }
 
@@ -162,17 +163,24 @@ void RecordingFile::Release(std::uint64_t offset) noexcept
     for (std::size_t i = 1; i < end; ++i) // the first one has the header
     {
         Stretch &stretch = stretches[i];
-        if (stretch.bytes != nullptr && stretch.writers.load(std::memory_order_acquire) == 0)
+        if (stretch.bytes != nullptr && stretch.complete.load(std::memory_order_acquire) == step)
         {
             UnmapViewOfFile(std::exchange(stretch.bytes, nullptr));
         }
     }
 }
 
-bool RecordingFile::IsAtRest() const noexcept
+bool RecordingFile::IsComplete(std::uint64_t usedBytes) const noexcept
 {
-    return std::all_of(stretches.begin(), stretches.end(),
-                       [](const Stretch &stretch) { return stretch.writers.load(std::memory_order_acquire) == 0; });
+    for (std::size_t i = 0; i < stretches.size(); ++i)
+    {
+        const Stretch &stretch = stretches[i];
+        if (stretch.bytes != nullptr && stretch.complete.load(std::memory_order_acquire) != BytesBefore(usedBytes, i))
+        {
+            return false;
+        }
+    }
+    return true;
 }
 
 void RecordingFile::Close(std::uint64_t usedBytes, std::uint32_t flags) noexcept

@@ -46,29 +46,29 @@ class RecordingFile
     // One stretch more. False when the disk has no room, or the file has its full length.
     bool Grow();
 
-    // A record lies there from Enter to Leave; the stretches stay mapped.
-    void Enter(std::uint64_t offset, std::uint64_t bytes) noexcept;
-    void Leave(std::uint64_t offset, std::uint64_t bytes) noexcept;
     void Write(std::uint64_t offset, Bytes bytes) noexcept;
+    // That much is there for good. Stretches stay mapped until all of theirs is; records lie end to end.
+    void Complete(std::uint64_t offset, std::uint64_t bytes) noexcept;
 
     // Unmaps what lies wholly before `offset`, where no record begins any more.
     void Release(std::uint64_t offset) noexcept;
-    // True when no record is being written. Only once none begins any more.
-    bool IsAtRest() const noexcept;
-    // Cuts off what is not used. Only at rest.
+    // True when everything up to `usedBytes` is there.
+    bool IsComplete(std::uint64_t usedBytes) const noexcept;
+    // Cuts off what is not used. Only when complete.
     void Close(std::uint64_t usedBytes, std::uint32_t flags) noexcept;
 
   private:
     struct Stretch
     {
         std::uint8_t *bytes = nullptr;
-        std::atomic<std::uint32_t> writers{0};
+        std::atomic<std::uint32_t> complete{0}; // bytes
     };
 
     std::size_t IndexOf(std::uint64_t offset) const noexcept
     {
         return static_cast<std::size_t>(offset >> stepBits);
     }
+    std::uint32_t BytesBefore(std::uint64_t end, std::size_t index) const noexcept; // of that stretch
     bool Map(std::size_t index);
     bool Lengthen(std::uint64_t bytes);
     void CutTo(const LARGE_INTEGER &length) const noexcept;

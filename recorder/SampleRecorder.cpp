@@ -72,19 +72,23 @@ class SampleBytes
 SampleIdentity SampleRecorder::Identify(SampleDirection direction, DWORD stream, IMFSample *sample,
                                         bool isCovered) noexcept
 {
-    LONGLONG time = -1;
-    const bool hasTime = sample != nullptr && SUCCEEDED(sample->GetSampleTime(&time));
-    const std::scoped_lock guard(lock);
-    SampleIdentity identity{direction, stream, NextNumber(direction, stream), isCovered};
-    if (direction == SampleDirection::Input && isCovered && hasTime)
+    LONGLONG ticks = 0;
+    std::optional<LONGLONG> time;
+    if (sample != nullptr && SUCCEEDED(sample->GetSampleTime(&ticks)))
     {
-        coveredTimes[coveredCount++ % coveredTimes.size()] = time;
+        time = ticks;
     }
-    else if (direction == SampleDirection::Output && hasTime)
+    const std::scoped_lock guard(lock);
+    SampleIdentity identity{direction, stream, NextNumber(direction, stream), time, isCovered};
+    if (direction == SampleDirection::Input && isCovered && time)
+    {
+        coveredTimes[coveredCount++ % coveredTimes.size()] = *time;
+    }
+    else if (direction == SampleDirection::Output && time)
     {
         const auto end =
             coveredTimes.begin() + static_cast<std::ptrdiff_t>(std::min(coveredCount, coveredTimes.size()));
-        identity.isBlanked |= std::find(coveredTimes.begin(), end, time) != end;
+        identity.isBlanked |= std::find(coveredTimes.begin(), end, *time) != end;
     }
     return identity;
 }
@@ -114,14 +118,14 @@ void SampleRecorder::Add(RecordBuilder &values, const SampleIdentity &identity, 
     }
     values.List(TARN_VALUE_SAMPLE, [&] {
         values.U64(TARN_VALUE_NUMBER, identity.number);
-        LONGLONG ticks = 0;
-        if (SUCCEEDED(sample->GetSampleTime(&ticks)))
+        LONGLONG duration = 0;
+        if (identity.time)
         {
-            values.I64(TARN_VALUE_TIME, ticks);
+            values.I64(TARN_VALUE_TIME, *identity.time);
         }
-        if (SUCCEEDED(sample->GetSampleDuration(&ticks)))
+        if (SUCCEEDED(sample->GetSampleDuration(&duration)))
         {
-            values.I64(TARN_VALUE_DURATION, ticks);
+            values.I64(TARN_VALUE_DURATION, duration);
         }
         DWORD length = 0;
         sample->GetTotalLength(&length);

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "base/SharedLock.h"
 #include "recorder/TransformRecording.h"
@@ -24,7 +25,8 @@ struct SampleIdentity
     SampleDirection direction = SampleDirection::Input;
     DWORD stream = 0;
     std::uint64_t number = 0; // 1, 2, ... per direction and stream; 0 for streams beyond those that are counted
-    bool isBlanked = true;    // privacy covers it
+    std::optional<LONGLONG> time;
+    bool isBlanked = true; // privacy covers it
 };
 
 // One per transform. Thread-safe.
