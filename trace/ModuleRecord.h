@@ -64,7 +64,7 @@ class ModuleRecord
     void Read() noexcept;
     static std::array<char, kDateSize> Today() noexcept; // UTC, as in 2026-11-21
 
-    using Path = std::array<char, 3 * MAX_PATH>; // UTF-8
+    using Path = std::array<char, std::size_t{3} * MAX_PATH>; // UTF-8
     static void ReadPath(HMODULE module, Path &path) noexcept;
 
     std::array<char, 3 * MAX_COMPUTERNAME_LENGTH + 1> machine{};

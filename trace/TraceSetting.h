@@ -24,7 +24,7 @@ struct TraceSetting
     std::string_view path; // of the file, UTF-8; borrows the setting's text
 
     // With the older file twice as much: ten minutes of frames at the level of information, less at the verbose one.
-    static constexpr std::uint64_t kDefaultLimit = 32 * 1024 * 1024;
+    static constexpr std::uint64_t kDefaultLimit = std::uint64_t{32} * 1024 * 1024;
 
     static TraceSetting Parse(std::string_view setting) noexcept;
 };

@@ -39,7 +39,7 @@ class LogFile
     bool NextEvent(LogRecord &record);
     void CompleteTime(LogRecord &record);
 
-    static constexpr std::size_t kLongestPiece = 256 * 1024;
+    static constexpr std::size_t kLongestPiece = std::size_t{256} * 1024;
 
     std::istream &input;
     bool isUtf16 = false;

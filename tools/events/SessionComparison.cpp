@@ -267,7 +267,7 @@ std::string DifferentValue(const ValueList &expected, const ValueList &got)
 std::string DifferentValue(const RecordedSession &expected, const Record &one, const RecordedSession &got,
                            const Record &two)
 {
-    const std::string arguments = DifferentValue(one.Values(), two.Values());
+    std::string arguments = DifferentValue(one.Values(), two.Values());
     const Record *const oneEnd = expected.EndOf(one);
     const Record *const twoEnd = got.EndOf(two);
     if (!arguments.empty() || oneEnd == nullptr || twoEnd == nullptr)
@@ -315,7 +315,7 @@ ComparisonResult CompareSessions(const RecordedSession &expected, const Recorded
         const Record *const one = at < lane.size() ? lane[at].record : nullptr;
         const Record *const two = at < other.size() ? other[at].record : nullptr;
         // Where only the other session has something, its place there is the best guess.
-        const std::uint64_t place = (one != nullptr ? one : two)->header.sequence;
+        const std::uint64_t place = (at < lane.size() ? lane : other)[at].record->header.sequence;
         if (!result.first || place < firstAt)
         {
             firstAt = place;

@@ -28,7 +28,8 @@ void AddUnfinished(const SessionSummary &summary, Problems &problems)
 {
     // One that waits for an event stands there in every session that ends abruptly.
     std::vector<UnfinishedCall> calls = summary.unfinished;
-    std::ranges::stable_partition(calls, [](const UnfinishedCall &call) { return !call.text.starts_with("GetEvent"); });
+    std::stable_partition(calls.begin(), calls.end(),
+                          [](const UnfinishedCall &call) { return !call.text.starts_with("GetEvent"); });
     for (const UnfinishedCall &call : calls)
     {
         problems.push_back(Format("never returned: at %.3f s, thread %lu, %.3f s before the recording's end: ",

@@ -17,7 +17,7 @@ constexpr const wchar_t *kModuleName = L"tarn_dmft.dll";
 
 } // namespace
 
-LoadedModule::LoadedModule(std::filesystem::path modulePath, ModuleAccess moduleAccess)
+LoadedModule::LoadedModule(const std::filesystem::path &modulePath, ModuleAccess moduleAccess)
     : path(std::filesystem::absolute(modulePath)), access(moduleAccess)
 {
     std::error_code error;

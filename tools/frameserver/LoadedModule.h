@@ -19,7 +19,7 @@ class LoadedModule
 {
   public:
     // Throws UsageError when there is no such file, HostError when it can be neither loaded nor registered.
-    LoadedModule(std::filesystem::path modulePath, ModuleAccess moduleAccess);
+    LoadedModule(const std::filesystem::path &modulePath, ModuleAccess moduleAccess);
     // Unloads the module if it has not been and lets itself be.
     ~LoadedModule();
     LoadedModule(const LoadedModule &) = delete;

@@ -199,11 +199,14 @@ void RecordedSession::Join()
 {
     const auto sequence = [](const Record &record) { return record.header.sequence; };
     std::ranges::stable_sort(records, {}, sequence);
-    const auto again = std::ranges::unique(records, {}, sequence);
-    if (!again.empty())
+    const auto again = std::unique(records.begin(), records.end(), [&](const Record &before, const Record &after) {
+        return sequence(before) == sequence(after);
+    });
+    if (again != records.end())
     {
-        damages.push_back({DamageKind::Doubled, again.front().offset, again.size(), PathText(files.front().path)});
-        records.erase(again.begin(), again.end());
+        const auto count = static_cast<std::uint64_t>(records.end() - again);
+        damages.push_back({DamageKind::Doubled, again->offset, count, PathText(files.front().path)});
+        records.erase(again, records.end());
     }
     ends.assign(records.size(), kNoEnd);
     for (std::size_t i = 0; i < records.size(); ++i)
