@@ -13,11 +13,10 @@ using tarn_recording::IsStateChange;
 
 namespace
 {
-constexpr int kBefore = -1;                     // rank of what comes before a record
-constexpr std::uint32_t kHaveOutput = 602;      // METransformHaveOutput
-constexpr std::uint32_t kStop = 0;              // DeviceStreamState_Stop
-constexpr std::uint32_t kNoWait = 1;            // MF_EVENT_FLAG_NO_WAIT
-constexpr std::int32_t kShutDown = -1072873851; // MF_E_SHUTDOWN
+constexpr int kBefore = -1; // rank of what comes before a record
+constexpr int kBehind = 1;
+constexpr std::uint32_t kStop = 0;   // DeviceStreamState_Stop
+constexpr std::uint32_t kNoWait = 1; // MF_EVENT_FLAG_NO_WAIT
 
 bool IsCall(const Record &record)
 {
@@ -53,16 +52,6 @@ bool TellsShutdown(const Record &record)
 {
     return record.header.type == TARN_RECORD_RETURN && record.header.result == kShutDown;
 }
-
-bool IsHaveOutput(const Record &record)
-{
-    return record.header.type == TARN_RECORD_EVENT && record.Values().Unsigned(TARN_VALUE_EVENT_TYPE) == kHaveOutput;
-}
-
-std::optional<std::int64_t> TimeOf(const Record &call)
-{
-    return call.Values().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
-}
 } // namespace
 
 bool IsWaiting(const Record &entry)
@@ -71,10 +60,10 @@ bool IsWaiting(const Record &entry)
            (entry.Values().Unsigned(TARN_VALUE_FLAGS).value_or(0) & kNoWait) == 0;
 }
 
-ReplayScript::ReplayScript(const RecordedSession &session) : records(session.Records())
+ReplayScript::ReplayScript(const RecordedSession &session) : records(session.Records()), deliveries(session)
 {
     CollectCalls(session);
-    FindDeliveries();
+    MarkShutdown();
     PlaceChanges();
     for (const RecordedCall &call : calls)
     {
@@ -96,48 +85,23 @@ void ReplayScript::CollectCalls(const RecordedSession &session)
             calls.push_back({&record, session.EndOf(record), besideChanges.contains(record.header.sequence)});
         }
     }
-    for (const RecordedCall &call : calls)
-    {
-        if (const auto time = TimeOf(*call.entry); time && call.entry->header.subject == TARN_CALL_PROCESS_INPUT)
-        {
-            frames.emplace_back(*time, &call);
-        }
-    }
-    std::ranges::stable_sort(frames, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
 }
 
-// From the announcements, which tell more, or else from what was fetched.
-void ReplayScript::FindDeliveries()
+void ReplayScript::MarkShutdown()
 {
-    for (const Record &record : records)
+    for (const RecordedCall &end : calls)
     {
-        const auto values = record.Values();
-        if (IsHaveOutput(record))
-        {
-            const auto time = values.Signed(TARN_VALUE_TIME);
-            const auto stream = values.Unsigned(TARN_VALUE_STREAM);
-            if (time && stream)
-            {
-                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream),
-                                      record.header.sequence, record.header.type == TARN_RECORD_EVENT});
-            }
-        }
-        if (!record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT))
+        if (!end.entry->Is(TARN_RECORD_CALL, TARN_CALL_SHUTDOWN))
         {
             continue;
         }
-        for (const auto &value : values)
+        for (RecordedCall &call : calls)
         {
-            const auto time = value.Items().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
-            const auto stream = value.Items().Unsigned(TARN_VALUE_STREAM);
-            if (value.Name() == TARN_VALUE_BUFFER && time && stream)
-            {
-                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream),
-                                      record.header.sequence, record.header.type == TARN_RECORD_EVENT});
-            }
+            call.isBesideShutdown =
+                call.isBesideShutdown ||
+                (call.entry->header.transform == end.entry->header.transform && &call != &end && Overlap(end, call));
         }
     }
-    std::ranges::sort(deliveries);
 }
 
 void ReplayScript::PlaceChanges()
@@ -193,26 +157,13 @@ bool ReplayScript::EndsListening(const RecordedCall &call, std::uint64_t after) 
     });
 }
 
-const ReplayScript::Delivery *ReplayScript::FindDelivery(const Record &record, std::int64_t time,
-                                                         std::optional<std::uint64_t> output, std::uint64_t after) const
-{
-    const std::uint32_t transform = record.header.transform;
-    const Delivery *first = nullptr;
-    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0, false});
-         at != deliveries.end() && at->transform == transform && at->time == time; ++at)
-    {
-        const bool isMeant = (!output || at->output == *output) && at->sequence > after;
-        first = isMeant && (first == nullptr || at->sequence < first->sequence) ? &*at : first;
-    }
-    return first;
-}
-
 std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &change) const
 {
     const std::uint64_t begin = BeginOf(change);
     const bool excludesOthers = begin != 0;
     const bool isStop = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) &&
                         change.entry->Values().Unsigned(TARN_VALUE_STATE) == std::uint64_t{kStop};
+    const auto output = change.entry->Values().Unsigned(TARN_VALUE_STREAM);
     const bool isFlush = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_MESSAGE);
     if (const std::uint64_t split = isStop && excludesOthers ? SplitBefore(change) : 0; split != 0)
     {
@@ -230,7 +181,8 @@ std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &c
         {
             return Window{&change, at->header.sequence, at->header.type == TARN_RECORD_EVENT};
         }
-        if (excludesOthers && (TellsShutdown(*at) || BeginsOther(*at, begin) || (isStop && LacksOutput(*at, change))))
+        if (excludesOthers && (TellsShutdown(*at) || BeginsOther(*at, begin) ||
+                               (isStop && IsHaveOutput(*at) && deliveries.Lacks(*at, output))))
         {
             return Window{&change, at->header.sequence, false};
         }
@@ -272,9 +224,9 @@ std::uint64_t ReplayScript::SplitBefore(const RecordedCall &stop) const
         }
         if (split != 0)
         {
-            return LacksOutput(record, stop) ? 0 : split; // the frame before came out of both
+            return deliveries.Lacks(record, output) ? 0 : split; // the frame before came out of both
         }
-        split = LacksOutput(record, stop) ? record.header.sequence : 0;
+        split = deliveries.Lacks(record, output) ? record.header.sequence : 0;
         if (split == 0)
         {
             return 0;
@@ -294,14 +246,6 @@ std::uint64_t ReplayScript::BeginOf(const RecordedCall &change) const
     return begin != records.end() && begin->header.type == TARN_RECORD_CHANGE ? begin->header.sequence : 0;
 }
 
-// Whether the frame that is announced came out of other outputs than the one that is stopped.
-bool ReplayScript::LacksOutput(const Record &event, const RecordedCall &change) const
-{
-    const auto output = change.entry->Values().Unsigned(TARN_VALUE_STREAM);
-    const auto time = IsHaveOutput(event) ? event.Values().Signed(TARN_VALUE_TIME) : std::nullopt;
-    return time && FindDelivery(event, *time, output, 0) == nullptr;
-}
-
 ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
 {
     const auto own = std::ranges::find(windows, &call, &Window::change);
@@ -310,21 +254,35 @@ ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
         return {own->turn, kBefore};
     }
     const auto time = call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT) ? TimeOf(*call.entry) : std::nullopt;
-    const auto window =
-        std::ranges::find_if(windows, [&](const Window &one) { return one.endsFrames && Overlap(*one.change, call); });
-    if (time && call.isUndecided && window != windows.end())
+    if (time && call.isUndecided)
     {
-        const Delivery *const delivery = FindDelivery(*call.entry, *time, std::nullopt, call.Sequence());
-        if (delivery == nullptr && window->turn < call.Sequence())
+        return PlaceOfFrame(call, *time);
+    }
+    const bool hasFetched = call.exit != nullptr && call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_OUTPUT);
+    const std::uint64_t announced = hasFetched ? deliveries.LastAnnouncementOf(*call.exit) : 0;
+    return announced > call.Sequence() ? Position{announced, kBehind} : Position{call.Sequence(), 0};
+}
+
+ReplayScript::Position ReplayScript::PlaceOfFrame(const RecordedCall &call, std::int64_t time) const
+{
+    const auto *const delivery = deliveries.Find(call.entry->header.transform, time, std::nullopt, call.Sequence());
+    Position place{call.Sequence(), 0};
+    for (const Window &window : windows)
+    {
+        if (!window.endsFrames || !Overlap(*window.change, call))
         {
-            return {window->turn, kBefore - 1};
+            continue;
         }
-        if (delivery != nullptr && delivery->sequence > window->turn && call.Sequence() < window->turn)
+        if (delivery == nullptr && window.turn < place.sequence)
         {
-            return {window->turn, 0};
+            place = {window.turn, kBefore - 1};
+        }
+        if (delivery != nullptr && window.turn < delivery->sequence && place.sequence < window.turn)
+        {
+            place = {window.turn, 0};
         }
     }
-    return {call.Sequence(), 0};
+    return place;
 }
 
 void ReplayScript::PlaceCall(const RecordedCall &call)
@@ -369,32 +327,13 @@ void ReplayScript::PlaceOthers()
     }
 }
 
-// A camera may give several frames the same time: they are announced in their order.
 const RecordedCall *ReplayScript::FrameOf(const Record &event) const
 {
-    const auto time = event.Values().Signed(TARN_VALUE_TIME);
-    const auto output = event.Values().Unsigned(TARN_VALUE_STREAM);
-    if (!time || !output)
-    {
-        return nullptr;
-    }
-    const std::uint32_t transform = event.header.transform;
-    const Delivery first{transform, *time, static_cast<std::uint32_t>(*output), 0, false};
-    const Delivery last{transform, *time, first.output, event.header.sequence, false};
-    auto before = std::count_if(std::ranges::lower_bound(deliveries, first), std::ranges::lower_bound(deliveries, last),
-                                [](const Delivery &one) { return one.isAnnouncement; });
-    const RecordedCall *found = nullptr;
-    const auto sameTime =
-        std::ranges::lower_bound(frames, *time, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
-    for (auto at = sameTime; at != frames.end() && at->first == *time && before >= 0; ++at)
-    {
-        if (at->second->entry->header.transform == transform && at->second->Sequence() < event.header.sequence)
-        {
-            found = at->second;
-            --before;
-        }
-    }
-    return found;
+    const Record *const frame = deliveries.FrameOf(event);
+    const auto call = frame == nullptr
+                          ? calls.end()
+                          : std::ranges::lower_bound(calls, frame->header.sequence, {}, &RecordedCall::Sequence);
+    return call != calls.end() && call->entry == frame ? &*call : nullptr;
 }
 
 } // namespace tarn_replay
