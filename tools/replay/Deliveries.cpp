@@ -17,7 +17,7 @@ std::optional<std::int64_t> TimeOf(const Record &call)
     return call.Values().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
 }
 
-Deliveries::Deliveries(const tarn_recording::RecordedSession &session)
+Deliveries::Deliveries(const tarn_recording::RecordedSession &session, const std::set<std::uint64_t> &besideChanges)
 {
     for (const Record &record : session.Records())
     {
@@ -46,6 +46,36 @@ Deliveries::Deliveries(const tarn_recording::RecordedSession &session)
     }
     std::ranges::stable_sort(frames, {}, &std::pair<std::int64_t, const Record *>::first);
     std::ranges::sort(deliveries);
+    FindLost(besideChanges);
+}
+
+// The module hands frames on in their order, so that all of one time come out unless a change took some.
+void Deliveries::FindLost(const std::set<std::uint64_t> &besideChanges)
+{
+    for (auto first = frames.begin(); first != frames.end();)
+    {
+        const auto last = std::find_if(first, frames.end(), [&](const auto &one) { return one.first != first->first; });
+        const std::uint32_t transform = first->second->header.transform;
+        std::ptrdiff_t most = 0; // that one output announced
+        auto at = std::ranges::lower_bound(deliveries, Delivery{transform, first->first, 0, 0, false});
+        while (at != deliveries.end() && at->transform == transform && at->time == first->first)
+        {
+            const auto same = Among(transform, at->time, at->output, UINT64_MAX);
+            most = std::max(most, std::ranges::count(same, true, &Delivery::isAnnouncement));
+            at += static_cast<std::ptrdiff_t>(same.size());
+        }
+        const auto isOfIt = [&](const auto &one) { return one.second->header.transform == transform; };
+        auto missing = most == 0 ? 0 : std::count_if(first, last, isOfIt) - most;
+        for (auto frame = first; frame != last && missing > 0; ++frame)
+        {
+            if (isOfIt(*frame) && besideChanges.contains(frame->second->header.sequence))
+            {
+                lost.insert(frame->second);
+                --missing;
+            }
+        }
+        first = last;
+    }
 }
 
 void Deliveries::Add(const Record &record, ValueList values, ValueList sample)
@@ -59,21 +89,26 @@ void Deliveries::Add(const Record &record, ValueList values, ValueList sample)
     }
 }
 
-const Deliveries::Delivery *Deliveries::Find(std::uint32_t transform, std::int64_t time,
-                                             std::optional<std::uint64_t> output, std::uint64_t after) const
+const Deliveries::Delivery *Deliveries::Of(const Record &call) const
 {
-    const Delivery *first = nullptr;
-    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0, false});
-         at != deliveries.end() && at->transform == transform && at->time == time; ++at)
+    const auto time = lost.contains(&call) ? std::nullopt : TimeOf(call);
+    if (!time)
     {
-        const bool isMeant = (!output || at->output == *output) && at->sequence > after;
-        first = isMeant && (first == nullptr || at->sequence < first->sequence) ? &*at : first;
+        return nullptr;
+    }
+    const std::uint32_t transform = call.header.transform;
+    const Delivery *first = nullptr;
+    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, *time, 0, 0, false});
+         at != deliveries.end() && at->transform == transform && at->time == *time; ++at)
+    {
+        const bool isBehind = at->sequence > call.header.sequence;
+        first = isBehind && (first == nullptr || at->sequence < first->sequence) ? &*at : first;
     }
     return first;
 }
 
-std::span<const Deliveries::Delivery> Deliveries::Of(std::uint32_t transform, std::int64_t time, std::uint32_t output,
-                                                     std::uint64_t before) const
+std::span<const Deliveries::Delivery> Deliveries::Among(std::uint32_t transform, std::int64_t time,
+                                                        std::uint32_t output, std::uint64_t before) const
 {
     const auto first = std::ranges::lower_bound(deliveries, Delivery{transform, time, output, 0, false});
     const auto last = std::ranges::lower_bound(deliveries, Delivery{transform, time, output, before, false});
@@ -91,7 +126,8 @@ std::uint64_t Deliveries::LastAnnouncementOf(const Record &fetch) const
         {
             continue;
         }
-        const auto same = Of(fetch.header.transform, *time, static_cast<std::uint32_t>(*output), fetch.header.sequence);
+        const auto same =
+            Among(fetch.header.transform, *time, static_cast<std::uint32_t>(*output), fetch.header.sequence);
         auto before = std::ranges::count(same, false, &Delivery::isAnnouncement);
         for (const Delivery &one : same)
         {
@@ -114,25 +150,20 @@ const Record *Deliveries::FrameOf(const Record &announcement) const
     }
     const std::uint32_t transform = announcement.header.transform;
     auto before =
-        std::ranges::count(Of(transform, *time, static_cast<std::uint32_t>(*output), announcement.header.sequence),
+        std::ranges::count(Among(transform, *time, static_cast<std::uint32_t>(*output), announcement.header.sequence),
                            true, &Delivery::isAnnouncement);
     const Record *found = nullptr;
     const auto sameTime = std::ranges::lower_bound(frames, *time, {}, &std::pair<std::int64_t, const Record *>::first);
     for (auto at = sameTime; at != frames.end() && at->first == *time && before >= 0; ++at)
     {
-        if (at->second->header.transform == transform && at->second->header.sequence < announcement.header.sequence)
+        const auto &head = at->second->header;
+        if (head.transform == transform && head.sequence < announcement.header.sequence && !lost.contains(at->second))
         {
             found = at->second;
             --before;
         }
     }
     return found;
-}
-
-bool Deliveries::Lacks(const Record &announcement, std::optional<std::uint64_t> output) const
-{
-    const auto time = announcement.Values().Signed(TARN_VALUE_TIME);
-    return time && Find(announcement.header.transform, *time, output, 0) == nullptr;
 }
 
 } // namespace tarn_replay

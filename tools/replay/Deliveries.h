@@ -4,6 +4,7 @@
 #include <compare>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <span>
 #include <utility>
 #include <vector>
@@ -38,27 +39,27 @@ class Deliveries
         friend auto operator<=>(const Delivery &, const Delivery &) = default;
     };
 
-    explicit Deliveries(const tarn_recording::RecordedSession &session);
+    // Of frames that share a time those beside changes, by the numbers of their calls, are taken for the lost ones.
+    Deliveries(const tarn_recording::RecordedSession &session, const std::set<std::uint64_t> &besideChanges);
 
-    // The first of that frame behind `after`, of one output or any; null when there is none.
-    const Delivery *Find(std::uint32_t transform, std::int64_t time, std::optional<std::uint64_t> output,
-                         std::uint64_t after) const;
+    // The first of the frame that the call brought; null when there is none.
+    const Delivery *Of(const Record &call) const;
     // The call that brought the frame which is announced; null when none did.
     const Record *FrameOf(const Record &announcement) const;
     // The number of the last announcement of the samples that a ProcessOutput returned; 0 when there were none.
     std::uint64_t LastAnnouncementOf(const Record &fetch) const;
-    // Whether the frame that is announced never came out of that output.
-    bool Lacks(const Record &announcement, std::optional<std::uint64_t> output) const;
 
   private:
+    void FindLost(const std::set<std::uint64_t> &besideChanges);
     void Add(const Record &record, tarn_recording::ValueList values, tarn_recording::ValueList sample);
 
     // Those of one frame and output, up to a record.
-    std::span<const Delivery> Of(std::uint32_t transform, std::int64_t time, std::uint32_t output,
-                                 std::uint64_t before) const;
+    std::span<const Delivery> Among(std::uint32_t transform, std::int64_t time, std::uint32_t output,
+                                    std::uint64_t before) const;
 
     std::vector<std::pair<std::int64_t, const Record *>> frames; // by time of the sample
     std::vector<Delivery> deliveries;                            // sorted
+    std::set<const Record *> lost;                               // of several frames of one time
 };
 
 } // namespace tarn_replay

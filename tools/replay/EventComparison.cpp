@@ -40,16 +40,18 @@ std::optional<ValueDifference> EventComparison::Compare(const RecordedCall &call
     return std::nullopt;
 }
 
-const RecordedCall *EventComparison::FirstMissing() const
+const RecordedCall *EventComparison::FirstMissing(std::size_t further) const
 {
     const RecordedCall *first = nullptr;
+    std::size_t count = 0;
     for (const auto &[key, line] : lines)
     {
         const bool isFirst =
             !line.recorded.empty() && (first == nullptr || line.recorded.front()->Sequence() < first->Sequence());
         first = isFirst ? line.recorded.front() : first;
+        count += line.recorded.size();
     }
-    return first;
+    return count > further ? first : nullptr;
 }
 
 } // namespace tarn_replay

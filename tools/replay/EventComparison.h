@@ -22,8 +22,9 @@ class EventComparison
   public:
     // Of a call that fetched one, then and now.
     std::optional<ValueDifference> Compare(const RecordedCall &call, const ValueWriter &given);
-    // The call of the first recorded one that has not come in the end; null when there is none.
-    const RecordedCall *FirstMissing() const;
+    // The call of the first recorded one that has not come in the end, when more are missing than `further` others may
+    // have come for; null when all is well.
+    const RecordedCall *FirstMissing(std::size_t further) const;
 
   private:
     // Of one transform; those that the other side has not shown yet.

@@ -84,7 +84,7 @@ void ReplayComparison::End()
     const RecordedCall *missing = nullptr;
     {
         const std::scoped_lock hold(lock);
-        missing = events.FirstMissing();
+        missing = events.FirstMissing(outputs.CutFrames());
     }
     if (missing != nullptr)
     {

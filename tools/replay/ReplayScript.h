@@ -3,7 +3,9 @@
 
 #include <compare>
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -87,6 +89,7 @@ class ReplayScript
     {
         const RecordedCall *change = nullptr;
         std::uint64_t turn = 0;
+        std::uint64_t mode = 0;  // where it tied or freed the face-login mode
         bool endsFrames = false; // it raised events: a chain ended or began
     };
 
@@ -95,17 +98,20 @@ class ReplayScript
     void PlaceChanges();
     bool EndsListening(const RecordedCall &call, std::uint64_t after) const;
     Position PlaceOfSignal(const Record &deviceEvent) const;
-    std::uint64_t SplitBefore(const RecordedCall &stop) const;
     std::uint64_t BeginOf(const RecordedCall &change) const;
     std::optional<Window> WindowOf(const RecordedCall &change) const;
     Position PlaceOf(const RecordedCall &call) const;
-    Position PlaceOfFrame(const RecordedCall &call, std::int64_t time) const;
+    Position PlaceOfFrame(const RecordedCall &call) const;
+    Position PlaceOfFetch(const RecordedCall &call, std::uint64_t announced) const;
+    Position PlaceOfMode(const RecordedCall &call, std::uint64_t decided) const;
     void PlaceCall(const RecordedCall &call);
     void PlaceOthers();
     const RecordedCall *FrameOf(const Record &event) const;
 
     std::span<const Record> records;
+    const std::set<std::uint64_t> besideChanges;
     const Deliveries deliveries;
+    std::map<std::uint64_t, std::uint64_t> modes; // by call, where it decided about the face-login mode
     std::vector<RecordedCall> calls; // by sequence; of applications and the pipeline, not those inside of others
     std::vector<Window> windows;     // changes beside other calls
     std::vector<Placed> placed;
