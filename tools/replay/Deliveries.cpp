@@ -7,6 +7,22 @@ namespace tarn_replay
 
 using tarn_recording::ValueList;
 
+namespace
+{
+// Whether each announcement may be that of the frame at its place.
+bool CameBefore(const std::vector<const Record *> &frames, const std::vector<std::uint64_t> &announced)
+{
+    for (std::size_t i = 0; i < announced.size() && i < frames.size(); ++i)
+    {
+        if (frames[i]->header.sequence > announced[i])
+        {
+            return false;
+        }
+    }
+    return true;
+}
+} // namespace
+
 bool IsHaveOutput(const Record &record)
 {
     return record.header.type == TARN_RECORD_EVENT && record.Values().Unsigned(TARN_VALUE_EVENT_TYPE) == kHaveOutput;
@@ -55,27 +71,55 @@ void Deliveries::FindLost(const std::set<std::uint64_t> &besideChanges)
     for (auto first = frames.begin(); first != frames.end();)
     {
         const auto last = std::find_if(first, frames.end(), [&](const auto &one) { return one.first != first->first; });
-        const std::uint32_t transform = first->second->header.transform;
-        std::ptrdiff_t most = 0; // that one output announced
-        auto at = std::ranges::lower_bound(deliveries, Delivery{transform, first->first, 0, 0, false});
-        while (at != deliveries.end() && at->transform == transform && at->time == first->first)
+        std::vector<const Record *> left;
+        for (auto frame = first; frame != last; ++frame)
         {
-            const auto same = Among(transform, at->time, at->output, UINT64_MAX);
-            most = std::max(most, std::ranges::count(same, true, &Delivery::isAnnouncement));
-            at += static_cast<std::ptrdiff_t>(same.size());
-        }
-        const auto isOfIt = [&](const auto &one) { return one.second->header.transform == transform; };
-        auto missing = most == 0 ? 0 : std::count_if(first, last, isOfIt) - most;
-        for (auto frame = first; frame != last && missing > 0; ++frame)
-        {
-            if (isOfIt(*frame) && besideChanges.contains(frame->second->header.sequence))
+            if (frame->second->header.transform == first->second->header.transform)
             {
-                lost.insert(frame->second);
-                --missing;
+                left.push_back(frame->second);
+            }
+        }
+        const auto announced = left.size() > 1 ? MostAnnounced(*left.front(), first->first) : Sequences{};
+        for (std::size_t i = 0; i < left.size() && !announced.empty() && left.size() > announced.size();)
+        {
+            auto others = left;
+            others.erase(others.begin() + static_cast<std::ptrdiff_t>(i));
+            const bool mayBeLost = besideChanges.contains(left[i]->header.sequence) && CameBefore(others, announced);
+            if (mayBeLost)
+            {
+                lost.insert(left[i]);
+                left = std::move(others);
+            }
+            else
+            {
+                ++i;
             }
         }
         first = last;
     }
+}
+
+// By the output that has the most of them.
+Deliveries::Sequences Deliveries::MostAnnounced(const Record &frame, std::int64_t time) const
+{
+    Sequences most;
+    const std::uint32_t transform = frame.header.transform;
+    auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0, false});
+    while (at != deliveries.end() && at->transform == transform && at->time == time)
+    {
+        const auto same = Among(transform, time, at->output, UINT64_MAX);
+        Sequences announced;
+        for (const Delivery &one : same)
+        {
+            if (one.isAnnouncement)
+            {
+                announced.push_back(one.sequence);
+            }
+        }
+        most = announced.size() > most.size() ? std::move(announced) : std::move(most);
+        at += static_cast<std::ptrdiff_t>(same.size());
+    }
+    return most;
 }
 
 void Deliveries::Add(const Record &record, ValueList values, ValueList sample)

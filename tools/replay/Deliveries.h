@@ -50,7 +50,10 @@ class Deliveries
     std::uint64_t LastAnnouncementOf(const Record &fetch) const;
 
   private:
+    using Sequences = std::vector<std::uint64_t>;
+
     void FindLost(const std::set<std::uint64_t> &besideChanges);
+    Sequences MostAnnounced(const Record &frame, std::int64_t time) const;
     void Add(const Record &record, tarn_recording::ValueList values, tarn_recording::ValueList sample);
 
     // Those of one frame and output, up to a record.
