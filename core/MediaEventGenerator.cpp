@@ -188,6 +188,11 @@ HRESULT MediaEventGenerator::RaiseHaveOutput(UINT32 streamId, IMFSample *sample)
     });
 }
 
+void MediaEventGenerator::TellEmptied(UINT32 streamId) const noexcept
+{
+    recorder.OutputEmptied(streamId);
+}
+
 HRESULT MediaEventGenerator::Raise(IMFMediaEvent *event)
 {
     if (!initialized)

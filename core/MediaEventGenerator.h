@@ -28,6 +28,8 @@ class MediaEventGenerator : public IMFMediaEventGenerator, public virtual Record
     HRESULT Raise(IMFMediaEvent *event);
     // METransformHaveOutput, of which a recording says for what output and sample.
     HRESULT RaiseHaveOutput(UINT32 streamId, IMFSample *sample);
+    // For a recording: nobody will come for what this output held. To be called under the output's lock.
+    void TellEmptied(UINT32 streamId) const noexcept;
 
     // Wakes every waiter with MF_E_SHUTDOWN. MF_E_SHUTDOWN when already shut down.
     HRESULT Shutdown();

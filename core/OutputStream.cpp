@@ -128,6 +128,10 @@ HRESULT OutputStream::Flush()
 void OutputStream::TakeSamples(std::list<ComPtr<IMFSample>> &taken)
 {
     taken.swap(samples);
+    if (eventGenerator != nullptr)
+    {
+        eventGenerator->TellEmptied(id);
+    }
     if (!taken.empty())
     {
         TRACE_INFO("%s: %zu samples flushed", GetName(), taken.size());

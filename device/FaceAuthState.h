@@ -3,7 +3,9 @@
 
 #include <atomic>
 #include <mutex>
+#include <utility>
 
+#include "recorder/ChangeMark.h"
 #include "base/CriticalSection.h"
 
 namespace mft_core
@@ -13,10 +15,13 @@ namespace mft_core
 class FaceAuthState
 {
   public:
+    explicit FaceAuthState(mft_der::ChangeMark changeMark = {}) : mark(std::move(changeMark)) {}
+
     // False while the mode is in use; it stays then.
     bool ChangeMode(bool on)
     {
         const std::scoped_lock guard(lock);
+        mark.Tell(TARN_CHANGE_FACE_LOGIN);
         if (canChangeMode)
         {
             faceAuthMode = on;
@@ -28,6 +33,7 @@ class FaceAuthState
     void AllowModeChange(bool allowed)
     {
         const std::scoped_lock guard(lock);
+        mark.Tell(TARN_CHANGE_FACE_LOGIN);
         canChangeMode = allowed;
     }
 
@@ -36,6 +42,7 @@ class FaceAuthState
     std::atomic<bool> faceAuthSupported{false};
 
   private:
+    const mft_der::ChangeMark mark;
     user_space_frameworks::CriticalSection lock; // held from the question whether the mode may change to its change
 };
 

@@ -57,8 +57,9 @@ HRESULT SetInfraredFrameSize(IMFMediaType *faceAuthMt, UINT32 width, UINT32 heig
 TarnDepthDeviceMft::TarnDepthDeviceMft(const wchar_t *recordingFolder)
     : Object("Tarn Depth DMFT"),
       DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl, recordingFolder),
-      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT")), faceAuth(make_shared<FaceAuthState>()),
-      confidenceMap(make_shared<ConfidenceMapState>()), currentTopology(kCheckTexts)
+      framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT")),
+      faceAuth(make_shared<FaceAuthState>(recorder.Changes())), confidenceMap(make_shared<ConfidenceMapState>()),
+      currentTopology(kCheckTexts)
 {
 }
 

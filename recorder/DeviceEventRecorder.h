@@ -10,6 +10,7 @@
 
 #include "recorder/AttributeEncoder.h"
 #include "recorder/CallUnderWay.h"
+#include "recorder/ChangeMark.h"
 #include "recorder/SampleRecorder.h"
 #include "recorder/TransformRecording.h"
 
@@ -81,11 +82,23 @@ class DeviceEventRecorder
     // From here on the call that this thread is in changes the transform's state, and no other one does.
     void ChangeBegins() const noexcept
     {
+        ChangeMark(transform).Tell(TARN_CHANGE_BEGINS);
+    }
+    // What this output held is gone; call it under the output's lock.
+    void OutputEmptied(std::uint32_t streamId) const noexcept
+    {
         if (IsEnabled())
         {
-            transform->Write({.type = TARN_RECORD_CHANGE, .entry = CallUnderWay::OfThisThread()},
-                             [](RecordBuilder &) {});
+            transform->Write({.type = TARN_RECORD_CHANGE,
+                              .subject = TARN_CHANGE_OUTPUT_EMPTIED,
+                              .entry = CallUnderWay::OfThisThread()},
+                             [&](RecordBuilder &values) { values.U32(TARN_VALUE_STREAM, streamId); });
         }
+    }
+    // For parts that have a lock of their own.
+    ChangeMark Changes() const noexcept
+    {
+        return ChangeMark(transform);
     }
 
     // The rest is to be called while it is enabled.

@@ -79,9 +79,9 @@ void EventRecording::KeepRoom() noexcept
     DWORD patience = kLookMs;
     while (WaitForSingleObject(wake.Get(), patience) != WAIT_FAILED && !ends)
     {
-        picturesWanted = folder.WantsPictures();
         bool hasRoom = false;
-        mft_utils::Guarded([&] {
+        mft_utils::Guarded([&] { // all of it takes memory, which may be short
+            picturesWanted = folder.WantsPictures();
             hasRoom = MakeRoom();
             return S_OK;
         });

@@ -79,8 +79,15 @@ enum
     TARN_RECORD_PIXELS = 10, /* the bytes of an input sample; `entry`: its ProcessInput call */
     TARN_RECORD_OUTPUT_HASH = 11, /* of an output sample's bytes; `entry`: its ProcessOutput call */
     TARN_RECORD_DROPPED = 12,     /* records were not written since the last that was: how many, how many bytes */
-    TARN_RECORD_CHANGE =
-        13 /* the call `entry` begins to change the transform's state; such changes exclude each other */
+    TARN_RECORD_CHANGE = 13       /* the call `entry` changes the state here; subject: TARN_CHANGE_... */
+};
+
+/* Subject of TARN_RECORD_CHANGE. Written under the lock that decides which of two calls comes first. */
+enum
+{
+    TARN_CHANGE_BEGINS = 0, /* of streams and their outputs; until the next of these no other call changes them */
+    TARN_CHANGE_OUTPUT_EMPTIED = 1, /* what the output stream held and nobody fetched is gone */
+    TARN_CHANGE_FACE_LOGIN = 2      /* the face-login mode was asked for, or may or may not be changed from here on */
 };
 
 /* Calls of an application or the pipeline on a transform: interface and method. */

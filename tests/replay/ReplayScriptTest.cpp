@@ -48,6 +48,10 @@ class Overlaps : public RecordingBuilder
                 .U32(TARN_VALUE_STREAM, output)
                 .I64(TARN_VALUE_TIME, time));
     }
+    void Empty(std::uint64_t change, std::uint32_t output)
+    {
+        Add(TARN_RECORD_CHANGE, TARN_CHANGE_OUTPUT_EMPTIED, ValueBytes().U32(TARN_VALUE_STREAM, output), change);
+    }
     void Show(std::uint64_t change)
     {
         Add(TARN_RECORD_CHANGE, 0, {}, change);
@@ -80,38 +84,55 @@ constexpr Order kOrders[] = {
          session.Announce(0, 10); // 8
      },
      "create 1, call 2, call 3, frame 8"},
-    {"a stop comes before the first frame that its output lacks",
+    {"a stop comes where its output was emptied",
      [](Overlaps &session) {
          const auto stop = session.EnterState(0); // 2
-         session.Add(TARN_RECORD_CHANGE, 0, {}, stop);
+         session.Add(TARN_RECORD_CHANGE, TARN_CHANGE_BEGINS, {}, stop);
          session.GiveFrame(10);   // 4
          session.Announce(0, 10); // 6
-         session.Announce(1, 10);
-         session.GiveFrame(20);   // 8
-         session.Announce(1, 20); // 10
+         session.Empty(stop, 0);
+         session.Announce(1, 10); // 8
          session.Leave(TARN_CALL_SET_OUTPUT_STREAM_STATE, stop);
      },
-     "create 1, call 4, frame 6, frame 7, call 8, call 2, frame 10"},
-    {"a stop comes before a frame that it split",
+     "create 1, call 4, frame 6, call 2, frame 8"},
+    {"a fetch comes behind what it got, and before what took the rest",
      [](Overlaps &session) {
-         session.GiveFrame(10);   // 2
-         session.Announce(0, 10); // 4
-         session.Announce(1, 10);
-         const auto wait = session.Enter(TARN_CALL_GET_EVENT, ValueBytes().U32(TARN_VALUE_FLAGS, 0)); // 6
-         session.GiveFrame(20);                                                                       // 7
-         session.Announce(1, 20);                                                                     // 9
-         const auto stop = session.EnterState(0);                                                     // 10
-         session.Add(TARN_RECORD_CHANGE, 0, {}, stop);
-         session.Leave(TARN_CALL_SET_OUTPUT_STREAM_STATE, stop);
-         session.Leave(TARN_CALL_GET_EVENT, wait);
+         const auto flush = session.Enter(TARN_CALL_PROCESS_MESSAGE, ValueBytes().U32(TARN_VALUE_MESSAGE, 0)); // 2
+         session.GiveFrame(10);                                                                                // 3
+         const auto fetch = session.Enter(TARN_CALL_PROCESS_OUTPUT);                                           // 5
+         session.Announce(0, 10);                                                                              // 6
+         session.Empty(flush, 0);
+         session.Add(
+             TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT,
+             ValueBytes().List(
+                 TARN_VALUE_BUFFER,
+                 ValueBytes().U32(TARN_VALUE_STREAM, 0).List(TARN_VALUE_SAMPLE, ValueBytes().I64(TARN_VALUE_TIME, 10))),
+             fetch);
+         session.Leave(TARN_CALL_PROCESS_MESSAGE, flush);
      },
-     "create 1, call 2, frame 4, frame 5, begin 6, call 7, call 10, frame 9, end 6"},
+     "create 1, call 3, frame 6, call 5, call 2"},
+    {"the face-login mode is tied with the start",
+     [](Overlaps &session) {
+         const auto start = session.EnterState(kRun); // 2
+         session.Add(TARN_RECORD_CHANGE, TARN_CHANGE_BEGINS, {}, start);
+         session.Add(TARN_RECORD_CHANGE, TARN_CHANGE_FACE_LOGIN, {}, start);
+         ValueBytes request;
+         const std::uint8_t property[24]{};
+         request.Put(TARN_VALUE_REQUEST, TARN_KIND_BYTES, property, sizeof property);
+         const auto set = session.Add(TARN_RECORD_KS_CALL, TARN_KS_PROPERTY, request); // 5
+         session.Add(TARN_RECORD_CHANGE, TARN_CHANGE_FACE_LOGIN, {}, set);
+         session.Add(TARN_RECORD_KS_RETURN, TARN_KS_PROPERTY, {}, set);
+         session.Show(start);
+         session.Leave(TARN_CALL_SET_OUTPUT_STREAM_STATE, start);
+     },
+     "create 1, call 2, call 5"},
     {"a flush comes behind the frame that was under way",
      [](Overlaps &session) {
          session.GiveFrame(10); // 2
          const auto flush = session.Enter(TARN_CALL_PROCESS_MESSAGE, ValueBytes().U32(TARN_VALUE_MESSAGE, 0));
          session.Call(TARN_CALL_GET_STREAM_COUNT); // 5
          session.Announce(0, 10);                  // 7
+         session.Empty(flush, 0);
          session.Leave(TARN_CALL_PROCESS_MESSAGE, flush);
      },
      "create 1, call 2, call 5, frame 7, call 4"},

@@ -78,7 +78,7 @@ std::vector<Case> RandomSessions()
 }
 
 // What fails can be looked at.
-void Keep(const char *name, const std::vector<std::uint8_t> &bytes)
+void Keep(const std::string &name, const std::vector<std::uint8_t> &bytes)
 {
     std::ofstream(kRecordings.parent_path() / name, std::ios::binary)
         .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
@@ -110,9 +110,9 @@ void ExpectTheSameAgain(const std::vector<Case> &cases, bool recordings)
                                      << compared.first->gotText;
         if (comparison.IsDifferent() || compared.first)
         {
-            Keep("recorded.bin", bytes);
-            Keep("replayed.bin", bytesAgain);
-            break;
+            Keep(one.name + ".recorded.bin", bytes);
+            Keep(one.name + ".replayed.bin", bytesAgain);
+            continue;
         }
         std::printf("%s: %s", one.name.c_str(), comparison.ToText().c_str());
     }

@@ -342,6 +342,8 @@ std::string RecordText(const RecordedSession &session, const Record &record)
         return "event: " + behind.substr(std::min<std::size_t>(behind.size(), 2));
     case TARN_RECORD_DEVICE_EVENT:
         return "device event: " + subject;
+    case TARN_RECORD_CHANGE:
+        return "change: " + ChangeText(record.header.subject) + behind;
     case TARN_RECORD_TRANSFORM:
         return (record.header.subject != 0 ? "transform created" : "transform released") + behind;
     default:

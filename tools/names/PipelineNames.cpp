@@ -50,6 +50,7 @@ constexpr auto kRecordTypes = std::to_array<NamedNumber>({
     {TARN_RECORD_RETURN, "RETURN"}, {TARN_RECORD_EVENT, "EVENT"}, {TARN_RECORD_KS_CALL, "KS_CALL"},
     {TARN_RECORD_KS_RETURN, "KS_RETURN"}, {TARN_RECORD_DEVICE_EVENT, "DEVICE_EVENT"}, {TARN_RECORD_CAMERA, "CAMERA"},
     {TARN_RECORD_PIXELS, "PIXELS"}, {TARN_RECORD_OUTPUT_HASH, "OUTPUT_HASH"}, {TARN_RECORD_DROPPED, "DROPPED"},
+    {TARN_RECORD_CHANGE, "CHANGE"},
 });
 
 constexpr auto kCalls = std::to_array<NamedNumber>({
@@ -228,6 +229,14 @@ std::string KsFlagsText(std::uint32_t kind, std::uint32_t flags)
 std::string RecordTypeText(std::uint16_t type)
 {
     return NameOr(kRecordTypes, type, "record type");
+}
+
+std::string ChangeText(std::uint16_t change)
+{
+    constexpr auto names = std::to_array<NamedNumber>({{TARN_CHANGE_BEGINS, "begins"},
+                                                       {TARN_CHANGE_OUTPUT_EMPTIED, "output emptied"},
+                                                       {TARN_CHANGE_FACE_LOGIN, "face-login mode"}});
+    return NameOr(names, change, "change");
 }
 
 std::string CallText(std::uint16_t call)

@@ -33,8 +33,9 @@ std::string KsIdText(std::uint32_t kind, GuidBytes set, std::uint32_t id);
 // "GET|TOPOLOGY"
 std::string KsFlagsText(std::uint32_t kind, std::uint32_t flags);
 
-// Of a recording's record type and of the call that it is about: "CALL", "ProcessInput".
+// Of a recording's record type, of the call or the change that it is about: "CALL", "ProcessInput", "output emptied".
 std::string RecordTypeText(std::uint16_t type);
+std::string ChangeText(std::uint16_t change);
 std::string CallText(std::uint16_t call);
 
 } // namespace tarn_host

@@ -35,6 +35,7 @@ bool IsStateChange(const Record &call)
     {
     case TARN_CALL_SET_OUTPUT_STREAM_STATE:
     case TARN_CALL_SHUTDOWN:
+    case TARN_CALL_FLUSH_OUTPUT_STREAM:
         return call.header.type == TARN_RECORD_CALL;
     case TARN_CALL_PROCESS_MESSAGE:
         return call.header.type == TARN_RECORD_CALL &&

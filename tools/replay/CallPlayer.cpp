@@ -72,7 +72,7 @@ void CallPlayer::Play(const PlayOptions &options)
     std::uint64_t last = 0;
     for (const Step &step : script.Steps())
     {
-        const auto &head = step.record->header;
+        const auto &head = step.action == Step::Action::EndWait ? step.call->exit->header : step.record->header;
         if (options.until && head.sequence > *options.until)
         {
             continue;
@@ -98,12 +98,17 @@ void CallPlayer::Play(const PlayOptions &options)
         }
         last = std::max(last, head.sequence);
     }
+    isBehindEnd = true;
     for (const auto &[number, transform] : transforms)
     {
         if (const auto missing = transform.camera->Answers().FirstNotAsked(last))
         {
             comparison.Tell(nullptr, *missing, "asked", "not asked");
         }
+    }
+    if (!options.until)
+    {
+        comparison.End();
     }
     ReleaseAll();
 }
@@ -140,12 +145,21 @@ void CallPlayer::Create(const Record &record)
     const std::uint32_t number = record.header.transform;
     Transform &transform = transforms[number];
     transform.camera = user_space_frameworks::MakeCom<RecordedCamera>(
-        session, number, [this](const std::string &difference) { comparison.Tell(nullptr, difference, "", ""); });
+        session, number, [this](const std::string &difference) { TellOfCamera(difference); });
     ComPtr<IUnknown> filter;
     tarn_host::ThrowIfFailed(transform.camera.As(&filter), "asking the camera for IUnknown");
     transform.calls =
         std::make_shared<ModuleCalls>(module.Create(ClassOf(record)), filter, pixels, session.HoldsPictures());
     transform.nextRun = transform.gates.end();
+}
+
+// Behind its end the recording does not tell what the camera is asked.
+void CallPlayer::TellOfCamera(const std::string &difference)
+{
+    if (!isBehindEnd)
+    {
+        comparison.Tell(nullptr, difference, "", "");
+    }
 }
 
 void CallPlayer::Release(const Record &record)
@@ -190,8 +204,11 @@ void CallPlayer::MakeCall(const RecordedCall &call)
         RunFramesWithMap(*transform, *call.entry);
     }
     const auto answer = std::make_shared<Answer>();
+    isBehindEnd = call.exit == nullptr; // the recording ends within it
     Run(caller, transform->calls, *call.entry, answer);
-    if (AwaitCall(call))
+    const bool hasReturned = AwaitCall(call);
+    isBehindEnd = false;
+    if (hasReturned)
     {
         AfterCall(call, *answer);
     }
@@ -241,7 +258,7 @@ void CallPlayer::AfterCall(const RecordedCall &call, const Answer &answer)
         const auto [frame, isNew] = transform.gates.emplace(call.Sequence(), transform.calls->WorkQueue()->PutGate());
         transform.nextRun = transform.nextRun == transform.gates.end() ? frame : transform.nextRun;
     }
-    comparison.Compare(call, answer.result, answer.given.Values());
+    comparison.Compare(call, answer.result, answer.given);
 }
 
 void CallPlayer::BeginWait(const RecordedCall &call)
@@ -286,7 +303,7 @@ void CallPlayer::EndWait(const RecordedCall &call)
         comparison.Tell(call.entry, "the call cannot be made", "", waiting.answer->failure);
         return;
     }
-    comparison.Compare(call, waiting.answer->result, waiting.answer->given.Values());
+    comparison.Compare(call, waiting.answer->result, waiting.answer->given);
 }
 
 bool CallPlayer::RunNextFrame(Transform &transform)

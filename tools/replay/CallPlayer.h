@@ -1,6 +1,7 @@
 // Plays a recorded session on a module.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -70,6 +71,7 @@ class CallPlayer
 
     void Do(const Step &step);
     void Create(const Record &record);
+    void TellOfCamera(const std::string &difference);
     void Release(const Record &record);
     void MakeCall(const RecordedCall &call);
     bool AwaitCall(const RecordedCall &call);
@@ -92,6 +94,7 @@ class CallPlayer
     const FramePixels pixels;
     std::set<std::pair<std::uint32_t, std::int64_t>> withMap; // transform and time of samples with a confidence map
     std::chrono::milliseconds eventLimit{};
+    std::atomic<bool> isBehindEnd{false}; // what the module does now is not in the recording
     CallThread caller;
     std::map<std::uint32_t, Transform> transforms;
 };

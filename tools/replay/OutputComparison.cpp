@@ -64,11 +64,42 @@ OutputComparison::OutputComparison(const RecordedSession &recordedSession) : ses
             }
         }
     }
+    FindCutFrames();
+}
+
+// What was announced last before a change, and not for all outputs.
+void OutputComparison::FindCutFrames()
+{
+    struct Last
+    {
+        std::int64_t time = 0;
+        std::set<std::uint64_t> outputs; // that have it
+        bool isKnown = false;
+    };
+    std::map<std::uint32_t, Last> lasts;
+    for (const Record &record : session.Records())
+    {
+        Last &last = lasts[record.header.transform];
+        const auto time = record.Values().Signed(TARN_VALUE_TIME);
+        if (IsHaveOutput(record) && time)
+        {
+            if (!last.isKnown || last.time != *time)
+            {
+                last = {*time, {}, true};
+            }
+            last.outputs.insert(record.Values().Unsigned(TARN_VALUE_STREAM).value_or(0));
+        }
+        else if (last.isKnown && last.outputs.size() == 1 &&
+                 (record.header.type == TARN_RECORD_EVENT || record.header.type == TARN_RECORD_CHANGE))
+        {
+            cut.emplace(record.header.transform, last.time);
+        }
+    }
 }
 
 bool OutputComparison::WasAnnounced(const Output &output, const Sample &sample) const
 {
-    return announced.contains({output, sample.Time()});
+    return announced.contains({output, sample.Time()}) || cut.contains({output.transform, sample.Time()});
 }
 
 std::optional<ValueDifference> OutputComparison::Compare(const RecordedCall &call, std::int32_t result, ValueList given)

@@ -17,7 +17,8 @@ namespace tarn_replay
 
 // Compares them in the order of each output. A frame of several outputs is processed as a whole in a replay; in the
 // recording a call may have fetched one of its samples before the next was there, so a sample may come with an earlier
-// call than recorded, never with a later one. Confined. The session must outlive it.
+// call than recorded, never with a later one. Where the chain ended between the two, the replay has a sample more.
+// Confined. The session must outlive it.
 class OutputComparison
 {
   public:
@@ -29,6 +30,11 @@ class OutputComparison
     std::uint64_t Pictures() const noexcept
     {
         return pictures;
+    }
+    // How many frames were cut between two outputs at most.
+    std::size_t CutFrames() const noexcept
+    {
+        return cut.size();
     }
 
   private:
@@ -45,14 +51,16 @@ class OutputComparison
         std::int64_t Time() const noexcept;
     };
 
+    void FindCutFrames();
     bool WasAnnounced(const Output &output, const Sample &sample) const;
     std::optional<ValueDifference> CompareNext(const RecordedCall &call, const Output &output,
                                                const tarn_recording::Value &recorded);
     std::optional<std::uint64_t> HashOf(const RecordedCall &call, std::uint32_t stream) const;
 
     const RecordedSession &session;
-    std::set<std::pair<Output, std::int64_t>> announced; // by the sample's time
-    std::map<Output, std::deque<Sample>> early;          // that the recording has not shown yet
+    std::set<std::pair<Output, std::int64_t>> announced;  // by the sample's time
+    std::set<std::pair<std::uint32_t, std::int64_t>> cut; // transform and time
+    std::map<Output, std::deque<Sample>> early;           // that the recording has not shown yet
     std::uint64_t pictures = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <iostream>
 
 #include "tools/command/Choice.h"
@@ -31,6 +32,11 @@ tarn_recording::RecordedSession Open(const std::string &file)
     {
         throw UsageError(file + " holds no recorded session");
     }
+    const auto &records = sessions.front().Records();
+    if (std::ranges::none_of(records, [](const auto &record) { return record.header.type == TARN_RECORD_TRANSFORM; }))
+    {
+        throw UsageError(file + " holds no transform's calls");
+    }
     return std::move(sessions.front());
 }
 } // namespace
@@ -56,6 +62,11 @@ ExitCode ReplayCommand::Run()
     for (const auto &damage : session.Damages())
     {
         std::cerr << "tarn-host: " << damage.ToText() << '\n';
+    }
+    const std::uint64_t lastNumber = session.Records().back().header.sequence;
+    if (until && (*until == 0 || *until > lastNumber))
+    {
+        throw UsageError("--until: the recording's records have the numbers 1 to " + std::to_string(lastNumber));
     }
     const PlatformSession platform;
     const LoadedModule module(ToPath(modulePath), isRegistered ? ModuleAccess::Registry : ModuleAccess::File);

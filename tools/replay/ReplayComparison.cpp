@@ -16,6 +16,13 @@ namespace tarn_replay
 namespace
 {
 constexpr std::size_t kRecordsBefore = 10;
+
+// A wait that a shutdown ended: whether it still got one of the last events is chance.
+bool IsEndedWait(const RecordedCall &call, std::int32_t result)
+{
+    return call.isBesideShutdown && IsWaiting(*call.entry) &&
+           (result == kShutDown || call.exit->header.result == kShutDown);
+}
 } // namespace
 
 ReplayComparison::ReplayComparison(const RecordedSession &recordedSession)
@@ -23,14 +30,14 @@ ReplayComparison::ReplayComparison(const RecordedSession &recordedSession)
 {
 }
 
-void ReplayComparison::Compare(const RecordedCall &call, std::int32_t result, tarn_recording::ValueList given)
+void ReplayComparison::Compare(const RecordedCall &call, std::int32_t result, const ValueWriter &given)
 {
     const Record &entry = *call.entry;
     {
         const std::scoped_lock hold(lock);
         ++counts.calls;
         counts.frames += entry.Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT) ? 1 : 0;
-        counts.events += given.Find(TARN_VALUE_EVENT_TYPE) ? 1 : 0;
+        counts.events += given.Values().Find(TARN_VALUE_EVENT_TYPE) ? 1 : 0;
     }
     if (call.exit == nullptr)
     {
@@ -41,7 +48,7 @@ void ReplayComparison::Compare(const RecordedCall &call, std::int32_t result, ta
     {
         return;
     }
-    if (call.isUndecided && tarn_recording::AsksForState(entry))
+    if ((call.isUndecided && tarn_recording::AsksForState(entry)) || IsEndedWait(call, result))
     {
         const std::scoped_lock hold(lock);
         ++counts.undecided;
@@ -51,12 +58,12 @@ void ReplayComparison::Compare(const RecordedCall &call, std::int32_t result, ta
 }
 
 std::optional<ValueDifference> ReplayComparison::FindDifferenceOf(const RecordedCall &call, std::int32_t result,
-                                                                  tarn_recording::ValueList given)
+                                                                  const ValueWriter &given)
 {
     if (call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_OUTPUT))
     {
         const std::scoped_lock hold(lock);
-        return outputs.Compare(call, result, given);
+        return outputs.Compare(call, result, given.Values());
     }
     const std::int32_t recorded = call.exit->header.result;
     if (result != recorded)
@@ -64,7 +71,26 @@ std::optional<ValueDifference> ReplayComparison::FindDifferenceOf(const Recorded
         return ValueDifference{"result", tarn_host::ResultText(static_cast<std::uint32_t>(recorded)),
                                tarn_host::ResultText(static_cast<std::uint32_t>(result))};
     }
-    return FindDifference(call.exit->Values(), given);
+    if (call.exit->Values().Find(TARN_VALUE_EVENT_TYPE))
+    {
+        const std::scoped_lock hold(lock);
+        return events.Compare(call, given);
+    }
+    return FindDifference(call.exit->Values(), given.Values());
+}
+
+void ReplayComparison::End()
+{
+    const RecordedCall *missing = nullptr;
+    {
+        const std::scoped_lock hold(lock);
+        missing = events.FirstMissing(outputs.CutFrames());
+    }
+    if (missing != nullptr)
+    {
+        Tell(missing->entry, "event", tarn_replay::ToText(*missing->exit->Values().Find(TARN_VALUE_EVENT_TYPE)),
+             "another");
+    }
 }
 
 void ReplayComparison::Tell(const Record *at, std::string what, std::string expected, std::string got)

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tools/recording/RecordedSession.h"
+#include "tools/replay/EventComparison.h"
 #include "tools/replay/OutputComparison.h"
 #include "tools/replay/ReplayScript.h"
 
@@ -37,7 +38,9 @@ class ReplayComparison
     explicit ReplayComparison(const RecordedSession &recordedSession);
 
     // Result and values of a call that the recording saw return.
-    void Compare(const RecordedCall &call, std::int32_t result, tarn_recording::ValueList given);
+    void Compare(const RecordedCall &call, std::int32_t result, const ValueWriter &given);
+    // The session has been played to its end.
+    void End();
     // The first is kept. `at` null: the record at which the replay is.
     void Tell(const Record *at, std::string what, std::string expected, std::string got);
     void GoTo(const Record *record);
@@ -50,7 +53,7 @@ class ReplayComparison
 
   private:
     std::optional<ValueDifference> FindDifferenceOf(const RecordedCall &call, std::int32_t result,
-                                                    tarn_recording::ValueList given);
+                                                    const ValueWriter &given);
     std::string Before(const Record &record) const;
     std::string LineOf(const Record &record) const;
 
@@ -59,6 +62,7 @@ class ReplayComparison
     std::optional<ReplayDifference> first; // guarded by lock, as the others
     ReplayCounts counts;
     OutputComparison outputs;
+    EventComparison events;
     const Record *current = nullptr;
 };
 

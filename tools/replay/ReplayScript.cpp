@@ -13,11 +13,10 @@ using tarn_recording::IsStateChange;
 
 namespace
 {
-constexpr int kBefore = -1;                     // rank of what comes before a record
-constexpr std::uint32_t kHaveOutput = 602;      // METransformHaveOutput
-constexpr std::uint32_t kStop = 0;              // DeviceStreamState_Stop
-constexpr std::uint32_t kNoWait = 1;            // MF_EVENT_FLAG_NO_WAIT
-constexpr std::int32_t kShutDown = -1072873851; // MF_E_SHUTDOWN
+constexpr int kBefore = -1; // rank of what comes before a record
+constexpr int kBehind = 1;
+constexpr std::uint32_t kStop = 0;   // DeviceStreamState_Stop
+constexpr std::uint32_t kNoWait = 1; // MF_EVENT_FLAG_NO_WAIT
 
 bool IsCall(const Record &record)
 {
@@ -28,7 +27,8 @@ bool IsCall(const Record &record)
 bool Overlap(const RecordedCall &one, const RecordedCall &other)
 {
     const auto end = [](const RecordedCall &call) { return call.exit ? call.exit->header.sequence : call.Sequence(); };
-    return one.Sequence() < end(other) && other.Sequence() < end(one);
+    return one.entry->header.transform == other.entry->header.transform && one.Sequence() < end(other) &&
+           other.Sequence() < end(one);
 }
 
 std::uint64_t SequenceOf(const Record &record)
@@ -36,32 +36,41 @@ std::uint64_t SequenceOf(const Record &record)
     return record.header.sequence;
 }
 
-// What a change does to others: an event, or a control of the camera.
+// What a change does to others: an event, a control of the camera, samples that are gone.
 bool IsEffect(const Record &record)
 {
-    return record.header.type == TARN_RECORD_EVENT ||
+    return record.header.type == TARN_RECORD_EVENT || record.Is(TARN_RECORD_CHANGE, TARN_CHANGE_OUTPUT_EMPTIED) ||
            (record.header.type == TARN_RECORD_KS_CALL && tarn_recording::IsPropertySet(record));
 }
 
 // Of the change that comes next.
 bool BeginsOther(const Record &record, std::uint64_t begin)
 {
-    return record.header.type == TARN_RECORD_CHANGE && record.header.sequence > begin;
+    return record.Is(TARN_RECORD_CHANGE, TARN_CHANGE_BEGINS) && record.header.sequence > begin;
+}
+
+bool TellsMode(const Record &record)
+{
+    return record.Is(TARN_RECORD_CHANGE, TARN_CHANGE_FACE_LOGIN);
+}
+
+// Its event says that a chain of nodes ended or began. A property may also have the input restarted alone.
+bool EndsFrames(const Record &event, const Record &change)
+{
+    constexpr std::uint64_t kOther = 0; // MEUnknown, of MEDeviceStreamCreated
+    return event.header.type == TARN_RECORD_EVENT &&
+           (change.header.type == TARN_RECORD_CALL || event.Values().Unsigned(TARN_VALUE_EVENT_TYPE) == kOther);
+}
+
+bool IsFlush(const Record &change)
+{
+    return change.Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_MESSAGE) ||
+           change.Is(TARN_RECORD_CALL, TARN_CALL_FLUSH_OUTPUT_STREAM);
 }
 
 bool TellsShutdown(const Record &record)
 {
     return record.header.type == TARN_RECORD_RETURN && record.header.result == kShutDown;
-}
-
-bool IsHaveOutput(const Record &record)
-{
-    return record.header.type == TARN_RECORD_EVENT && record.Values().Unsigned(TARN_VALUE_EVENT_TYPE) == kHaveOutput;
-}
-
-std::optional<std::int64_t> TimeOf(const Record &call)
-{
-    return call.Values().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
 }
 } // namespace
 
@@ -71,10 +80,12 @@ bool IsWaiting(const Record &entry)
            (entry.Values().Unsigned(TARN_VALUE_FLAGS).value_or(0) & kNoWait) == 0;
 }
 
-ReplayScript::ReplayScript(const RecordedSession &session) : records(session.Records())
+ReplayScript::ReplayScript(const RecordedSession &session)
+    : records(session.Records()), besideChanges(tarn_recording::CallsBesideChanges(session)),
+      deliveries(session, besideChanges)
 {
     CollectCalls(session);
-    FindDeliveries();
+    MarkShutdown();
     PlaceChanges();
     for (const RecordedCall &call : calls)
     {
@@ -87,73 +98,41 @@ ReplayScript::ReplayScript(const RecordedSession &session) : records(session.Rec
 
 void ReplayScript::CollectCalls(const RecordedSession &session)
 {
-    const auto besideChanges = tarn_recording::CallsBesideChanges(session);
     for (const Record &record : records)
     {
+        if (TellsMode(record))
+        {
+            modes[record.header.entry] = record.header.sequence;
+        }
         // What a call makes in turn, its replay makes by itself.
         if (IsCall(record) && record.header.entry == 0)
         {
             calls.push_back({&record, session.EndOf(record), besideChanges.contains(record.header.sequence)});
         }
     }
-    for (const RecordedCall &call : calls)
-    {
-        if (const auto time = TimeOf(*call.entry); time && call.entry->header.subject == TARN_CALL_PROCESS_INPUT)
-        {
-            frames.emplace_back(*time, &call);
-        }
-    }
-    std::ranges::stable_sort(frames, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
 }
 
-// From the announcements, which tell more, or else from what was fetched.
-void ReplayScript::FindDeliveries()
+void ReplayScript::MarkShutdown()
 {
-    for (const Record &record : records)
+    for (const RecordedCall &end : calls)
     {
-        const auto values = record.Values();
-        if (IsHaveOutput(record))
-        {
-            const auto time = values.Signed(TARN_VALUE_TIME);
-            const auto stream = values.Unsigned(TARN_VALUE_STREAM);
-            if (time && stream)
-            {
-                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream),
-                                      record.header.sequence, record.header.type == TARN_RECORD_EVENT});
-            }
-        }
-        if (!record.Is(TARN_RECORD_RETURN, TARN_CALL_PROCESS_OUTPUT))
+        if (!end.entry->Is(TARN_RECORD_CALL, TARN_CALL_SHUTDOWN))
         {
             continue;
         }
-        for (const auto &value : values)
+        for (RecordedCall &call : calls)
         {
-            const auto time = value.Items().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
-            const auto stream = value.Items().Unsigned(TARN_VALUE_STREAM);
-            if (value.Name() == TARN_VALUE_BUFFER && time && stream)
-            {
-                deliveries.push_back({record.header.transform, *time, static_cast<std::uint32_t>(*stream),
-                                      record.header.sequence, record.header.type == TARN_RECORD_EVENT});
-            }
+            call.isBesideShutdown = call.isBesideShutdown || (&call != &end && Overlap(end, call));
         }
     }
-    std::ranges::sort(deliveries);
 }
 
 void ReplayScript::PlaceChanges()
 {
     for (const RecordedCall &change : calls)
     {
-        if (!IsStateChange(*change.entry) || change.exit == nullptr)
-        {
-            continue;
-        }
-        // Calls are sorted by entry: those that overlap begin before its end.
-        const bool isAlone = std::ranges::none_of(calls, [&](const RecordedCall &other) {
-            return &other != &change && other.entry->header.transform == change.entry->header.transform &&
-                   Overlap(change, other);
-        });
-        if (const auto window = isAlone ? std::nullopt : WindowOf(change))
+        const bool isWhole = IsStateChange(*change.entry) && change.exit != nullptr;
+        if (const auto window = isWhole ? WindowOf(change) : std::nullopt)
         {
             windows.push_back(*window);
         }
@@ -193,32 +172,11 @@ bool ReplayScript::EndsListening(const RecordedCall &call, std::uint64_t after) 
     });
 }
 
-const ReplayScript::Delivery *ReplayScript::FindDelivery(const Record &record, std::int64_t time,
-                                                         std::optional<std::uint64_t> output, std::uint64_t after) const
-{
-    const std::uint32_t transform = record.header.transform;
-    const Delivery *first = nullptr;
-    for (auto at = std::ranges::lower_bound(deliveries, Delivery{transform, time, 0, 0, false});
-         at != deliveries.end() && at->transform == transform && at->time == time; ++at)
-    {
-        const bool isMeant = (!output || at->output == *output) && at->sequence > after;
-        first = isMeant && (first == nullptr || at->sequence < first->sequence) ? &*at : first;
-    }
-    return first;
-}
-
 std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &change) const
 {
     const std::uint64_t begin = BeginOf(change);
-    const bool excludesOthers = begin != 0;
-    const bool isStop = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_SET_OUTPUT_STREAM_STATE) &&
-                        change.entry->Values().Unsigned(TARN_VALUE_STATE) == std::uint64_t{kStop};
-    const bool isFlush = change.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_MESSAGE);
-    if (const std::uint64_t split = isStop && excludesOthers ? SplitBefore(change) : 0; split != 0)
-    {
-        return Window{&change, split, false};
-    }
-    std::uint64_t lastOfBefore = 0; // a frame that was under way when a flush began
+    const bool isFlush = IsFlush(*change.entry);
+    Window window{&change, 0, 0, isFlush};
     const auto first = std::ranges::upper_bound(records, change.Sequence(), {}, SequenceOf);
     for (auto at = first; at != records.end() && at->header.sequence < change.exit->header.sequence; ++at)
     {
@@ -226,61 +184,20 @@ std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &c
         {
             continue;
         }
-        if (at->header.entry == change.Sequence() && IsEffect(*at))
+        const bool isOwn = at->header.entry == change.Sequence();
+        const bool isDecisive = isOwn ? IsEffect(*at) : begin != 0 && (TellsShutdown(*at) || BeginsOther(*at, begin));
+        if (isDecisive && (isFlush || window.turn == 0)) // a flush ends with the last output
         {
-            return Window{&change, at->header.sequence, at->header.type == TARN_RECORD_EVENT};
+            window.turn = at->header.sequence;
         }
-        if (excludesOthers && (TellsShutdown(*at) || BeginsOther(*at, begin) || (isStop && LacksOutput(*at, change))))
-        {
-            return Window{&change, at->header.sequence, false};
-        }
-        const RecordedCall *const frame = isFlush && IsHaveOutput(*at) ? FrameOf(*at) : nullptr;
-        if (frame != nullptr && frame->Sequence() < change.Sequence())
-        {
-            lastOfBefore = at->header.sequence;
-        }
+        window.mode = isOwn && TellsMode(*at) ? at->header.sequence : window.mode;
+        window.endsFrames = window.endsFrames || (isOwn && EndsFrames(*at, *change.entry));
     }
-    if (isFlush)
+    if (window.turn == 0)
     {
-        return Window{&change, std::max(change.Sequence(), lastOfBefore + 1), true};
+        window.turn = isFlush ? change.Sequence() : begin;
     }
-    // A stop takes its time until it shows; what has no effect has none from its beginning on.
-    return excludesOthers ? std::optional(Window{&change, isStop ? change.exit->header.sequence : begin, false})
-                          : std::nullopt;
-}
-
-// The announcement of a frame that had come out of another output when the stop took this one away; 0 when none had.
-std::uint64_t ReplayScript::SplitBefore(const RecordedCall &stop) const
-{
-    const auto output = stop.entry->Values().Unsigned(TARN_VALUE_STREAM);
-    std::uint64_t split = 0;
-    for (auto at = stop.entry; at != records.data(); --at)
-    {
-        const Record &record = *(at - 1);
-        const bool isOwn = record.header.transform == stop.entry->header.transform;
-        if (isOwn && record.header.type == TARN_RECORD_CHANGE)
-        {
-            return 0; // the output brought nothing since
-        }
-        if (!isOwn || !IsHaveOutput(record))
-        {
-            continue;
-        }
-        if (record.Values().Unsigned(TARN_VALUE_STREAM) == output)
-        {
-            return split;
-        }
-        if (split != 0)
-        {
-            return LacksOutput(record, stop) ? 0 : split; // the frame before came out of both
-        }
-        split = LacksOutput(record, stop) ? record.header.sequence : 0;
-        if (split == 0)
-        {
-            return 0;
-        }
-    }
-    return 0;
+    return window.turn == 0 ? std::nullopt : std::optional(window);
 }
 
 // Where it began to change the state alone; 0 when it did not.
@@ -289,17 +206,12 @@ std::uint64_t ReplayScript::BeginOf(const RecordedCall &change) const
     const auto first = std::ranges::upper_bound(records, change.Sequence(), {}, SequenceOf);
     const auto begin = std::find_if(first, records.end(), [&](const Record &record) {
         return record.header.sequence > change.exit->header.sequence ||
-               (record.header.type == TARN_RECORD_CHANGE && record.header.entry == change.Sequence());
+               (record.Is(TARN_RECORD_CHANGE, TARN_CHANGE_BEGINS) && record.header.entry == change.Sequence());
     });
-    return begin != records.end() && begin->header.type == TARN_RECORD_CHANGE ? begin->header.sequence : 0;
-}
-
-// Whether the frame that is announced came out of other outputs than the one that is stopped.
-bool ReplayScript::LacksOutput(const Record &event, const RecordedCall &change) const
-{
-    const auto output = change.entry->Values().Unsigned(TARN_VALUE_STREAM);
-    const auto time = IsHaveOutput(event) ? event.Values().Signed(TARN_VALUE_TIME) : std::nullopt;
-    return time && FindDelivery(event, *time, output, 0) == nullptr;
+    return begin != records.end() && begin->header.entry == change.Sequence() &&
+                   begin->header.type == TARN_RECORD_CHANGE
+               ? begin->header.sequence
+               : 0;
 }
 
 ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
@@ -309,22 +221,74 @@ ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
     {
         return {own->turn, kBefore};
     }
-    const auto time = call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT) ? TimeOf(*call.entry) : std::nullopt;
-    const auto window =
-        std::ranges::find_if(windows, [&](const Window &one) { return one.endsFrames && Overlap(*one.change, call); });
-    if (time && call.isUndecided && window != windows.end())
+    if (call.isUndecided && call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT))
     {
-        const Delivery *const delivery = FindDelivery(*call.entry, *time, std::nullopt, call.Sequence());
-        if (delivery == nullptr && window->turn < call.Sequence())
+        return PlaceOfFrame(call);
+    }
+    if (const auto mode = modes.find(call.Sequence()); mode != modes.end())
+    {
+        return PlaceOfMode(call, mode->second);
+    }
+    const bool hasFetched = call.exit != nullptr && call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_OUTPUT);
+    const std::uint64_t announced = hasFetched ? deliveries.LastAnnouncementOf(*call.exit) : 0;
+    return announced == 0 ? Position{call.Sequence(), 0} : PlaceOfFetch(call, announced);
+}
+
+// Behind the announcement of what it got, and before what would have taken that away.
+ReplayScript::Position ReplayScript::PlaceOfFetch(const RecordedCall &call, std::uint64_t announced) const
+{
+    Position place = announced > call.Sequence() ? Position{announced, kBehind} : Position{call.Sequence(), 0};
+    for (const Window &window : windows)
+    {
+        const bool isBetween = window.turn > announced && window.turn < place.sequence;
+        if (isBetween && Overlap(*window.change, call))
         {
-            return {window->turn, kBefore - 1};
-        }
-        if (delivery != nullptr && delivery->sequence > window->turn && call.Sequence() < window->turn)
-        {
-            return {window->turn, 0};
+            place = {window.turn, kBefore - 1};
         }
     }
-    return {call.Sequence(), 0};
+    return place;
+}
+
+// A change of outputs is played as a whole; the mode is tied to it before or after its turn.
+ReplayScript::Position ReplayScript::PlaceOfMode(const RecordedCall &call, std::uint64_t decided) const
+{
+    for (const Window &window : windows)
+    {
+        if (window.mode != 0 && Overlap(*window.change, call))
+        {
+            if (window.mode < decided && decided < window.turn)
+            {
+                return {window.turn, 0};
+            }
+            if (window.turn < decided && decided < window.mode)
+            {
+                return {window.turn, kBefore - 1};
+            }
+        }
+    }
+    return {decided, 0};
+}
+
+ReplayScript::Position ReplayScript::PlaceOfFrame(const RecordedCall &call) const
+{
+    const auto *const delivery = deliveries.Of(*call.entry);
+    Position place{call.Sequence(), 0};
+    for (const Window &window : windows)
+    {
+        if (!window.endsFrames || !Overlap(*window.change, call))
+        {
+            continue;
+        }
+        if (delivery == nullptr && window.turn < place.sequence)
+        {
+            place = {window.turn, kBefore - 1};
+        }
+        if (delivery != nullptr && window.turn < delivery->sequence && place.sequence < window.turn)
+        {
+            place = {window.turn, 0};
+        }
+    }
+    return place;
 }
 
 void ReplayScript::PlaceCall(const RecordedCall &call)
@@ -369,32 +333,13 @@ void ReplayScript::PlaceOthers()
     }
 }
 
-// A camera may give several frames the same time: they are announced in their order.
 const RecordedCall *ReplayScript::FrameOf(const Record &event) const
 {
-    const auto time = event.Values().Signed(TARN_VALUE_TIME);
-    const auto output = event.Values().Unsigned(TARN_VALUE_STREAM);
-    if (!time || !output)
-    {
-        return nullptr;
-    }
-    const std::uint32_t transform = event.header.transform;
-    const Delivery first{transform, *time, static_cast<std::uint32_t>(*output), 0, false};
-    const Delivery last{transform, *time, first.output, event.header.sequence, false};
-    auto before = std::count_if(std::ranges::lower_bound(deliveries, first), std::ranges::lower_bound(deliveries, last),
-                                [](const Delivery &one) { return one.isAnnouncement; });
-    const RecordedCall *found = nullptr;
-    const auto sameTime =
-        std::ranges::lower_bound(frames, *time, {}, &std::pair<std::int64_t, const RecordedCall *>::first);
-    for (auto at = sameTime; at != frames.end() && at->first == *time && before >= 0; ++at)
-    {
-        if (at->second->entry->header.transform == transform && at->second->Sequence() < event.header.sequence)
-        {
-            found = at->second;
-            --before;
-        }
-    }
-    return found;
+    const Record *const frame = deliveries.FrameOf(event);
+    const auto call = frame == nullptr
+                          ? calls.end()
+                          : std::ranges::lower_bound(calls, frame->header.sequence, {}, &RecordedCall::Sequence);
+    return call != calls.end() && call->entry == frame ? &*call : nullptr;
 }
 
 } // namespace tarn_replay

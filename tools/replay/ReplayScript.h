@@ -3,16 +3,18 @@
 
 #include <compare>
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <vector>
 
 #include "tools/recording/RecordedSession.h"
+#include "tools/replay/Deliveries.h"
 
 namespace tarn_replay
 {
 
-using tarn_recording::Record;
 using tarn_recording::RecordedSession;
 
 struct RecordedCall
@@ -22,6 +24,7 @@ struct RecordedCall
     // In the recording another thread was changing the transform's state meanwhile: which of the two came first is not
     // told by their answers.
     bool isUndecided = false;
+    bool isBesideShutdown = false; // likewise
 
     std::uint64_t Sequence() const noexcept
     {
@@ -52,8 +55,9 @@ struct Step
 //   longer brought because of it, at the latest at its end. Changes that exclude each other come in the order of their
 //   ends. A flush comes behind the frames that were under way.
 // - The camera's event comes before a stop during which it was heard.
-// - A frame that came during a change comes before it when it was never delivered, and behind it when it was delivered
-//   after that effect.
+// - A frame that came during changes comes before them when it was never delivered, and behind the last one whose
+//   effect showed before its delivery.
+// - What a call fetched was announced before.
 // - A call that waits for an event begins at its entry and is waited for at its end.
 // Views into the session, which must outlive it. Immutable.
 class ReplayScript
@@ -81,49 +85,40 @@ class ReplayScript
         Step step;
     };
 
-    // A frame of this time came out of this output.
-    struct Delivery
-    {
-        std::uint32_t transform = 0;
-        std::int64_t time = 0;
-        std::uint32_t output = 0;
-        std::uint64_t sequence = 0; // of what tells so
-        bool isAnnouncement = false;
-        friend auto operator<=>(const Delivery &, const Delivery &) = default;
-    };
-
     struct Window
     {
         const RecordedCall *change = nullptr;
         std::uint64_t turn = 0;
+        std::uint64_t mode = 0;  // where it tied or freed the face-login mode
         bool endsFrames = false; // it raised events: a chain ended or began
     };
 
     void CollectCalls(const RecordedSession &session);
-    void FindDeliveries();
+    void MarkShutdown();
     void PlaceChanges();
-    // The first of that frame behind `after`, of one output or any; null when there is none.
-    const Delivery *FindDelivery(const Record &record, std::int64_t time, std::optional<std::uint64_t> output,
-                                 std::uint64_t after) const;
     bool EndsListening(const RecordedCall &call, std::uint64_t after) const;
     Position PlaceOfSignal(const Record &deviceEvent) const;
-    std::uint64_t SplitBefore(const RecordedCall &stop) const;
     std::uint64_t BeginOf(const RecordedCall &change) const;
-    bool LacksOutput(const Record &event, const RecordedCall &change) const;
     std::optional<Window> WindowOf(const RecordedCall &change) const;
     Position PlaceOf(const RecordedCall &call) const;
+    Position PlaceOfFrame(const RecordedCall &call) const;
+    Position PlaceOfFetch(const RecordedCall &call, std::uint64_t announced) const;
+    Position PlaceOfMode(const RecordedCall &call, std::uint64_t decided) const;
     void PlaceCall(const RecordedCall &call);
     void PlaceOthers();
     const RecordedCall *FrameOf(const Record &event) const;
 
     std::span<const Record> records;
+    const std::set<std::uint64_t> besideChanges;
+    const Deliveries deliveries;
+    std::map<std::uint64_t, std::uint64_t> modes; // by call, where it decided about the face-login mode
     std::vector<RecordedCall> calls; // by sequence; of applications and the pipeline, not those inside of others
     std::vector<Window> windows;     // changes beside other calls
-    std::vector<std::pair<std::int64_t, const RecordedCall *>> frames; // by time of the sample
-    std::vector<Delivery> deliveries;                                  // sorted
     std::vector<Placed> placed;
     std::vector<Step> steps;
 };
+
+inline constexpr std::int32_t kShutDown = -1072873851; // MF_E_SHUTDOWN
 
 // GetEvent without the flag that has it return at once.
 bool IsWaiting(const Record &entry);
