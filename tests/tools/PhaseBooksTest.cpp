@@ -87,14 +87,35 @@ TEST_F(PhaseBooksTest, AFrameMayOnlyBeRefusedDuringAChange)
 {
     books.Add(kDepth, kInput, {});
     books.Begin(kDepth, 0, false);
-    EXPECT_FALSE(books.FrameRefused(kInput, In(1)));
+    EXPECT_FALSE(books.FrameRefused(In(1)));
     books.BeginChange(true, {});
-    EXPECT_TRUE(books.FrameRefused(kInput, In(2)));
+    EXPECT_TRUE(books.FrameRefused(In(2)));
     EXPECT_EQ(0U, Summary(0).framesIn);
     books.Remove(kDepth);
     EXPECT_EQ(2U, Summary(0).between) << "of an output that does not come back";
     EXPECT_EQ(2U, books.FramesOf(kInput).between);
     EXPECT_THROW(Out(kInfrared, 1), HostError);
+}
+
+TEST_F(PhaseBooksTest, ARefusedFrameMayHaveComeOutOfOneOutput)
+{
+    for (const DWORD output : {kDepth, kInfrared})
+    {
+        books.Add(output, kInput, {});
+    }
+    books.EndChange(0, false);
+    In(1);
+    const auto refused = In(2);
+    EXPECT_TRUE(Out(kDepth, 1));
+    EXPECT_TRUE(Out(kDepth, 2));
+    books.FrameRefused(refused);
+    EXPECT_FALSE(Out(kInfrared, 2)) << "it may come later, too";
+    EXPECT_TRUE(Out(kInfrared, 1));
+
+    EXPECT_EQ(2U, Summary(0).framesOut);
+    EXPECT_EQ(1U, Summary(1).framesOut);
+    EXPECT_TRUE(Summary(0).Complete());
+    EXPECT_TRUE(Summary(1).Complete());
 }
 
 } // namespace

@@ -9,18 +9,16 @@ OutputCollector::OutputCollector(DWORD streamId, FrameFormat streamFormat, std::
 {
 }
 
-void OutputCollector::FrameIn(IMFSample &sample)
+void OutputCollector::FrameIn(std::int64_t sampleTime100ns)
 {
-    LONGLONG time = -1;
-    sample.GetSampleTime(&time);
     const std::scoped_lock hold(lock);
-    statistics.FrameIn(time, StreamStatistics::Clock::now());
+    statistics.FrameIn(sampleTime100ns, StreamStatistics::Clock::now());
 }
 
-void OutputCollector::FrameRefused()
+bool OutputCollector::FrameRefused(std::int64_t sampleTime100ns)
 {
     const std::scoped_lock hold(lock);
-    statistics.FrameRefused();
+    return statistics.FrameRefused(sampleTime100ns);
 }
 
 void OutputCollector::FramesBetween(std::uint64_t count)

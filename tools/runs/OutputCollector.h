@@ -41,8 +41,9 @@ class OutputCollector
         return format;
     }
 
-    void FrameIn(IMFSample &sample);
-    void FrameRefused();
+    void FrameIn(std::int64_t sampleTime100ns);
+    // False when it came out all the same, or never went in.
+    bool FrameRefused(std::int64_t sampleTime100ns);
     // So many came while the output was started or restarted.
     void FramesBetween(std::uint64_t count);
     // A frame of this time went in and has not come out.

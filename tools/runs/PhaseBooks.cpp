@@ -72,18 +72,18 @@ void PhaseBooks::BeginLocked(DWORD outputId, RunningOutput &output, std::size_t 
     output.stretch->collector.FramesBetween(std::exchange(output.betweenCount, 0));
 }
 
-std::vector<OutputCollector *> PhaseBooks::FrameIn(DWORD inputId, IMFSample &sample)
+PhaseBooks::EnteredFrame PhaseBooks::FrameIn(DWORD inputId, IMFSample &sample)
 {
     LONGLONG time = -1;
     sample.GetSampleTime(&time);
-    std::vector<OutputCollector *> enteredIn;
+    EnteredFrame frame{inputId, time, {}};
     const std::scoped_lock hold(lock);
     for (auto &[id, output] : running)
     {
         if (output.inputId == inputId && output.stretch != nullptr)
         {
-            output.stretch->collector.FrameIn(sample);
-            enteredIn.push_back(&output.stretch->collector);
+            output.stretch->collector.FrameIn(time);
+            frame.outputs.push_back(id);
         }
         else if (output.inputId == inputId)
         {
@@ -91,21 +91,27 @@ std::vector<OutputCollector *> PhaseBooks::FrameIn(DWORD inputId, IMFSample &sam
             ++output.betweenCount;
         }
     }
-    ++(enteredIn.empty() ? inputs[inputId].between : inputs[inputId].in);
-    return enteredIn;
+    ++(frame.outputs.empty() ? inputs[inputId].between : inputs[inputId].in);
+    return frame;
 }
 
-bool PhaseBooks::FrameRefused(DWORD inputId, const std::vector<OutputCollector *> &enteredIn)
+bool PhaseBooks::FrameRefused(const EnteredFrame &frame)
 {
-    for (OutputCollector *const collector : enteredIn)
-    {
-        collector->FrameRefused();
-    }
     const std::scoped_lock hold(lock);
-    if (!enteredIn.empty())
+    for (const auto &stretch : stretches)
     {
-        --inputs[inputId].in;
-        ++inputs[inputId].between;
+        const DWORD id = stretch->collector.Id();
+        const bool isEntered = std::ranges::find(frame.outputs, id) != frame.outputs.end();
+        const auto output = running.find(id);
+        if (isEntered && stretch->collector.FrameRefused(frame.time) && output != running.end())
+        {
+            output->second.between.insert(frame.time);
+        }
+    }
+    if (!frame.outputs.empty())
+    {
+        --inputs[frame.inputId].in;
+        ++inputs[frame.inputId].between;
     }
     return isChanging;
 }

@@ -42,10 +42,17 @@ class PhaseBooks
     // A stretch of every running output begins that has none in this phase yet.
     void EndChange(std::size_t phase, bool confidenceMapIsOn);
 
-    // The collectors in whose books the frame was entered.
-    std::vector<OutputCollector *> FrameIn(DWORD inputId, IMFSample &sample);
-    // Takes it out again; false when no frame may be refused now.
-    bool FrameRefused(DWORD inputId, const std::vector<OutputCollector *> &enteredIn);
+    // A frame is about to be handed to the transform.
+    struct EnteredFrame
+    {
+        DWORD inputId = 0;
+        std::int64_t time = -1;
+        std::vector<DWORD> outputs; // in whose books it is
+    };
+    EnteredFrame FrameIn(DWORD inputId, IMFSample &sample);
+    // Takes it out again where it has not come out: it may, of an output that took it before another refused it. False
+    // when no frame may be refused now.
+    bool FrameRefused(const EnteredFrame &frame);
     // The collector that the frame belongs to; null for one that came while its output was restarted. Throws HostError
     // for an output that never ran.
     OutputCollector *CollectorOf(DWORD outputId, const SampleDetails &details);

@@ -322,9 +322,9 @@ void StreamRun::OnSessionFailure()
 
 void StreamRun::OnFrame(DWORD streamId, IMFSample *sample)
 {
-    const std::vector<OutputCollector *> enteredIn = books.FrameIn(streamId, *sample);
+    const PhaseBooks::EnteredFrame entered = books.FrameIn(streamId, *sample);
     const HRESULT result = session.ProcessInput(streamId, sample);
-    if (FAILED(result) && !books.FrameRefused(streamId, enteredIn))
+    if (FAILED(result) && !books.FrameRefused(entered))
     {
         Fail(HostError(result, "ProcessInput").what());
     }

@@ -28,11 +28,17 @@ void StreamStatistics::FrameIn(std::int64_t sampleTime100ns, Clock::time_point n
     ++framesIn;
 }
 
-void StreamStatistics::FrameRefused()
+bool StreamStatistics::FrameRefused(std::int64_t sampleTime100ns)
 {
-    pending.pop_back();
+    const auto found = std::ranges::find(pending, sampleTime100ns, &Pending::sampleTime100ns);
+    if (found == pending.end())
+    {
+        return false;
+    }
+    pending.erase(found);
     --framesIn;
     ++between;
+    return true;
 }
 
 void StreamStatistics::FramesBetween(std::uint64_t count) noexcept
@@ -46,8 +52,7 @@ void StreamStatistics::FrameOut(std::int64_t sampleTime100ns, Clock::time_point 
     lastOutAt = now;
     ++framesOut;
 
-    const auto found = std::find_if(pending.begin(), pending.end(),
-                                    [&](const Pending &frame) { return frame.sampleTime100ns == sampleTime100ns; });
+    const auto found = std::ranges::find(pending, sampleTime100ns, &Pending::sampleTime100ns);
     if (found == pending.end())
     {
         ++unexpected;
@@ -64,8 +69,7 @@ void StreamStatistics::FrameOut(std::int64_t sampleTime100ns, Clock::time_point 
 
 bool StreamStatistics::Expects(std::int64_t sampleTime100ns) const noexcept
 {
-    return std::any_of(pending.begin(), pending.end(),
-                       [&](const Pending &frame) { return frame.sampleTime100ns == sampleTime100ns; });
+    return std::ranges::find(pending, sampleTime100ns, &Pending::sampleTime100ns) != pending.end();
 }
 
 void StreamStatistics::CutOff() noexcept

@@ -37,8 +37,9 @@ class StreamStatistics
 
     // A frame is about to be handed to the transform.
     void FrameIn(std::int64_t sampleTime100ns, Clock::time_point now);
-    // The transform refused the frame that was announced last: it came between two phases.
-    void FrameRefused();
+    // The transform refused the frame: it came between two phases. False when it came out all the same, or never went
+    // in.
+    bool FrameRefused(std::int64_t sampleTime100ns);
     void FramesBetween(std::uint64_t count) noexcept;
     void FrameOut(std::int64_t sampleTime100ns, Clock::time_point now);
     bool Expects(std::int64_t sampleTime100ns) const noexcept;
