@@ -155,6 +155,7 @@ std::vector<RecordedSession> RecordedSession::Open(const std::vector<fs::path> &
 RecordedSession RecordedSession::FromBytes(std::vector<std::vector<std::uint8_t>> parts)
 {
     std::vector<Part> read;
+    read.reserve(parts.size());
     for (auto &bytes : parts)
     {
         read.push_back(ReadPart({}, std::move(bytes)));
