@@ -186,7 +186,7 @@ void CallPlayer::MakeCall(const RecordedCall &call)
     {
         return; // made before the recording began, or after its end
     }
-    if (call.entry->header.type == TARN_RECORD_KS_CALL && tarn_recording::IsStateChange(*call.entry))
+    if (ConfidenceMaps::AreSwitchedOff(*call.entry))
     {
         RunFramesWithMap(*transform, *call.entry);
     }

@@ -21,6 +21,9 @@ class ConfidenceMaps
         return samples.contains({transform, time});
     }
 
+    // By an application's call.
+    static bool AreSwitchedOff(const tarn_recording::Record &call);
+
   private:
     std::set<std::pair<std::uint32_t, std::int64_t>> samples; // transform and time
 };
