@@ -75,6 +75,17 @@ constexpr Order kOrders[] = {
          session.Leave(TARN_CALL_SET_OUTPUT_STREAM_STATE, run);
      },
      "create 1, call 5, call 2"},
+    {"of two frames of one time the one beside a change was lost",
+     [](Overlaps &session) {
+         const auto run = session.EnterState(kRun); // 2
+         session.Show(run);
+         session.GiveFrame(10); // 5
+         session.Leave(TARN_CALL_SET_OUTPUT_STREAM_STATE, run);
+         session.GiveFrame(10);   // 8
+         session.Announce(0, 10); // 10
+         session.Announce(1, 10);
+     },
+     "create 1, call 5, call 2, call 8, frame 10, frame 11"},
     {"a frame that the new state brought comes behind it",
      [](Overlaps &session) {
          const auto run = session.EnterState(kRun); // 2

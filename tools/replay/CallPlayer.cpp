@@ -19,7 +19,7 @@ namespace
 constexpr auto kCallLimit = 30s;
 constexpr auto kPoll = 2ms;
 // A change has closed its outputs by then; what waits for frames in flight can be let through.
-constexpr auto kChangeBegun = 50ms;
+constexpr auto kChangeBegun = 150ms;
 // An event that is under way has come by then; otherwise it needs a further frame.
 constexpr auto kEventUnderWay = 200ms;
 
@@ -44,21 +44,9 @@ std::string EventText(const RecordedCall &call)
 
 CallPlayer::CallPlayer(const RecordedSession &recordedSession, const tarn_host::LoadedModule &loadedModule,
                        ReplayComparison &replayComparison)
-    : session(recordedSession), module(loadedModule), comparison(replayComparison), pixels(recordedSession)
+    : session(recordedSession), module(loadedModule), comparison(replayComparison), pixels(recordedSession),
+      maps(recordedSession)
 {
-    static const tarn_host::Guid map = tarn_host::GuidNamed("ORRIN_SAMPLE_TARN_CONFIDENCE_MAP");
-    for (const Record &record : session.Records())
-    {
-        for (const auto &buffer : record.Values())
-        {
-            const auto sample = buffer.Items().Items(TARN_VALUE_SAMPLE);
-            const auto time = sample.Signed(TARN_VALUE_TIME);
-            if (time && sample.Items(TARN_VALUE_ATTRIBUTES).Attribute(map))
-            {
-                withMap.emplace(record.header.transform, *time);
-            }
-        }
-    }
 }
 
 CallPlayer::~CallPlayer() = default;
@@ -150,7 +138,6 @@ void CallPlayer::Create(const Record &record)
     tarn_host::ThrowIfFailed(transform.camera.As(&filter), "asking the camera for IUnknown");
     transform.calls =
         std::make_shared<ModuleCalls>(module.Create(ClassOf(record)), filter, pixels, session.HoldsPictures());
-    transform.nextRun = transform.gates.end();
 }
 
 // Behind its end the recording does not tell what the camera is asked.
@@ -199,11 +186,12 @@ void CallPlayer::MakeCall(const RecordedCall &call)
     {
         return; // made before the recording began, or after its end
     }
-    if (call.entry->header.type == TARN_RECORD_KS_CALL && tarn_recording::IsStateChange(*call.entry))
+    if (ConfidenceMaps::AreSwitchedOff(*call.entry))
     {
         RunFramesWithMap(*transform, *call.entry);
     }
     const auto answer = std::make_shared<Answer>();
+    HasNews(*transform);                // what has come by now is none of the call's
     isBehindEnd = call.exit == nullptr; // the recording ends within it
     Run(caller, transform->calls, *call.entry, answer);
     const bool hasReturned = AwaitCall(call);
@@ -229,20 +217,25 @@ bool CallPlayer::AwaitCall(const RecordedCall &call)
             comparison.Tell(call.entry, "the call did not return in 30 s", "a return", "none");
             return false;
         }
-        bool hasNews = false;
-        for (auto &[thread, waiting] : transform.waits)
-        {
-            const bool came = waiting.isUnderWay && waiting.thread.Wait(0ms);
-            hasNews = hasNews || (came && !waiting.hasCome);
-            waiting.hasCome = came;
-        }
-        if ((hasNews || elapsed >= kChangeBegun) && transform.calls->WorkQueue() != nullptr)
+        if ((HasNews(transform) || elapsed >= kChangeBegun) && transform.calls->WorkQueue() != nullptr)
         {
             transform.calls->WorkQueue()->RunAll();
-            transform.nextRun = transform.gates.end();
+            transform.nextRun = transform.frames.size();
         }
     }
     return true;
+}
+
+bool CallPlayer::HasNews(Transform &transform)
+{
+    bool hasNews = false;
+    for (auto &[thread, waiting] : transform.waits)
+    {
+        const bool came = waiting.isUnderWay && waiting.thread.Wait(0ms);
+        hasNews = hasNews || (came && !waiting.hasCome);
+        waiting.hasCome = came;
+    }
+    return hasNews;
 }
 
 void CallPlayer::AfterCall(const RecordedCall &call, const Answer &answer)
@@ -255,8 +248,7 @@ void CallPlayer::AfterCall(const RecordedCall &call, const Answer &answer)
     Transform &transform = *Find(*call.entry);
     if (call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_INPUT) && transform.calls->WorkQueue() != nullptr)
     {
-        const auto [frame, isNew] = transform.gates.emplace(call.Sequence(), transform.calls->WorkQueue()->PutGate());
-        transform.nextRun = transform.nextRun == transform.gates.end() ? frame : transform.nextRun;
+        transform.frames.push_back({call.Sequence(), transform.calls->WorkQueue()->PutGate()});
     }
     comparison.Compare(call, answer.result, answer.given);
 }
@@ -306,48 +298,50 @@ void CallPlayer::EndWait(const RecordedCall &call)
     comparison.Compare(call, waiting.answer->result, waiting.answer->given);
 }
 
-bool CallPlayer::RunNextFrame(Transform &transform)
+void CallPlayer::RunNextFrame(Transform &transform)
 {
-    if (transform.nextRun == transform.gates.end())
+    if (transform.nextRun == transform.frames.size())
     {
-        return false;
+        return;
     }
-    const auto frame = transform.nextRun++;
-    if (!transform.calls->WorkQueue()->RunUpTo(frame->second, eventLimit))
+    const Frame &frame = transform.frames[transform.nextRun++];
+    if (!transform.calls->WorkQueue()->RunUpTo(frame.gate, eventLimit))
     {
-        comparison.Tell(session.Find(frame->first), "the frame was not processed in time", "processed",
-                        "not processed");
+        comparison.Tell(session.Find(frame.call), "the frame was not processed in time", "processed", "not processed");
     }
-    return true;
 }
 
 void CallPlayer::RunFrame(const RecordedCall &frame)
 {
     Transform *const transform = Find(*frame.entry);
-    while (transform != nullptr && transform->nextRun != transform->gates.end() &&
-           transform->nextRun->first <= frame.Sequence() && RunNextFrame(*transform))
+    if (transform == nullptr)
     {
+        return;
+    }
+    const auto found = std::ranges::find(transform->frames, frame.Sequence(), &Frame::call);
+    const auto behind = found == transform->frames.end() ? 0 : found - transform->frames.begin() + 1;
+    while (static_cast<std::ptrdiff_t>(transform->nextRun) < behind)
+    {
+        RunNextFrame(*transform);
     }
 }
 
 // A frame that was under way when an application switched the confidence map off may still have come with one.
 void CallPlayer::RunFramesWithMap(Transform &transform, const Record &entry)
 {
-    const RecordedCall *last = nullptr;
-    RecordedCall frame;
-    for (auto at = transform.nextRun; at != transform.gates.end(); ++at)
+    RecordedCall last;
+    for (std::size_t i = transform.nextRun; i < transform.frames.size(); ++i)
     {
-        const Record *const call = session.Find(at->first);
+        const Record *const call = session.Find(transform.frames[i].call);
         const auto time = call->Values().Items(TARN_VALUE_SAMPLE).Signed(TARN_VALUE_TIME);
-        if (time && withMap.contains({entry.header.transform, *time}))
+        if (time && maps.Has(entry.header.transform, *time))
         {
-            frame.entry = call;
-            last = &frame;
+            last.entry = call;
         }
     }
-    if (last != nullptr)
+    if (last.entry != nullptr)
     {
-        RunFrame(*last);
+        RunFrame(last);
     }
 }
 

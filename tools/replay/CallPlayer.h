@@ -8,12 +8,13 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "tools/frameserver/LoadedModule.h"
 #include "tools/replay/CallThread.h"
+#include "tools/replay/ConfidenceMaps.h"
 #include "tools/replay/FramePixels.h"
 #include "tools/replay/ModuleCalls.h"
 #include "tools/replay/RecordedCamera.h"
@@ -60,13 +61,18 @@ class CallPlayer
         bool isUnderWay = false;
         bool hasCome = false;
     };
+    struct Frame
+    {
+        std::uint64_t call = 0; // number of its record
+        std::uint64_t gate = 0; // behind it
+    };
     struct Transform
     {
         ComPtr<RecordedCamera> camera;
         std::shared_ptr<ModuleCalls> calls;
-        std::map<std::uint32_t, Waiting> waits;                   // by the recorded thread
-        std::map<std::uint64_t, std::uint64_t> gates;             // behind each frame, by the number of its call
-        std::map<std::uint64_t, std::uint64_t>::iterator nextRun; // the first that was not let through
+        std::map<std::uint32_t, Waiting> waits; // by the recorded thread
+        std::vector<Frame> frames;              // as they were put on the queue
+        std::size_t nextRun = 0;                // the first that was not let through
     };
 
     void Do(const Step &step);
@@ -75,12 +81,14 @@ class CallPlayer
     void Release(const Record &record);
     void MakeCall(const RecordedCall &call);
     bool AwaitCall(const RecordedCall &call);
+    // Whether a wait for an event has ended since it was last asked.
+    static bool HasNews(Transform &transform);
     void AfterCall(const RecordedCall &call, const Answer &answer);
     void BeginWait(const RecordedCall &call);
     void EndWait(const RecordedCall &call);
     void RunFrame(const RecordedCall &frame);
     void RunFramesWithMap(Transform &transform, const Record &entry);
-    bool RunNextFrame(Transform &transform);
+    void RunNextFrame(Transform &transform);
     void SignalEvent(const Record &record);
     void ReleaseAll();
     Transform *Find(const Record &record);
@@ -92,7 +100,7 @@ class CallPlayer
     const tarn_host::LoadedModule &module;
     ReplayComparison &comparison;
     const FramePixels pixels;
-    std::set<std::pair<std::uint32_t, std::int64_t>> withMap; // transform and time of samples with a confidence map
+    const ConfidenceMaps maps;
     std::chrono::milliseconds eventLimit{};
     std::atomic<bool> isBehindEnd{false}; // what the module does now is not in the recording
     CallThread caller;

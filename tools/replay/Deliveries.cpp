@@ -116,7 +116,10 @@ Deliveries::Sequences Deliveries::MostAnnounced(const Record &frame, std::int64_
                 announced.push_back(one.sequence);
             }
         }
-        most = announced.size() > most.size() ? std::move(announced) : std::move(most);
+        if (announced.size() > most.size())
+        {
+            most.swap(announced);
+        }
         at += static_cast<std::ptrdiff_t>(same.size());
     }
     return most;
