@@ -36,11 +36,16 @@ std::uint64_t SequenceOf(const Record &record)
     return record.header.sequence;
 }
 
+bool IsControl(const Record &record)
+{
+    return record.header.type == TARN_RECORD_KS_CALL && tarn_recording::IsPropertySet(record);
+}
+
 // What a change does to others: an event, a control of the camera, samples that are gone.
 bool IsEffect(const Record &record)
 {
     return record.header.type == TARN_RECORD_EVENT || record.Is(TARN_RECORD_CHANGE, TARN_CHANGE_OUTPUT_EMPTIED) ||
-           (record.header.type == TARN_RECORD_KS_CALL && tarn_recording::IsPropertySet(record));
+           IsControl(record);
 }
 
 // Of the change that comes next.
@@ -176,7 +181,7 @@ std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &c
 {
     const std::uint64_t begin = BeginOf(change);
     const bool isFlush = IsFlush(*change.entry);
-    Window window{&change, 0, 0, isFlush};
+    Window window{&change, 0, 0, 0, isFlush};
     const auto first = std::ranges::upper_bound(records, change.Sequence(), {}, SequenceOf);
     for (auto at = first; at != records.end() && at->header.sequence < change.exit->header.sequence; ++at)
     {
@@ -189,6 +194,10 @@ std::optional<ReplayScript::Window> ReplayScript::WindowOf(const RecordedCall &c
         if (isDecisive && (isFlush || window.turn == 0)) // a flush ends with the last output
         {
             window.turn = at->header.sequence;
+        }
+        if (isOwn && window.control == 0 && IsControl(*at))
+        {
+            window.control = at->header.sequence;
         }
         window.mode = isOwn && TellsMode(*at) ? at->header.sequence : window.mode;
         window.endsFrames = window.endsFrames || (isOwn && EndsFrames(*at, *change.entry));
@@ -216,6 +225,10 @@ std::uint64_t ReplayScript::BeginOf(const RecordedCall &change) const
 
 ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
 {
+    if (const Window *const window = IsControl(*call.entry) ? WindowBehind(call) : nullptr)
+    {
+        return {window->turn, kBefore - 1};
+    }
     const auto own = std::ranges::find(windows, &call, &Window::change);
     if (own != windows.end())
     {
@@ -232,6 +245,18 @@ ReplayScript::Position ReplayScript::PlaceOf(const RecordedCall &call) const
     const bool hasFetched = call.exit != nullptr && call.entry->Is(TARN_RECORD_CALL, TARN_CALL_PROCESS_OUTPUT);
     const std::uint64_t announced = hasFetched ? deliveries.LastAnnouncementOf(*call.exit) : 0;
     return announced == 0 ? Position{call.Sequence(), 0} : PlaceOfFetch(call, announced);
+}
+
+// The change that took up what an application set during it, and said so to the camera afterwards.
+const ReplayScript::Window *ReplayScript::WindowBehind(const RecordedCall &setting) const
+{
+    const auto own = std::ranges::find(windows, &setting, &Window::change);
+    const std::uint64_t end = setting.exit != nullptr ? setting.exit->header.sequence : setting.Sequence();
+    const std::uint64_t decided = own != windows.end() ? own->turn : end;
+    const auto found = std::ranges::find_if(windows, [&](const Window &one) {
+        return one.change != &setting && Overlap(*one.change, setting) && one.turn < decided && decided < one.control;
+    });
+    return found == windows.end() ? nullptr : &*found;
 }
 
 // Behind the announcement of what it got, and before what would have taken that away.

@@ -89,8 +89,9 @@ class ReplayScript
     {
         const RecordedCall *change = nullptr;
         std::uint64_t turn = 0;
-        std::uint64_t mode = 0;  // where it tied or freed the face-login mode
-        bool endsFrames = false; // it raised events: a chain ended or began
+        std::uint64_t control = 0; // the first control of the camera that it set
+        std::uint64_t mode = 0;    // where it tied or freed the face-login mode
+        bool endsFrames = false;   // it raised events: a chain ended or began
     };
 
     void CollectCalls(const RecordedSession &session);
@@ -101,6 +102,7 @@ class ReplayScript
     std::uint64_t BeginOf(const RecordedCall &change) const;
     std::optional<Window> WindowOf(const RecordedCall &change) const;
     Position PlaceOf(const RecordedCall &call) const;
+    const Window *WindowBehind(const RecordedCall &setting) const;
     Position PlaceOfFrame(const RecordedCall &call) const;
     Position PlaceOfFetch(const RecordedCall &call, std::uint64_t announced) const;
     Position PlaceOfMode(const RecordedCall &call, std::uint64_t decided) const;
