@@ -5,8 +5,8 @@
 #include <mutex>
 #include <utility>
 
-#include "recorder/ChangeMark.h"
 #include "base/CriticalSection.h"
+#include "recorder/ChangeMark.h"
 
 namespace mft_core
 {

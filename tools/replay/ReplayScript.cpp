@@ -15,7 +15,6 @@ namespace
 {
 constexpr int kBefore = -1; // rank of what comes before a record
 constexpr int kBehind = 1;
-constexpr std::uint32_t kStop = 0;   // DeviceStreamState_Stop
 constexpr std::uint32_t kNoWait = 1; // MF_EVENT_FLAG_NO_WAIT
 
 bool IsCall(const Record &record)
