@@ -39,6 +39,8 @@ function(tarn_join_sources)
   foreach(target ${ARGN})
     if(TARGET ${target})
       set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+      # GCC takes what is included for a header, in which a class must not build on one of an unnamed namespace.
+      target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
     endif()
   endforeach()
 endfunction()

@@ -15,12 +15,12 @@ namespace mft_core
 
 namespace
 {
-constexpr auto kErrorControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_COLOR::XU_ERROR);
+constexpr auto kColorErrorControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_COLOR::XU_ERROR);
 } // namespace
 
 TarnColorDeviceMft::TarnColorDeviceMft(const wchar_t *recordingFolder)
     : Object("Tarn Color DMFT"),
-      PassThroughDeviceMft("Tarn Color DMFT", KSPROPERTYSETID_TARN_COLOR_CONTROL, kErrorControl, recordingFolder),
+      PassThroughDeviceMft("Tarn Color DMFT", KSPROPERTYSETID_TARN_COLOR_CONTROL, kColorErrorControl, recordingFolder),
       framePrivacy(make_shared<FramePrivacy>("Tarn Color DMFT"))
 {
 }
@@ -36,7 +36,7 @@ HRESULT TarnColorDeviceMft::InitializeMembers()
 {
     CHECK_HR_AS("PassThroughDeviceMft::InitializeMembers()", PassThroughDeviceMft::InitializeMembers());
     fwErrorHandler =
-        make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kErrorControl, GetNameCopy());
+        make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kColorErrorControl, GetNameCopy());
     {
         const std::scoped_lock guard(stateChangeLock);
         CHECK_HR(autoUpdateEventListener.RegisterObserver(fwErrorHandler));

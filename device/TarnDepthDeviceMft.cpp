@@ -28,7 +28,7 @@ namespace mft_core
 
 namespace
 {
-constexpr auto kErrorControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_DEPTH::XU_ERROR);
+constexpr auto kDepthErrorControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_DEPTH::XU_ERROR);
 constexpr auto kCommandControl = static_cast<ULONG>(KSPROPERTY_XU_TARN_DEPTH::COMMAND);
 constexpr TopologySlot::CheckTexts kCheckTexts{"currentTopology->Activate()", "currentTopology->Deactivate()"};
 constexpr UINT32 kFaceAuthFps = 60;
@@ -56,7 +56,7 @@ HRESULT SetInfraredFrameSize(IMFMediaType *faceAuthMt, UINT32 width, UINT32 heig
 
 TarnDepthDeviceMft::TarnDepthDeviceMft(const wchar_t *recordingFolder)
     : Object("Tarn Depth DMFT"),
-      DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kErrorControl, recordingFolder),
+      DeviceMft("Tarn Depth DMFT", KSPROPERTYSETID_TARN_DEPTH_CONTROL, kDepthErrorControl, recordingFolder),
       framePrivacy(make_shared<FramePrivacy>("Tarn Depth DMFT")),
       faceAuth(make_shared<FaceAuthState>(recorder.Changes())), confidenceMap(make_shared<ConfidenceMapState>()),
       currentTopology(kCheckTexts)
@@ -78,7 +78,7 @@ HRESULT TarnDepthDeviceMft::InitializeMembers()
 {
     CHECK_HR(DeviceMft::InitializeMembers());
     fwErrorHandler =
-        make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kErrorControl, GetNameCopy());
+        make_shared<TarnFwErrorHandler>(deviceXuKsControl.Get(), deviceXuSetId, kDepthErrorControl, GetNameCopy());
     {
         const std::scoped_lock guard(stateChangeLock);
         CHECK_HR(autoUpdateEventListener.RegisterObserver(fwErrorHandler));
