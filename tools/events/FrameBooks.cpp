@@ -8,9 +8,8 @@ namespace tarn_host
 
 namespace
 {
-constexpr std::uint64_t kHaveOutput = 602; // METransformHaveOutput
-constexpr std::uint32_t kRun = 2;          // DeviceStreamState_Run
-constexpr std::size_t kFewFrames = 8;      // that may be on their way when an output stops
+constexpr std::uint32_t kRun = 2;     // DeviceStreamState_Run
+constexpr std::size_t kFewFrames = 8; // that may be on their way when an output stops
 
 std::uint32_t StreamOf(const Record &call)
 {
@@ -186,7 +185,7 @@ void FrameBooks::TakeAnnouncement(Transform &transform, const Record &event)
     const ValueList values = event.Values();
     const auto time = values.Signed(TARN_VALUE_TIME);
     const auto stream = values.Unsigned(TARN_VALUE_STREAM);
-    if (values.Unsigned(TARN_VALUE_EVENT_TYPE) != kHaveOutput || !time || !stream)
+    if (values.Unsigned(TARN_VALUE_EVENT_TYPE) != tarn_recording::kHaveOutput || !time || !stream)
     {
         return;
     }

@@ -104,6 +104,15 @@ std::string StreamsText(const RecordedSession &session, const Record &call)
     return text;
 }
 
+// Of a call that fetched an event: frames and changes of state raise theirs on threads of their own, and which came
+// first is chance.
+std::string EventRowText(const RecordedSession &session, const Record &call)
+{
+    const Record *const end = session.EndOf(call);
+    const auto event = end != nullptr ? end->Values().Unsigned(TARN_VALUE_EVENT_TYPE) : std::nullopt;
+    return event == tarn_recording::kHaveOutput ? " for a frame" : "";
+}
+
 // Empty for what is not compared by itself.
 std::string LaneOf(const RecordedSession &session, const Record &record)
 {
@@ -112,7 +121,8 @@ std::string LaneOf(const RecordedSession &session, const Record &record)
     switch (record.header.type)
     {
     case TARN_RECORD_CALL:
-        return transform + CallText(record.header.subject) + StreamsText(session, record);
+        return transform + CallText(record.header.subject) + StreamsText(session, record) +
+               EventRowText(session, record);
     case TARN_RECORD_KS_CALL:
     case TARN_RECORD_DEVICE_EVENT:
         return transform + SubjectText(session, record);

@@ -8,6 +8,8 @@
 namespace tarn_recording
 {
 
+inline constexpr std::uint64_t kHaveOutput = 602; // METransformHaveOutput, in TARN_VALUE_EVENT_TYPE
+
 // A view into the recording's bytes, which must outlive it. Immutable.
 struct Record
 {

@@ -25,7 +25,8 @@ bool CameBefore(const std::vector<const Record *> &frames, const std::vector<std
 
 bool IsHaveOutput(const Record &record)
 {
-    return record.header.type == TARN_RECORD_EVENT && record.Values().Unsigned(TARN_VALUE_EVENT_TYPE) == kHaveOutput;
+    return record.header.type == TARN_RECORD_EVENT &&
+           record.Values().Unsigned(TARN_VALUE_EVENT_TYPE) == tarn_recording::kHaveOutput;
 }
 
 std::optional<std::int64_t> TimeOf(const Record &call)

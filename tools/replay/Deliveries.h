@@ -16,8 +16,6 @@ namespace tarn_replay
 
 using tarn_recording::Record;
 
-inline constexpr std::uint32_t kHaveOutput = 602; // METransformHaveOutput
-
 bool IsHaveOutput(const Record &record);
 // Time of the sample that a call brought.
 std::optional<std::int64_t> TimeOf(const Record &call);

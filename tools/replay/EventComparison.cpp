@@ -17,8 +17,8 @@ std::optional<ValueDifference> EventComparison::Compare(const RecordedCall &call
 {
     const std::uint32_t transform = call.entry->header.transform;
     const auto recorded = call.exit->Values();
-    lines[{transform, TypeOf(recorded) == kHaveOutput}].recorded.push_back(&call);
-    lines[{transform, TypeOf(given.Values()) == kHaveOutput}].given.push_back(given);
+    lines[{transform, TypeOf(recorded) == tarn_recording::kHaveOutput}].recorded.push_back(&call);
+    lines[{transform, TypeOf(given.Values()) == tarn_recording::kHaveOutput}].given.push_back(given);
     for (const bool ofFrames : {false, true})
     {
         Line &line = lines[{transform, ofFrames}];
