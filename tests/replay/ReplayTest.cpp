@@ -89,9 +89,16 @@ RecordedSession SessionOf(std::vector<std::uint8_t> bytes)
     return RecordedSession::FromBytes({std::move(bytes)});
 }
 
-// With `recordings` the recording of the replay is compared, too.
-void ExpectTheSameAgain(const std::vector<Case> &cases, bool recordings)
+std::ptrdiff_t Announced(const RecordedSession &session)
 {
+    return std::ranges::count_if(session.Records(), &tarn_replay::IsHaveOutput);
+}
+
+// With `recordings` the recording of the replay is compared, too, unless a frame that had been cut between two outputs
+// brought a sample more: how many were.
+std::size_t ExpectTheSameAgain(const std::vector<Case> &cases, bool recordings)
+{
+    std::size_t comparedRecordings = 0;
     for (const Case &one : cases)
     {
         SCOPED_TRACE(one.name);
@@ -104,7 +111,10 @@ void ExpectTheSameAgain(const std::vector<Case> &cases, bool recordings)
         EXPECT_FALSE(comparison.IsDifferent()) << comparison.ToText();
         EXPECT_GT(comparison.Counts().calls, 20U);
         EXPECT_EQ(one.withPictures, comparison.Counts().pictures > 0);
-        const auto compared = recordings ? tarn_host::CompareSessions(recorded, again) : tarn_host::ComparisonResult{};
+        const bool isOneCut = comparison.Counts().cutFrames != 0 && Announced(recorded) < Announced(again);
+        const bool areCompared = recordings && !isOneCut;
+        comparedRecordings += areCompared ? 1U : 0U;
+        const auto compared = areCompared ? tarn_host::CompareSessions(recorded, again) : tarn_host::ComparisonResult{};
         EXPECT_FALSE(compared.first) << compared.first->lane << ", " << compared.first->where << "\n"
                                      << compared.first->expectedText << "\n"
                                      << compared.first->gotText;
@@ -116,13 +126,14 @@ void ExpectTheSameAgain(const std::vector<Case> &cases, bool recordings)
         }
         std::printf("%s: %s", one.name.c_str(), comparison.ToText().c_str());
     }
+    return comparedRecordings;
 }
 
 } // namespace
 
 TEST(ReplayTest, ScenariosHappenAgainAsRecorded)
 {
-    ExpectTheSameAgain(Scenarios(), true);
+    EXPECT_GE(ExpectTheSameAgain(Scenarios(), true), 5U);
 }
 
 TEST(ReplayTest, RandomSessionsHappenAgainAsRecorded)

@@ -125,6 +125,7 @@ ReplayCounts ReplayComparison::Counts() const
     const std::scoped_lock hold(lock);
     ReplayCounts now = counts;
     now.pictures = outputs.Pictures();
+    now.cutFrames = outputs.CutFrames();
     return now;
 }
 

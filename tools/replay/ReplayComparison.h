@@ -29,6 +29,8 @@ struct ReplayCounts
     std::uint64_t events = 0;
     std::uint64_t pictures = 0;
     std::uint64_t undecided = 0; // answers given while another thread changed the state, which came out otherwise
+    std::uint64_t cutFrames =
+        0; // between two outputs, at most: the replay may have a sample and an event more for each
 };
 
 // Thread-safe. The session must outlive it.
