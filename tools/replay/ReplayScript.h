@@ -50,10 +50,10 @@ struct Step
 };
 
 // The order of the calls is that of their entries, with these exceptions:
-// - A change of state during which other threads made calls is made when its first effect shows: before the first
-//   event that it raised or the first control of the camera that it set, before the first frame that an output no
-//   longer brought because of it, at the latest at its end. Changes that exclude each other come in the order of their
-//   ends. A flush comes behind the frames that were under way.
+// - A change of state is made when its first effect shows: before the first event that it raised, the first control of
+//   the camera that it set, or where it emptied an output. A flush comes where it emptied the last one, behind the
+//   frames that were under way.
+// - The face-login mode is set where it was decided.
 // - The camera's event comes before a stop during which it was heard.
 // - A frame that came during changes comes before them when it was never delivered, and behind the last one whose
 //   effect showed before its delivery.
